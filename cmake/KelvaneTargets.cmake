@@ -1,0 +1,24 @@
+# What every target shares: warnings, sanitizers, and the one object library that the module and the unit tests link.
+
+add_library(kelvane_options INTERFACE)
+target_compile_options(kelvane_options INTERFACE -Wall -Wextra -Wshadow -Wconversion -fno-gnu-unique
+    "-fmacro-prefix-map=${CMAKE_SOURCE_DIR}/=")
+if(KELVANE_WERROR)
+    target_compile_options(kelvane_options INTERFACE -Werror)
+endif()
+if(KELVANE_SANITIZE)
+    target_compile_options(kelvane_options INTERFACE -fsanitize=${KELVANE_SANITIZE} -fno-omit-frame-pointer
+        -fno-sanitize-recover=all)
+    target_link_options(kelvane_options INTERFACE -fsanitize=${KELVANE_SANITIZE})
+endif()
+
+# The module's code: audioapi, apo and the processing object framework.
+add_library(kelvane_module OBJECT)
+target_include_directories(kelvane_module PUBLIC ${CMAKE_SOURCE_DIR})
+target_link_libraries(kelvane_module PUBLIC kelvane_options kelvane_platform)
+
+# Adds the folder's sources to the module's code.
+function(kelvane_module_folder)
+    file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
+    target_sources(kelvane_module PRIVATE ${sources})
+endfunction()
