@@ -1,0 +1,99 @@
+// The one object of the process: brings log, protection library and tuning data up, holds them, and goes down last.
+#pragma once
+
+#include "apo/kelvane/apo_kelvane_records.h"
+
+#include <windows.h>
+
+#include <atomic>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace tinyxml2
+{
+class XMLElement;
+}
+
+// Everything is written by Initialize on the loading thread, before any engine exists, and only read afterwards.
+class CKelvaneManager
+{
+public:
+    static constexpr int ALGO_CTRL_COUNT = 8;
+
+    static CKelvaneManager* Instance();
+    static void DeleteInstance();
+
+    // Runs every start-up step; each handles its own failure. Once, on the loading thread.
+    void Initialize(HMODULE hModule);
+
+    // The exports' bodies. Any thread; HRESULT values.
+    HRESULT GetClassObject(REFCLSID rclsid, REFIID riid, void** ppv);
+    HRESULT RegisterAllFX();
+    HRESULT UnregisterAllFX();
+
+    // TRUE when the library is loaded whole. Any thread.
+    BOOL GetLoadDLLStatus() const { return m_bLoadDLL; }
+    // The control word, 0 for an index of ALGO_CTRL_COUNT or more. Any thread.
+    INT64 GetAlgoCtrlParam(UINT64 iIndex) const;
+    // The key's record, or the first one, or null when there is none. Stays the manager's. Any thread.
+    const KelvaneStruParam* GetAlgorithmStruct(const std::string& strKey) const;
+
+    void LoadProcessDll();
+    // Reads the version record into m_strAlgoVersion; the library's code.
+    INT32 AudioKelvaneGetVersion();
+
+    // Chooses the tuning file, parses it and fills the tables.
+    void LoadConfigFile();
+    // The installed file with the greatest tuning version among those made for the loaded library; empty if none.
+    std::string SelectMatchConfigFile() const;
+    // The attribute of the root's first child of that name; empty if either is missing.
+    std::string LoadVersionConfig(const tinyxml2::XMLElement* pXmlRoot, const std::string& strTag,
+                                  const std::string& strAttr) const;
+    void LoadTemperatureConfig(const tinyxml2::XMLElement* pXmlElement, const std::string& strTag,
+                               std::vector<INT32>& oVector) const;
+    void LoadVolumeConfig(const tinyxml2::XMLElement* pXmlElement, const std::string& strTag,
+                          std::vector<INT32>& oVector) const;
+    void LoadAlgorithmConfig(const tinyxml2::XMLElement* pXmlElement);
+    // Turns a brace list into a record and sets the control words; null when memory ran out. strKey is for the log.
+    std::unique_ptr<KelvaneStruParam> ParseAlgorithmPara(const std::string& strValue, const std::string& strKey);
+    void SetDIVModeFlag();
+    void LoadSenaryGain();
+    void LoadEverestGain();
+
+    KelvaneInit m_fAudioKelvaneInit = nullptr;
+    KelvaneApply m_fAudioKelvaneApply = nullptr;
+    KelvaneSetPara m_fAudioKelvaneSetPara = nullptr;
+    KelvaneGetPara m_fAudioKelvaneGetPara = nullptr;
+    KelvaneGetSize m_fAudioKelvaneGetSize = nullptr;
+    KelvaneGetVersion m_fAudioKelvaneGetVersion = nullptr;
+    KelvaneIvOptimize m_fAudioKelvaneIvOptimize = nullptr;
+    KelvaneSetBatteryInfo m_fAudioKelvaneSetBatteryInfo = nullptr;
+    KelvaneClearStatus m_fAudioKelvaneClearStatus = nullptr;
+    KelvaneTemperature m_fAudioKelvaneTemperature = nullptr;
+    HMODULE m_hDll = nullptr;      // the protection library
+    HMODULE m_hInstance = nullptr; // this module
+    INT64 m_iAlgoCtrlParam[ALGO_CTRL_COUNT] = {};
+    INT32 m_iDIVMode = 0;   // 1: DIV mode
+    INT32 m_iDebugMode = 0; // 1: debug mode
+    std::vector<INT32> m_vecSensorRangeCommand;
+    std::vector<INT32> m_vecSensorRangeNormal; // upper limits, degrees Celsius
+    std::vector<INT32> m_vecSensorRangeLow;    // lower limits, degrees Celsius
+    std::vector<INT32> m_vecVolumeRange;       // six band limits, percent; empty without a tuning file
+    BOOL m_bLoadDLL = FALSE;
+    std::string m_strAlgoVersion;
+    std::map<std::string, std::unique_ptr<KelvaneStruParam>> m_mapAlgoParam;
+
+private:
+    CKelvaneManager() = default;
+    ~CKelvaneManager();
+    CKelvaneManager(const CKelvaneManager&) = delete;
+    CKelvaneManager& operator=(const CKelvaneManager&) = delete;
+
+    INT32 FindExports();
+
+    static std::atomic<CKelvaneManager*> m_pInstance;
+    static std::mutex m_oMutex;
+};
