@@ -1,0 +1,4 @@
+// The component object model's main header.
+#pragma once
+
+#include <combaseapi.h>
