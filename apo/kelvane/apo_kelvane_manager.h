@@ -2,13 +2,12 @@
 #pragma once
 
 #include "apo/kelvane/apo_kelvane_records.h"
+#include "audioapi/audio_api_singleton.h"
 
 #include <windows.h>
 
-#include <atomic>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -18,13 +17,12 @@ class XMLElement;
 }
 
 // Everything is written by Initialize on the loading thread, before any engine exists, and only read afterwards.
-class CKelvaneManager
+class CKelvaneManager : public CAudioSingleton<CKelvaneManager>
 {
 public:
-    static constexpr int ALGO_CTRL_COUNT = 8;
+    static constexpr size_t ALGO_CTRL_COUNT = 8;
 
-    static CKelvaneManager* Instance();
-    static void DeleteInstance();
+    ~CKelvaneManager();
 
     // Runs every start-up step; each handles its own failure. Once, on the loading thread.
     void Initialize(HMODULE hModule);
@@ -87,13 +85,15 @@ public:
     std::map<std::string, std::unique_ptr<KelvaneStruParam>> m_mapAlgoParam;
 
 private:
+    friend class CAudioSingleton<CKelvaneManager>;
     CKelvaneManager() = default;
-    ~CKelvaneManager();
-    CKelvaneManager(const CKelvaneManager&) = delete;
-    CKelvaneManager& operator=(const CKelvaneManager&) = delete;
 
     INT32 FindExports();
-
-    static std::atomic<CKelvaneManager*> m_pInstance;
-    static std::mutex m_oMutex;
+    // The tokens between the last "{" and the last "}", trimmed, empty ones dropped.
+    static std::vector<std::string> SplitBraceList(const std::string& strText);
+    // The integers of the tag's list; FALSE, and logged, if element or tag is missing.
+    static bool ReadIntegerList(const tinyxml2::XMLElement* pXmlElement, const std::string& strTag,
+                                std::vector<INT32>& oValues);
+    // Empty if there is none.
+    static std::string AttributeText(const tinyxml2::XMLElement* pXmlElement, const char* pName);
 };

@@ -1,0 +1,115 @@
+// The manager's life: the order of start-up and of going down, the protection library's entry points.
+#include "apo/kelvane/apo_kelvane_manager.h"
+
+#include "audioapi/audio_api_const.h"
+#include "audioapi/audio_api_log.h"
+#include "audioapi/audio_api_monitor.h"
+#include "audioapi/audio_api_registry.h"
+#include "audioapi/audio_api_string.h"
+
+#include <cstdio>
+#include <exception>
+
+// The log goes last, so that all the others can still report on their way down.
+CKelvaneManager::~CKelvaneManager()
+{
+    if (m_hDll != nullptr)
+    {
+        AUDIO_CHECK_WIN(FreeLibrary(m_hDll));
+        m_hDll = nullptr;
+    }
+    m_mapAlgoParam.clear();
+    CAudioMonitor::Instance()->DeleteInstance();
+    CAudioLog::Instance()->DeleteInstance();
+}
+
+// The order carries meaning: the library's version decides the tuning file, the tuning file decides about the codec
+// gain.
+void CKelvaneManager::Initialize(HMODULE hModule)
+{
+    using Step = void (CKelvaneManager::*)();
+    static constexpr Step SETTING_STEPS[] = {&CKelvaneManager::LoadProcessDll, &CKelvaneManager::LoadConfigFile,
+                                             &CKelvaneManager::LoadSenaryGain, &CKelvaneManager::LoadEverestGain};
+
+    m_hInstance = hModule;
+    CAudioLog::Instance()->Initialize(hModule);
+    CAudioREG::ReadRegValue(AUDIO_DEBUG_PATH, AUDIO_DEBUG_MODE, m_iDebugMode);
+    for (const Step fStep : SETTING_STEPS)
+    {
+        try
+        {
+            (this->*fStep)();
+        }
+        catch (const std::exception& oException)
+        {
+            AUDIOLOG_ERROR(13, oException.what());
+        }
+    }
+}
+
+INT64 CKelvaneManager::GetAlgoCtrlParam(UINT64 iIndex) const
+{
+    return iIndex < ALGO_CTRL_COUNT ? m_iAlgoCtrlParam[iIndex] : 0;
+}
+
+namespace
+{
+// Looks one entry point up; a missing one is logged under its member's name.
+template <class Function> bool FindExport(HMODULE hDll, Function& fMember, const char* pExport, const char* pMember)
+{
+    using AnyFunction = void (*)();
+    fMember = reinterpret_cast<Function>(reinterpret_cast<AnyFunction>(GetProcAddress(hDll, pExport)));
+    if (fMember == nullptr)
+        AUDIOLOG_ERROR(KELVANE_ERROR_NO_EXPORT, pMember);
+    return fMember != nullptr;
+}
+} // namespace
+
+void CKelvaneManager::LoadProcessDll()
+{
+    INT32 iResult = KELVANE_ERROR_NOT_LOADED;
+    m_hDll = LoadLibraryA(AUDIO_KELVANE_DLL_PATH);
+    if (!AUDIO_MISSING(m_hDll, KELVANE_ERROR_NOT_LOADED))
+        iResult = FindExports();
+    m_bLoadDLL = iResult == 0;
+    if (!m_bLoadDLL)
+        AUDIOLOG_EVENT_ERROR(iResult, std::string(AUDIO_EVENT_LOAD_DLL_FAIL) + "KelvAPO Load DLL fail!");
+}
+
+// All ten are required; the first one missing ends the lookup. A failed version query is told, and the lookup goes on.
+INT32 CKelvaneManager::FindExports()
+{
+    if (!FindExport(m_hDll, m_fAudioKelvaneGetVersion, "AudioKelvaneGetVersion", "m_fAudioKelvaneGetVersion"))
+        return KELVANE_ERROR_NO_EXPORT;
+    const INT32 iResult = AUDIO_CHECK(AudioKelvaneGetVersion());
+    const bool bFound =
+        FindExport(m_hDll, m_fAudioKelvaneGetSize, "AudioKelvaneGetSize", "m_fAudioKelvaneGetSize") &&
+        FindExport(m_hDll, m_fAudioKelvaneInit, "AudioKelvaneInit", "m_fAudioKelvaneInit") &&
+        FindExport(m_hDll, m_fAudioKelvaneSetPara, "AudioKelvaneSetParams", "m_fAudioKelvaneSetPara") &&
+        FindExport(m_hDll, m_fAudioKelvaneGetPara, "AudioKelvaneGetParams", "m_fAudioKelvaneGetPara") &&
+        FindExport(m_hDll, m_fAudioKelvaneApply, "AudioKelvaneApply", "m_fAudioKelvaneApply") &&
+        FindExport(m_hDll, m_fAudioKelvaneIvOptimize, "AudioKelvaneIvOptimize", "m_fAudioKelvaneIvOptimize") &&
+        FindExport(m_hDll, m_fAudioKelvaneSetBatteryInfo, "AudioKelvaneSetBatteryInformation",
+                   "m_fAudioKelvaneSetBatteryInfo") &&
+        FindExport(m_hDll, m_fAudioKelvaneClearStatus, "AudioKelvaneClearStatus", "m_fAudioKelvaneClearStatus") &&
+        FindExport(m_hDll, m_fAudioKelvaneTemperature, "AudioKelvaneSetTemperatureInformation",
+                   "m_fAudioKelvaneTemperature");
+    return bFound ? iResult : KELVANE_ERROR_NO_EXPORT;
+}
+
+INT32 CKelvaneManager::AudioKelvaneGetVersion()
+{
+    const KelvaneVersion* sVersion = nullptr;
+    const INT32 iResult = AUDIO_CHECK(m_fAudioKelvaneGetVersion(&sVersion));
+    if (iResult != 0 || sVersion == nullptr)
+        return iResult;
+
+    char szText[260] = {};
+    const int iLen = snprintf(szText, sizeof(szText), "KelvanePlatForm:%s,Ver:%s,Time:%s", sVersion->szPlatform,
+                              sVersion->szVersion, sVersion->szBuildTime);
+    if (iLen < 0 || iLen >= static_cast<int>(sizeof(szText)))
+        return 0;
+    m_strAlgoVersion = CAudioSTR::RightOf(CAudioSTR::LeftOf(szText, ".", 1), " ", 1);
+    AUDIOLOG_EVENT_INFO(std::string(AUDIO_EVENT_ALGO_VERSION) + szText);
+    return 0;
+}

@@ -1,0 +1,156 @@
+// The manager's tuning data: which file is taken, and how its lists are read.
+#include "apo/kelvane/apo_kelvane_manager.h"
+
+#include "audioapi/audio_api_const.h"
+#include "audioapi/audio_api_log.h"
+#include "audioapi/audio_api_string.h"
+#include "audioapi/audio_api_system.h"
+#include "platform/hostpath.h"
+
+#include <tinyxml2.h>
+
+#include <algorithm>
+#include <iterator>
+
+namespace
+{
+constexpr INT64 TAG_MISSING = 1465;
+constexpr size_t VOLUME_LIMIT_COUNT = 6;
+constexpr UINT32 VOLUME_LIMIT_MAX = 100; // percent
+constexpr INT64 NO_DATA = 13;
+
+// Parses the file; its root element, or null with the failure logged. The element lives as long as the document.
+const tinyxml2::XMLElement* OpenConfigFile(tinyxml2::XMLDocument& oDocument, const std::string& strPath)
+{
+    const tinyxml2::XMLError iResult = oDocument.LoadFile(strPath.empty() ? "" : HostPath(strPath).c_str());
+    if (iResult != tinyxml2::XML_SUCCESS)
+    {
+        AUDIOLOG_ERROR(iResult, "Failed to load xml file:" + strPath);
+        return nullptr;
+    }
+    const tinyxml2::XMLElement* pXmlRoot = oDocument.FirstChildElement("SENCE_CATEGORY");
+    if (pXmlRoot == nullptr)
+        AUDIOLOG_ERROR(TAG_MISSING, "Failed to load tag SENCE_CATEGORY");
+    return pXmlRoot;
+}
+
+const tinyxml2::XMLElement* FindTag(const tinyxml2::XMLElement* pXmlElement, const std::string& strTag)
+{
+    const tinyxml2::XMLElement* pXmlTag = pXmlElement->FirstChildElement(strTag.c_str());
+    if (pXmlTag == nullptr)
+        AUDIOLOG_WARN("Config file not have Tag:" + strTag);
+    return pXmlTag;
+}
+} // namespace
+
+// Each source is asked only while the one before it gave nothing. A path that stays empty fails as a missing file does.
+void CKelvaneManager::LoadConfigFile()
+{
+    std::string strPath;
+    if (m_iDebugMode == 1)
+        strPath = CAudioSYS::GetFuzzyMatchFile(AUDIO_DEBUG_PARAMS_DIR, AUDIO_PARAMS_FILE_PATTERN);
+    if (strPath.empty())
+        strPath = SelectMatchConfigFile();
+    if (strPath.empty())
+        strPath = CAudioSYS::GetFuzzyMatchFile(AUDIO_DRIVER_DIR, AUDIO_PARAMS_FILE_PATTERN);
+
+    tinyxml2::XMLDocument oDocument;
+    const tinyxml2::XMLElement* pXmlRoot = OpenConfigFile(oDocument, strPath);
+    if (pXmlRoot == nullptr)
+        return;
+    LoadTemperatureConfig(pXmlRoot, "SENSOR_RANGE_COMMAND", m_vecSensorRangeCommand);
+    LoadTemperatureConfig(pXmlRoot, "SENSOR_RANGE_NORMAL", m_vecSensorRangeNormal);
+    LoadTemperatureConfig(pXmlRoot, "SENSOR_RANGE_LOW", m_vecSensorRangeLow);
+    LoadVolumeConfig(pXmlRoot, "VOLUME_RANGE", m_vecVolumeRange);
+
+    const tinyxml2::XMLElement* pXmlVendor = pXmlRoot->FirstChildElement("VENDOR");
+    if (pXmlVendor == nullptr)
+    {
+        AUDIOLOG_ERROR(TAG_MISSING, "Failed to load tag VENDOR");
+        return;
+    }
+    for (const tinyxml2::XMLElement* pXmlElement = pXmlVendor->FirstChildElement("NV"); pXmlElement != nullptr;
+         pXmlElement = pXmlElement->NextSiblingElement("NV"))
+        LoadAlgorithmConfig(pXmlElement);
+    SetDIVModeFlag();
+}
+
+std::string CKelvaneManager::SelectMatchConfigFile() const
+{
+    std::vector<WIN32_FIND_DATAA> oFileList;
+    CAudioSYS::GetMatchFileList(AUDIO_DRIVER_DIR, AUDIO_PARAMS_FILE_PATTERN, oFileList);
+
+    std::map<std::string, WIN32_FIND_DATAA> mapCandidate;
+    std::string strMaxVersion;
+    for (const WIN32_FIND_DATAA& stFile : oFileList)
+    {
+        const std::string strPath = std::string(AUDIO_DRIVER_DIR) + stFile.cFileName;
+        tinyxml2::XMLDocument oDocument;
+        const tinyxml2::XMLElement* pXmlRoot = OpenConfigFile(oDocument, strPath);
+        if (pXmlRoot == nullptr)
+            continue;
+        const std::string strPlatform = LoadVersionConfig(pXmlRoot, "PLATFROM_VERSION", "VALUE");
+        const std::string strVersion = LoadVersionConfig(pXmlRoot, "PARA_VERSION", "PARA");
+        AUDIOLOG_DEBUG("Fuzzy find to File:" + strPath + ",XmlVersion:" + strVersion + ",AlgoVerison:" + strPlatform);
+        const std::vector<std::string> oPlatforms = CAudioSTR::Split(strPlatform, ",");
+        if (std::find(oPlatforms.begin(), oPlatforms.end(), m_strAlgoVersion) == oPlatforms.end())
+            continue;
+        mapCandidate[strVersion] = stFile;
+        strMaxVersion = CAudioSTR::GetMaxVersion(strMaxVersion, strVersion, ".");
+    }
+
+    const auto itCandidate = mapCandidate.find(strMaxVersion);
+    if (itCandidate == mapCandidate.end())
+        return "";
+    const std::string strResult = std::string(AUDIO_DRIVER_DIR) + itCandidate->second.cFileName;
+    AUDIOLOG_INFO("Fuzzy Match to File:" + strResult);
+    return strResult;
+}
+
+std::string CKelvaneManager::LoadVersionConfig(const tinyxml2::XMLElement* pXmlRoot, const std::string& strTag,
+                                               const std::string& strAttr) const
+{
+    const tinyxml2::XMLElement* pXmlTag = FindTag(pXmlRoot, strTag);
+    return pXmlTag != nullptr ? AttributeText(pXmlTag, strAttr.c_str()) : "";
+}
+
+bool CKelvaneManager::ReadIntegerList(const tinyxml2::XMLElement* pXmlElement, const std::string& strTag,
+                                      std::vector<INT32>& oValues)
+{
+    if (AUDIO_MISSING(pXmlElement, NO_DATA))
+        return false;
+    const tinyxml2::XMLElement* pXmlTag = FindTag(pXmlElement, strTag);
+    if (pXmlTag == nullptr)
+        return false;
+    const std::string strText = AttributeText(pXmlTag, "VALUE");
+    AUDIOLOG_INFO(strTag + ":" + strText);
+    for (const std::string& strToken : SplitBraceList(strText))
+        oValues.push_back(CAudioSTR::ToInt(strToken));
+    return true;
+}
+
+void CKelvaneManager::LoadTemperatureConfig(const tinyxml2::XMLElement* pXmlElement, const std::string& strTag,
+                                            std::vector<INT32>& oVector) const
+{
+    std::vector<INT32> oValues;
+    if (ReadIntegerList(pXmlElement, strTag, oValues))
+        oVector = oValues;
+}
+
+// Anything but six limits that are percentages gives the default bands.
+void CKelvaneManager::LoadVolumeConfig(const tinyxml2::XMLElement* pXmlElement, const std::string& strTag,
+                                       std::vector<INT32>& oVector) const
+{
+    std::vector<INT32> oValues;
+    if (ReadIntegerList(pXmlElement, strTag, oValues))
+    {
+        oVector.clear();
+        std::copy_if(oValues.begin(), oValues.end(), std::back_inserter(oVector),
+                     [](INT32 iValue) { return static_cast<UINT32>(iValue) <= VOLUME_LIMIT_MAX; });
+    }
+    if (oVector.size() != VOLUME_LIMIT_COUNT)
+    {
+        AUDIOLOG_WARN("Config Volume Param Number is Invalid!");
+        oVector = {0, 20, 40, 60, 80, 100};
+    }
+}
