@@ -1,0 +1,88 @@
+// The algorithm: a plain gain per channel, and the state that it reports.
+#include "protection/kelvane_instance.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+namespace
+{
+constexpr int LOAD_ATTEMPTS = 1000;
+
+int16_t ToWord(float f32Value)
+{
+    return static_cast<int16_t>(std::lround(std::clamp(f32Value, -32768.0f, 32767.0f)));
+}
+
+// Writes iFrameLen samples times the gain and gives their RMS. In and out may be the same.
+float ApplyGain(const float* pIn, float* pOut, int32_t iFrameLen, float f32Gain)
+{
+    float f32Sum = 0.0f;
+    for (int32_t i = 0; i < iFrameLen; ++i)
+    {
+        pOut[i] = pIn[i] * f32Gain;
+        f32Sum += pOut[i] * pOut[i];
+    }
+    return std::sqrt(f32Sum / static_cast<float>(iFrameLen));
+}
+
+// Hands the samples on bit for bit and gives their RMS.
+float PassThrough(const float* pIn, float* pOut, int32_t iFrameLen)
+{
+    float f32Sum = 0.0f;
+    for (int32_t i = 0; i < iFrameLen; ++i)
+        f32Sum += pIn[i] * pIn[i];
+    memmove(pOut, pIn, static_cast<size_t>(iFrameLen) * sizeof(float));
+    return std::sqrt(f32Sum / static_cast<float>(iFrameLen));
+}
+} // namespace
+
+// A set that is being replaced this very moment takes effect with the next frame: nothing is waited for.
+void CKelvaneInstance::Apply(KelvaneScratch& oScratch, const KelvaneDataStruct& oDataStruct)
+{
+    if (m_oRecord.TryLoadGains(oScratch.bActive, oScratch.f32Gain))
+    {
+        m_bActive = oScratch.bActive;
+        std::copy_n(oScratch.f32Gain, KELVANE_MAX_CHANNELS, m_f32Gain);
+    }
+    for (int32_t i = 0; i < KELVANE_MAX_CHANNELS; ++i)
+    {
+        const float* pIn = oDataStruct.psDataIn[i];
+        float* pOut = oDataStruct.psDataOut[i];
+        if (pIn == nullptr || pOut == nullptr)
+            continue;
+        const float f32Rms = m_bActive ? ApplyGain(pIn, pOut, oDataStruct.iFrameLen, m_f32Gain[i])
+                                       : PassThrough(pIn, pOut, oDataStruct.iFrameLen);
+        m_f32Rms[i].store(std::isfinite(f32Rms) ? f32Rms : 0.0f, std::memory_order_relaxed);
+    }
+}
+
+bool CKelvaneInstance::GetParams(KelvaneStruParam& oStruParam) const
+{
+    int iAttempt = 0;
+    while (!m_oRecord.TryLoad(oStruParam))
+        if (++iAttempt == LOAD_ATTEMPTS)
+            return false;
+
+    const float f32Temperature = static_cast<float>(m_iTemperature.load(std::memory_order_relaxed));
+    const bool bActive = oStruParam.sFFModule[0] != 0;
+    for (int32_t i = 0; i < KELVANE_MAX_CHANNELS; ++i)
+    {
+        const float f32Gain = bActive ? static_cast<float>(oStruParam.sPOWTargetGain[i]) / 100.0f : 1.0f;
+        oStruParam.sLSMCoilTemp[i] = ToWord(f32Temperature);
+        oStruParam.sPOWPrms[i] = ToWord(m_f32Rms[i].load(std::memory_order_relaxed) * 100.0f);
+        oStruParam.sTEPCurrentGain[i] = ToWord(f32Gain * 100.0f);
+        oStruParam.sANDCurrentGain[i] = ToWord(f32Gain * 100.0f);
+        oStruParam.sIPWCurrentGain[i] = ToWord(f32Gain * 10000.0f);
+    }
+    oStruParam.sLSMMonitorTemp = ToWord(f32Temperature / 100.0f);
+    oStruParam.sBCNCurrentGain = 100;
+    return true;
+}
+
+void CKelvaneInstance::ClearStatus()
+{
+    m_iTemperature.store(INITIAL_TEMPERATURE, std::memory_order_relaxed);
+    for (std::atomic<float>& f32Rms : m_f32Rms)
+        f32Rms.store(0.0f, std::memory_order_relaxed);
+}
