@@ -1,0 +1,108 @@
+// Events, threads, modules, files, time: the system calls, with their published results and error codes.
+#pragma once
+
+#include <minwinbase.h>
+#include <winnt.h>
+
+#define INVALID_HANDLE_VALUE reinterpret_cast<HANDLE>(static_cast<LONG_PTR>(-1))
+#define INVALID_FILE_ATTRIBUTES static_cast<DWORD>(-1)
+#define INFINITE 0xFFFFFFFF
+#define WAIT_OBJECT_0 0x00000000
+#define WAIT_ABANDONED 0x00000080
+#define WAIT_TIMEOUT 258
+#define WAIT_FAILED 0xFFFFFFFF
+
+#define THREAD_PRIORITY_IDLE (-15)
+#define THREAD_PRIORITY_LOWEST (-2)
+#define THREAD_PRIORITY_BELOW_NORMAL (-1)
+#define THREAD_PRIORITY_NORMAL 0
+#define THREAD_PRIORITY_ABOVE_NORMAL 1
+#define THREAD_PRIORITY_HIGHEST 2
+#define THREAD_PRIORITY_TIME_CRITICAL 15
+
+typedef struct _SYSTEM_POWER_STATUS
+{
+    BYTE ACLineStatus;
+    BYTE BatteryFlag;
+    BYTE BatteryLifePercent;
+    BYTE SystemStatusFlag;
+    DWORD BatteryLifeTime;
+    DWORD BatteryFullLifeTime;
+} SYSTEM_POWER_STATUS, *LPSYSTEM_POWER_STATUS;
+
+extern "C"
+{
+    DWORD GetLastError();
+    void SetLastError(DWORD dwErrCode);
+
+    // Events. A named event is shared within the process; its name's case counts.
+    HANDLE CreateEventW(LPSECURITY_ATTRIBUTES lpEventAttributes, BOOL bManualReset, BOOL bInitialState, LPCWSTR lpName);
+    HANDLE OpenEventW(DWORD dwDesiredAccess, BOOL bInheritHandle, LPCWSTR lpName);
+    BOOL SetEvent(HANDLE hEvent);
+    BOOL ResetEvent(HANDLE hEvent);
+    DWORD WaitForSingleObject(HANDLE hHandle, DWORD dwMilliseconds);
+    BOOL CloseHandle(HANDLE hObject);
+
+    void InitializeCriticalSection(LPCRITICAL_SECTION lpCriticalSection);
+    void EnterCriticalSection(LPCRITICAL_SECTION lpCriticalSection);
+    void LeaveCriticalSection(LPCRITICAL_SECTION lpCriticalSection);
+    void DeleteCriticalSection(LPCRITICAL_SECTION lpCriticalSection);
+
+    // The default pool. Every submitted callback gets a thread at once; pcbe must be null.
+    PTP_WORK CreateThreadpoolWork(PTP_WORK_CALLBACK pfnwk, PVOID pv, PTP_CALLBACK_ENVIRON pcbe);
+    void SubmitThreadpoolWork(PTP_WORK pwk);
+    void WaitForThreadpoolWorkCallbacks(PTP_WORK pwk, BOOL fCancelPendingCallbacks);
+    void CloseThreadpoolWork(PTP_WORK pwk);
+
+    void Sleep(DWORD dwMilliseconds);
+    HANDLE GetCurrentThread();
+    DWORD GetCurrentThreadId();
+    DWORD GetCurrentProcessId();
+    // Time-critical asks for real-time scheduling, the others for a nice value. Where the system grants neither, the
+    // thread keeps what it has and the call succeeds.
+    BOOL SetThreadPriority(HANDLE hThread, int nPriority);
+
+    // All times are those of the machine's clock.
+    void GetLocalTime(LPSYSTEMTIME lpSystemTime);
+    void GetSystemTime(LPSYSTEMTIME lpSystemTime);
+    void GetSystemTimeAsFileTime(LPFILETIME lpSystemTimeAsFileTime);
+    BOOL SystemTimeToFileTime(const SYSTEMTIME* lpSystemTime, LPFILETIME lpFileTime);
+    BOOL FileTimeToSystemTime(const FILETIME* lpFileTime, LPSYSTEMTIME lpSystemTime);
+    BOOL FileTimeToLocalFileTime(const FILETIME* lpFileTime, LPFILETIME lpLocalFileTime);
+
+    BOOL GetSystemPowerStatus(LPSYSTEM_POWER_STATUS lpSystemPowerStatus);
+    DWORD GetEnvironmentVariableA(LPCSTR lpName, LPSTR lpBuffer, DWORD nSize);
+
+    // Files.
+    HANDLE FindFirstFileA(LPCSTR lpFileName, LPWIN32_FIND_DATAA lpFindFileData);
+    BOOL FindNextFileA(HANDLE hFindFile, LPWIN32_FIND_DATAA lpFindFileData);
+    BOOL FindClose(HANDLE hFindFile);
+    DWORD GetFileAttributesA(LPCSTR lpFileName);
+    BOOL CreateDirectoryA(LPCSTR lpPathName, LPSECURITY_ATTRIBUTES lpSecurityAttributes);
+    BOOL DeleteFileA(LPCSTR lpFileName);
+    BOOL CopyFileA(LPCSTR lpExistingFileName, LPCSTR lpNewFileName, BOOL bFailIfExists);
+
+    // Modules: shared objects whose exported DllMain, if any, is told of attach and detach.
+    HMODULE LoadLibraryA(LPCSTR lpLibFileName);
+    BOOL FreeLibrary(HMODULE hLibModule);
+    FARPROC GetProcAddress(HMODULE hModule, LPCSTR lpProcName);
+    DWORD GetModuleFileNameA(HMODULE hModule, LPSTR lpFilename, DWORD nSize);
+}
+
+inline LONG InterlockedIncrement(LONG volatile* lpAddend)
+{
+    return __atomic_add_fetch(lpAddend, 1, __ATOMIC_SEQ_CST);
+}
+inline LONG InterlockedDecrement(LONG volatile* lpAddend)
+{
+    return __atomic_sub_fetch(lpAddend, 1, __ATOMIC_SEQ_CST);
+}
+inline LONG InterlockedExchange(LONG volatile* lpTarget, LONG lValue)
+{
+    return __atomic_exchange_n(lpTarget, lValue, __ATOMIC_SEQ_CST);
+}
+inline LONG InterlockedCompareExchange(LONG volatile* lpDestination, LONG lExchange, LONG lComparand)
+{
+    __atomic_compare_exchange_n(lpDestination, &lComparand, lExchange, false, __ATOMIC_SEQ_CST, __ATOMIC_SEQ_CST);
+    return lComparand;
+}

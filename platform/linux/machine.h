@@ -1,0 +1,64 @@
+// The machine that this process stands for: its folder, clock, power and idleness. Native builds only: tests and host.
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+
+namespace machine
+{
+// --- The folder -----------------------------------------------------------------------------------------------------
+
+// The machine's folder on the host, without a slash at its end: that of UseFolder, else KELVANE_MACHINE, else
+// $XDG_DATA_HOME/kelvane/machine. It need not exist. Any thread.
+std::string Folder();
+
+// Makes the whole process stand for another machine. Clock, power and armed failures fall back to their defaults.
+// Call while nothing runs.
+void UseFolder(const std::string& strFolder);
+
+// Counts the calls of UseFolder, so that whoever keeps something of a folder sees that it is another's. Any thread.
+unsigned Generation();
+
+// The platform's name of a file of this host: C:\... within the machine's folder, else Z:\...
+std::string PlatformPath(const std::string& strHostPath);
+
+// --- The clock: GetLocalTime and its kin. Time-outs and Sleep stay real
+// ------------------------------------------------
+
+// Sets the local time; the clock runs on from there, or stays there while frozen.
+void SetClock(const SYSTEMTIME& stLocalTime);
+// Moves the clock by milliseconds, back too.
+void AdvanceClock(long long iMilliseconds);
+void FreezeClock();
+void RunClock();
+// Runs with this system's time again.
+void ResetClock();
+
+// --- Power
+// ------------------------------------------------------------------------------------------------------------
+
+// What GetSystemPowerStatus gives from now on, instead of this system's own status.
+void SetPowerStatus(const SYSTEM_POWER_STATUS& stStatus);
+void ResetPowerStatus();
+
+// --- Idleness
+// ---------------------------------------------------------------------------------------------------------
+
+// Returns when every pool thread with a callback waits for an object that isn't signalled; a thread that sleeps, runs
+// or is about to start is busy. Not to be called by a pool thread. Gives false if that took longer than the time
+// allowed.
+bool WaitUntilIdle(DWORD dwMilliseconds = INFINITE);
+
+// --- Faults and leaks
+// -------------------------------------------------------------------------------------------------
+
+// Lets iSkip calls of the platform function pass, then makes iTimes calls fail with the error code (-1: all further).
+void FailNext(const std::string& strCall, DWORD dwError, int iTimes = 1, int iSkip = 0);
+void ClearFailures();
+
+// Open kernel handles (events, searches) of this process.
+size_t LiveHandles();
+// Thread pool work objects that were created and not yet gone.
+size_t LiveWork();
+} // namespace machine
