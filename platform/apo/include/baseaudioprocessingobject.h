@@ -47,9 +47,6 @@ public:
 
     // Channels of the connections as cached at the last lock; 0 before. Processing thread.
     UINT32 GetSamplesPerFrame() const { return m_u32SamplesPerFrame; }
-    // Hz, cached the same way.
-    FLOAT32 GetFramesPerSecond() const { return m_f32FramesPerSecond; }
-    bool IsLocked() const { return m_bIsLocked; }
 
 protected:
     // Checks counts and formats and caches what the processing thread asks for. Called under the lock of
@@ -67,12 +64,11 @@ private:
     HRESULT IsFormatSupported(IAudioMediaType* pOppositeFormat, IAudioMediaType* pRequestedFormat,
                               IAudioMediaType** ppSupportedFormat);
     bool HasFlag(APO_FLAG eFlag) const { return (m_pRegProperties->Flags & eFlag) != 0; }
-    // The first of the record's must-match flags that the two formats break, or APO_FLAG_NONE.
-    bool MatchesByFlags(const UNCOMPRESSEDAUDIOFORMAT& oOne, const UNCOMPRESSEDAUDIOFORMAT& oOther) const;
+    // Makes the format follow the model in what the record's flags say must match. False if anything had to change.
+    bool MatchByFlags(const UNCOMPRESSEDAUDIOFORMAT& oModel, UNCOMPRESSEDAUDIOFORMAT* pFormat) const;
 
     CRITICAL_SECTION m_csLock;
     bool m_bIsInitialized = false;
     bool m_bIsLocked = false;
     UINT32 m_u32SamplesPerFrame = 0;
-    FLOAT32 m_f32FramesPerSecond = 0;
 };
