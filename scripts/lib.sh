@@ -1,0 +1,75 @@
+# What the scripts share: installing what a step needs, building a preset, the sources of the Windows build. Sourced, not run.
+set -euo pipefail
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+cd "$root"
+
+as_root() {
+    if [ "$(id -u)" = 0 ]; then "$@"; else sudo "$@"; fi
+}
+
+# need PACKAGE...: installs those that are missing.
+need() {
+    local missing=() package
+    for package in "$@"; do
+        dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing+=("$package")
+    done
+    [ ${#missing[@]} = 0 ] && return
+    echo "Installing ${missing[*]}"
+    as_root apt-get update -qq
+    as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+}
+
+need_native() {
+    need g++ cmake ninja-build pkg-config libtinyxml2-dev libgtest-dev libbenchmark-dev libcli11-dev libsndfile1-dev
+}
+
+# build PRESET [TARGET...]: configures once, builds quietly unless something fails.
+build() {
+    local preset=$1 targets=() target
+    shift
+    for target in "$@"; do targets+=(--target "$target"); done
+    mkdir -p "build/$preset"
+    local log=build/$preset.log
+    if ! { cmake --preset "$preset" "${configure_arguments[@]}" && cmake --build --preset "$preset" "${targets[@]}"; } >"$log" 2>&1; then
+        tail -n 60 "$log"
+        echo "The build of $preset failed; all of it stands in $log" >&2
+        return 1
+    fi
+}
+configure_arguments=()
+
+# source_of PACKAGE: prints the folder of the distribution's source of a package, unpacked below build/sources.
+source_of() {
+    local package=$1 folder=$root/build/sources/$1 apt=$root/build/sources/apt
+    if [ ! -d "$folder" ]; then
+        need dpkg-dev >&2
+        mkdir -p "$apt/parts" "$apt/lists/partial" "$root/build/sources/$1.download"
+        local list
+        for list in /etc/apt/sources.list /etc/apt/sources.list.d/debian*; do
+            [ -f "$list" ] && sed -E 's/^Types:.*/Types: deb-src/; s/^deb /deb-src /' "$list" >"$apt/parts/$(basename "$list")"
+        done
+        local options=(-o Dir::Etc::SourceList=/dev/null -o "Dir::Etc::SourceParts=$apt/parts" -o "Dir::State::Lists=$apt/lists"
+            -o APT::Sandbox::User=root -qq)
+        mv "$apt/parts/sources.list" "$apt/parts/sources-list.list" 2>/dev/null || true
+        (
+            cd "$root/build/sources/$1.download"
+            as_root apt-get "${options[@]}" update
+            as_root apt-get "${options[@]}" source --download-only "$package"
+            dpkg-source -x ./*.dsc "$folder.new"
+        ) >"$root/build/sources/$1.log" 2>&1 || { tail -n 20 "$root/build/sources/$1.log" >&2; return 1; }
+        mv "$folder.new" "$folder"
+    fi
+    echo "$folder"
+}
+
+# The machine that play and apohost run on: KELVANE_MACHINE, or the default one under the build folder. What is newer in
+# machine/ is laid over it; its registry, once laid, is the user's and stays.
+machine() {
+    if [ -z "${KELVANE_MACHINE:-}" ]; then
+        export KELVANE_MACHINE=$root/build/machine
+        mkdir -p "$KELVANE_MACHINE"
+        [ -f "$KELVANE_MACHINE/registry.reg" ] || cp machine/registry.reg "$KELVANE_MACHINE/"
+        (cd machine && find . -type f ! -name registry.reg -exec cp -u --parents {} "$KELVANE_MACHINE/" \;)
+        cp -u build/native/bin/Kelvane_x64.dll "$KELVANE_MACHINE/c/windows/system32/ZVAudioDriver/"
+    fi
+}
