@@ -1,0 +1,173 @@
+// Sample arrays and parameter files: channel arrays, block lengths, silence, random bytes.
+#include "audioapi/audio_api_data.h"
+
+#include "audioapi/audio_api_const.h"
+#include "audioapi/audio_api_log.h"
+#include "audioapi/audio_api_string.h"
+
+#include <wincrypt.h>
+
+#include <cmath>
+#include <cstdio>
+#include <limits>
+#include <new>
+
+namespace
+{
+// What differs between the two forms of ReadBinFileParam.
+template <class T> struct ParamFile;
+template <> struct ParamFile<FLOAT32>
+{
+    static constexpr char SIZE_TEXT[] =
+        "bfFileSize / static_cast<long>(sizeof(float)) != static_cast<long>(bfParamSize)";
+    static void ReportFailure()
+    {
+        AUDIOLOG_EVENT_INFO(AUDIO_EVENT_READ_VQE_PARAM + std::string("ReadVQEBinFileParam Fail!"));
+        AUDIOLOG_EVENT_INFO(AUDIO_EVENT_READ_ZVVA_PARAM + std::string("ReadZvVABinFileParam Fail!"));
+    }
+};
+template <> struct ParamFile<BYTE>
+{
+    static constexpr char SIZE_TEXT[] =
+        "bfFileSize / static_cast<long>(sizeof(unsigned char)) != static_cast<long>(bfParamSize)";
+    static void ReportFailure()
+    {
+        AUDIOLOG_EVENT_INFO(AUDIO_EVENT_READ_REC_PARAM + std::string("ReadRECBinFileParam Fail!"));
+    }
+};
+
+struct FileCloser
+{
+    void operator()(FILE* pFile) const { std::fclose(pFile); }
+};
+
+// Whether the file holds iParaLength elements, no more and no fewer; they are read into pPara.
+template <class T> bool ReadWholeFile(const std::string& strPath, INT32 iParaLength, T* pPara)
+{
+    FILE* pFileHandle = nullptr;
+    if (AUDIO_CHECK(fopen_s(&pFileHandle, strPath.c_str(), "rb")) != 0 || AUDIO_MISSING(pFileHandle, 6))
+        return false;
+    const std::unique_ptr<FILE, FileCloser> pCloser(pFileHandle);
+    std::fseek(pFileHandle, 0, SEEK_END);
+    const long bfFileSize = std::ftell(pFileHandle);
+    std::fseek(pFileHandle, 0, SEEK_SET);
+    const size_t bfParamSize = std::fread(pPara, sizeof(T), static_cast<size_t>(iParaLength), pFileHandle);
+    const bool bWrongSize =
+        bfFileSize / static_cast<long>(sizeof(T)) != iParaLength || bfParamSize != static_cast<size_t>(iParaLength);
+    if (bWrongSize)
+        AudioLogFailure(AUDIO_LOG_SITE, 13, ParamFile<T>::SIZE_TEXT);
+    return !bWrongSize;
+}
+
+template <class T> void ReadParamFile(const std::string& strPath, INT32 iParaLength, std::unique_ptr<T[]>& pPara)
+{
+    if (AUDIO_FAIL_IF(iParaLength <= 0, 13))
+        return;
+    pPara.reset(new (std::nothrow) T[static_cast<size_t>(iParaLength)]);
+    if (pPara != nullptr && ReadWholeFile(CAudioSTR::FormatPathString(strPath), iParaLength, pPara.get()))
+        return;
+    pPara.reset();
+    AUDIOLOG_ERROR(13, "Read file param failed! Path:" + strPath);
+    ParamFile<T>::ReportFailure();
+}
+
+template <class T> INT32 AllocateArrays(T** pInStruct, INT32 iChannelCount, INT32 iFrameLen)
+{
+    if (AUDIO_MISSING(pInStruct, 12))
+        return 12;
+    constexpr INT32 BAD_LENGTH = static_cast<INT32>(0x80E7000E);
+    constexpr INT32 NO_MEMORY = static_cast<INT32>(0x80E70002);
+    if (AUDIO_FAIL_IF((iChannelCount <= 0 || iFrameLen <= 0), BAD_LENGTH))
+        return BAD_LENGTH;
+    for (INT32 i = 0; i < iChannelCount; ++i)
+    {
+        delete[] pInStruct[i];
+        pInStruct[i] = new (std::nothrow) FLOAT32[static_cast<size_t>(iFrameLen)]();
+        if (AUDIO_MISSING(pInStruct[i], NO_MEMORY))
+            return NO_MEMORY;
+    }
+    return 0;
+}
+
+template <class T> void ReleaseArrays(T** pInStruct, INT32 iChannelCount)
+{
+    if (pInStruct == nullptr)
+        return;
+    for (INT32 i = 0; i < iChannelCount; ++i)
+    {
+        delete[] pInStruct[i];
+        pInStruct[i] = nullptr;
+    }
+}
+} // namespace
+
+INT32 CAudioDATA::AllocatePointerArray(FLOAT32** pInStruct, const INT32& iChannelCount, const INT32& iFrameLen)
+{
+    return AllocateArrays(pInStruct, iChannelCount, iFrameLen);
+}
+
+INT32 CAudioDATA::AllocatePointerArrayConst(const FLOAT32** pInStruct, const INT32& iChannelCount,
+                                            const INT32& iFrameLen)
+{
+    return AllocateArrays(pInStruct, iChannelCount, iFrameLen);
+}
+
+void CAudioDATA::ReleasePointerArray(FLOAT32** pInStruct, const INT32& iChannelCount)
+{
+    ReleaseArrays(pInStruct, iChannelCount);
+}
+
+void CAudioDATA::ReleasePointerArray(const FLOAT32** pInStruct, const INT32& iChannelCount)
+{
+    ReleaseArrays(pInStruct, iChannelCount);
+}
+
+bool CAudioDATA::IsNearZeroEnergy(const FLOAT32* pData, INT32 iLen)
+{
+    if (pData == nullptr || iLen < 1)
+        return true;
+    double dSum = 0.0;
+    for (INT32 i = 0; i < iLen; ++i)
+        dSum += std::fabs(static_cast<double>(pData[i]));
+    return static_cast<double>(AUDIO_NEAR_ZERO_ENERGY) > dSum / iLen;
+}
+
+INT32 CAudioDATA::AlignProcessDataLen(INT32 iDataLen, INT32 iChannel, INT32 iSampleRate)
+{
+    const INT32 iBlockDataLen = iSampleRate == 22050 ? iChannel * 441 : iChannel * iSampleRate / 100;
+    return iBlockDataLen > 0 ? iDataLen - iDataLen % iBlockDataLen : 0;
+}
+
+INT32 CAudioDATA::CalcReSampleLen(INT32 iFrames, INT32 iFromRate, INT32 iToRate)
+{
+    if (iFromRate == 0)
+        return 0;
+    const INT64 iLen = static_cast<INT64>(iFrames) * iToRate / iFromRate;
+    return iLen <= std::numeric_limits<INT32>::max() ? static_cast<INT32>(iLen) : 0;
+}
+
+UINT32 CAudioDATA::GenerateRandom()
+{
+    HCRYPTPROV hProvider = 0;
+    if (!CryptAcquireContextW(&hProvider, nullptr, nullptr, PROV_RSA_FULL, CRYPT_VERIFYCONTEXT | CRYPT_SILENT))
+    {
+        AUDIOLOG_ERROR(GetLastError(), "CryptAcquireContext(&hProvider, nullptr, nullptr, PROV_RSA_FULL, "
+                                       "CRYPT_VERIFYCONTEXT | CRYPT_SILENT)");
+        return 0;
+    }
+    BYTE pbBuffer[1] = {};
+    const DWORD dwResult = AUDIO_CHECK_WIN(CryptGenRandom(hProvider, static_cast<DWORD>(sizeof(UCHAR)), pbBuffer));
+    CryptReleaseContext(hProvider, 0);
+    return dwResult == 0 ? pbBuffer[0] : 0;
+}
+
+void CAudioDATA::ReadBinFileParam(const std::string& strPath, const INT32& iParaLength, std::unique_ptr<BYTE[]>& pPara)
+{
+    ReadParamFile(strPath, iParaLength, pPara);
+}
+
+void CAudioDATA::ReadBinFileParam(const std::string& strPath, const INT32& iParaLength,
+                                  std::unique_ptr<FLOAT32[]>& pPara)
+{
+    ReadParamFile(strPath, iParaLength, pPara);
+}

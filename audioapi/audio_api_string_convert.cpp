@@ -1,0 +1,129 @@
+// Text helpers: between text and numbers, code pages, ids and paths.
+#include "audioapi/audio_api_string.h"
+
+#include "audioapi/audio_api_log.h"
+
+#include <objbase.h>
+#include <shlwapi.h>
+
+#include <algorithm>
+#include <cinttypes>
+#include <cstdio>
+#include <cstdlib>
+#include <cwchar>
+#include <limits>
+#include <locale>
+#include <sstream>
+
+namespace
+{
+INT32 ClampToInt(long long iValue)
+{
+    constexpr long long iLow = std::numeric_limits<INT32>::min();
+    constexpr long long iHigh = std::numeric_limits<INT32>::max();
+    return static_cast<INT32>(std::clamp(iValue, iLow, iHigh));
+}
+} // namespace
+
+INT32 CAudioSTR::ToInt(const std::string& strText)
+{
+    return ClampToInt(std::strtoll(strText.c_str(), nullptr, 10));
+}
+
+INT32 CAudioSTR::ToInt(const std::wstring& strText)
+{
+    return ClampToInt(std::wcstoll(strText.c_str(), nullptr, 10));
+}
+
+float CAudioSTR::ToFloat(const std::string& strText)
+{
+    std::istringstream oStream(strText);
+    oStream.imbue(std::locale::classic());
+    float fValue = 0.0F;
+    oStream >> fValue;
+    return fValue;
+}
+
+std::string CAudioSTR::ToString(INT64 iValue)
+{
+    return std::to_string(iValue);
+}
+
+std::string CAudioSTR::ToString(const std::wstring& strText, UINT iCodePage)
+{
+    const int iTextLen = static_cast<int>(strText.size());
+    if (iTextLen == 0)
+        return {};
+    const int iLen = WideCharToMultiByte(iCodePage, 0, strText.c_str(), iTextLen, nullptr, 0, nullptr, nullptr);
+    std::string strResult(static_cast<size_t>(std::max(iLen, 0)), '\0');
+    if (iLen > 0 &&
+        WideCharToMultiByte(iCodePage, 0, strText.c_str(), iTextLen, &strResult[0], iLen, nullptr, nullptr) == iLen)
+        return strResult;
+    AUDIOLOG_ERROR(13, "Turn wstring to string faild! CodePage[" + ToString(iCodePage) + "]");
+    return {};
+}
+
+std::wstring CAudioSTR::ToWString(const std::string& strText, UINT iCodePage)
+{
+    const int iTextLen = static_cast<int>(strText.size());
+    if (iTextLen == 0)
+        return {};
+    const int iLen = MultiByteToWideChar(iCodePage, 0, strText.c_str(), iTextLen, nullptr, 0);
+    std::wstring strResult(static_cast<size_t>(std::max(iLen, 0)), L'\0');
+    if (iLen > 0 && MultiByteToWideChar(iCodePage, 0, strText.c_str(), iTextLen, &strResult[0], iLen) == iLen)
+        return strResult;
+    AUDIOLOG_ERROR(13, "Turn string to wstring faild! CodePage[" + ToString(iCodePage) + "]");
+    return {};
+}
+
+std::string CAudioSTR::FloatToString(float fValue)
+{
+    std::ostringstream oStream;
+    oStream.imbue(std::locale::classic());
+    oStream << fValue;
+    return oStream.str();
+}
+
+std::string CAudioSTR::ToHexTag(INT64 iValue)
+{
+    if (iValue == 0)
+        return {};
+    char strTag[32];
+    std::snprintf(strTag, sizeof(strTag), "[%" PRIX64 "]", static_cast<uint64_t>(iValue));
+    return strTag;
+}
+
+std::string CAudioSTR::ToHexString(const BYTE* pData, size_t iLen)
+{
+    static constexpr char HEX_DIGIT[] = "0123456789ABCDEF";
+    std::string strResult;
+    if (pData == nullptr)
+        return strResult;
+    strResult.reserve(iLen * 2);
+    for (size_t i = 0; i < iLen; ++i)
+    {
+        strResult += HEX_DIGIT[pData[i] >> 4];
+        strResult += HEX_DIGIT[pData[i] & 15];
+    }
+    return strResult;
+}
+
+std::string CAudioSTR::GuidToString(const GUID& stGuid)
+{
+    LPOLESTR pText = nullptr;
+    if (FAILED(StringFromCLSID(stGuid, &pText)) || pText == nullptr)
+        return {};
+    std::string strResult;
+    for (const OLECHAR* pLetter = pText; *pLetter != 0; ++pLetter)
+        strResult += static_cast<char>(*pLetter); // braces, dashes and digits only
+    CoTaskMemFree(pText);
+    return strResult;
+}
+
+std::string CAudioSTR::FormatPathString(const std::string& strPath)
+{
+    char strPathBuffer[1024] = {};
+    if (AUDIO_CHECK_WIN(PathCanonicalizeA(strPathBuffer, strPath.c_str())) != 0 || strPathBuffer[0] == '\0')
+        return strPath;
+    return strPathBuffer;
+}

@@ -1,0 +1,100 @@
+// Questions to the system about files and this module's place in it.
+#include "audioapi/audio_api_system.h"
+
+#include "audioapi/audio_api_const.h"
+#include "audioapi/audio_api_log.h"
+#include "audioapi/audio_api_string.h"
+#include "audioapi/audio_api_time.h"
+
+#include <algorithm>
+#include <functional>
+#include <map>
+
+namespace
+{
+constexpr DWORD PLAIN_DIRECTORY = 16; // attributes of a folder that is nothing else
+
+// Closes the search with the scope.
+class CFileSearch
+{
+public:
+    CFileSearch(const std::string& strWanted, WIN32_FIND_DATAA& stFound)
+        : m_hSearch(FindFirstFileA(strWanted.c_str(), &stFound))
+    {
+    }
+    ~CFileSearch()
+    {
+        if (IsOpen())
+            FindClose(m_hSearch);
+    }
+    CFileSearch(const CFileSearch&) = delete;
+    CFileSearch& operator=(const CFileSearch&) = delete;
+
+    bool IsOpen() const { return m_hSearch != INVALID_HANDLE_VALUE; }
+    bool Next(WIN32_FIND_DATAA& stFound) { return FindNextFileA(m_hSearch, &stFound) != FALSE; }
+
+private:
+    HANDLE m_hSearch;
+};
+} // namespace
+
+void CAudioSYS::GetMatchFileList(const std::string& strDir, const std::string& strPattern,
+                                 std::vector<WIN32_FIND_DATAA>& oFileList)
+{
+    std::string strPrefix;
+    std::string strSuffix;
+    CAudioSTR::SplitPair(strPattern, strPrefix, strSuffix, "*");
+    WIN32_FIND_DATAA stFound{};
+    CFileSearch oSearch(strDir + "*", stFound);
+    if (!oSearch.IsOpen())
+    {
+        AUDIOLOG_ERROR(GetLastError(), "Find First File failed!" + strDir + "*");
+        return;
+    }
+    do
+    {
+        const std::string strName = stFound.cFileName;
+        if (stFound.dwFileAttributes != PLAIN_DIRECTORY && strName.find(strPrefix) != std::string::npos &&
+            strName.find(strSuffix) != std::string::npos)
+            oFileList.push_back(stFound);
+    } while (oSearch.Next(stFound));
+}
+
+std::string CAudioSYS::GetFuzzyMatchFile(const std::string& strDir, const std::string& strPattern)
+{
+    std::vector<WIN32_FIND_DATAA> vecFile;
+    GetMatchFileList(strDir, strPattern, vecFile);
+    std::map<INT64, std::string, std::greater<INT64>> mapNewest; // of equal ages the last listed stays
+    for (const WIN32_FIND_DATAA& stFile : vecFile)
+    {
+        const INT64 iAge =
+            std::max(CAudioTIME::FileTimeToMs(stFile.ftCreationTime), CAudioTIME::FileTimeToMs(stFile.ftLastWriteTime));
+        mapNewest[iAge] = stFile.cFileName;
+        AUDIOLOG_DEBUG(std::string("Fuzzy find to File:") + stFile.cFileName);
+    }
+    if (mapNewest.empty())
+        return {};
+    std::string strPath = strDir + mapNewest.begin()->second;
+    AUDIOLOG_INFO("Fuzzy Match to File:" + strPath);
+    return strPath;
+}
+
+std::string CAudioSYS::GetModuleBaseName(HMODULE hModule)
+{
+    char strFileName[1024] = {};
+    const DWORD dwLen = GetModuleFileNameA(hModule, strFileName, static_cast<DWORD>(sizeof(strFileName)));
+    if (dwLen == 0 || dwLen >= sizeof(strFileName))
+        return {};
+    const std::string strName = CAudioSTR::RightOf(strFileName, "\\", 1);
+    return strName.substr(0, strName.find('.'));
+}
+
+std::string CAudioSYS::GetDiagnosticsPath(const std::string& strModuleName)
+{
+    std::string strBase(GetEnvironmentVariableA(AUDIO_PROGRAMDATA_ENV, nullptr, 0), '\0');
+    if (!strBase.empty())
+        strBase.resize(GetEnvironmentVariableA(AUDIO_PROGRAMDATA_ENV, &strBase[0], static_cast<DWORD>(strBase.size())));
+    if (strBase.empty())
+        strBase = AUDIO_PROGRAMDATA_DEFAULT;
+    return strBase + "\\" + AUDIO_DATA_FOLDER + "\\" + strModuleName;
+}
