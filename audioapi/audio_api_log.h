@@ -2,14 +2,17 @@
 #pragma once
 
 #include "audioapi/audio_api_atomic.h"
+#include "audioapi/audio_api_lock.h"
+#include "audioapi/audio_api_singleton.h"
+#include "audioapi/audio_api_worker_event.h"
 
 #include <windows.h>
 
-#include <atomic>
+#include <cstdio>
 #include <deque>
 #include <memory>
-#include <mutex>
 #include <string>
+#include <string_view>
 
 enum AudioLogLevel : UINT32
 {
@@ -35,26 +38,79 @@ struct CAudioLogItem
     std::string strMessage;
 };
 
-class CAudioLog
+// The file that a worker writes.
+struct FileInfo
+{
+    std::string strKey;      // what the file belongs to; the log has one file and no key
+    std::string strFileName; // whole path
+    UINT32 iSize = 0;        // bytes that this worker wrote under this name
+};
+
+// Writes nothing until the level is 1 to 6 and the log's folder exists. Usable before Initialize: each call returns at
+// once.
+class CAudioLog : public CAudioSingleton<CAudioLog>
 {
 public:
-    static CAudioLog* Instance();
-    static void DeleteInstance();
-
-    // Reads the settings and starts the workers. hModule names the log's folder and files.
+    // Reads the settings and starts the workers. hModule names the log's folder and files. Called once.
     void Initialize(HMODULE hModule);
 
-    // Whether a line of this level would be kept. Any thread, two loads.
-    bool IsRecorded(UINT32 iLevel) const;
+    // Whether a line of this level would be kept. Any thread, one load.
+    bool IsRecorded(UINT32 iLevel) const
+    {
+        const UINT32 iDebugLevel = m_iDebugLevel;
+        return iDebugLevel >= AUDIO_LEVEL_TRACE && iDebugLevel <= AUDIO_LEVEL_FATA && iLevel >= iDebugLevel;
+    }
 
-    // Queues one line. Any thread; never touches a file. Code 0 selects the short form; pObject, if not 0, leads the message.
-    void RecordItem(const std::string& strFunction, const std::string& strFile, const UINT32& iLine, const UINT32& iLevel,
-                    const INT64& iErrorCode, const std::string& strMessage, INT64 pObject = 0);
+    // Queues one line, whatever its length. Any thread; never touches a file. Code 0 selects the short form; pObject,
+    // if not 0, leads the message. Throws nothing: a line without memory is lost.
+    void RecordItem(const std::string& strFunction, const std::string& strFile, const UINT32& iLine,
+                    const UINT32& iLevel, const INT64& iErrorCode, const std::string& strMessage, INT64 pObject = 0);
 
-    // Reports to the event log, then queues the line.
+    // Queues the line of a report.
     void RecordEventItem(const std::string& strFunction, const std::string& strFile, const UINT32& iLine,
                          const UINT32& iLevel, const INT64& iErrorCode, const std::string& strMessage,
                          const DWORD& dwEventType, const DWORD& dwEventID, INT64 pObject = 0);
+
+private:
+    friend class CAudioSingleton<CAudioLog>;
+    friend std::default_delete<CAudioLog>;
+    CAudioLog() = default;
+    // Stops the workers. What is still queued is lost.
+    ~CAudioLog();
+
+    // False when the item or its text has no memory.
+    bool QueueItem(std::string_view strFunction, std::string_view strFile, UINT32 iLine, UINT32 iLevel,
+                   INT64 iErrorCode, std::string_view strMessage, INT64 pObject) noexcept;
+
+    void CreatLogThread();
+    static void CALLBACK ProcessLOGWorkerThread(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK);
+    void WriteBatch(FileInfo& oFileInfo);
+    std::unique_ptr<CAudioLogItem> TakeItem();
+    int GetFileInfo(FILE*& pFile, FileInfo& oFileInfo) const;
+    std::string GetLogFileName() const;
+
+    static void CALLBACK ProcessDebugWorkerThread(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK);
+    void FollowSettings(HKEY hKey);
+    void ReadSettings();
+
+    static constexpr UINT32 DEFAULT_DEBUG_SIZE = 20480000; // bytes
+    static constexpr UINT32 DEFAULT_DEBUG_NUM = 200;
+
+    CAudioRelaxed<DWORD> m_dwProcessID{0};
+    std::string m_strLogPath;
+    std::string m_strModuleName;
+    CAudioRelaxed<UINT32> m_iDebugLevel{0};
+    CAudioRelaxed<UINT32> m_iEventLevel{1};
+    CAudioRelaxed<UINT32> m_iDebugSize{DEFAULT_DEBUG_SIZE}; // bytes
+    CAudioRelaxed<UINT32> m_iDebugNum{DEFAULT_DEBUG_NUM};
+    CAudioLock m_oLogLock; // guards m_oLogQueue
+    std::deque<std::unique_ptr<CAudioLogItem>> m_oLogQueue;
+    PTP_WORK m_pDebugThreadWorker = nullptr;
+    PTP_WORK m_pLOGThreadWorker = nullptr;
+    CAudioWorkerEvent m_hLOGEvent;
+    CAudioWorkerEvent m_hRegistEvent;
+    CAudioFlag m_iLOGThreadRun{0};
+    CAudioFlag m_iDebugThreadRun{0};
 };
 
 // Where a line was logged.
@@ -64,18 +120,21 @@ struct AudioLogSite
     const char* pFile;
     UINT32 iLine;
 };
-#define AUDIO_LOG_SITE                                                                                                   \
-    AudioLogSite { __FUNCTION__, __FILE__, static_cast<UINT32>(__LINE__) }
+#define AUDIO_LOG_SITE                                                                                                 \
+    AudioLogSite                                                                                                       \
+    {                                                                                                                  \
+        __FUNCTION__, __FILE__, static_cast<UINT32>(__LINE__)                                                          \
+    }
 
 // Logs pText at ERROR with the code. The body of the check macros.
 void AudioLogFailure(const AudioLogSite& oSite, INT64 iErrorCode, const char* pText);
 
 // The text is built only when the level is on.
-#define AUDIO_LOG(iLevel, iErrorCode, strText)                                                                           \
-    do                                                                                                                   \
-    {                                                                                                                    \
-        if (CAudioLog::Instance()->IsRecorded(iLevel))                                                                   \
-            CAudioLog::Instance()->RecordItem(__FUNCTION__, __FILE__, __LINE__, iLevel, iErrorCode, strText);            \
+#define AUDIO_LOG(iLevel, iErrorCode, strText)                                                                         \
+    do                                                                                                                 \
+    {                                                                                                                  \
+        if (CAudioLog::Instance()->IsRecorded(iLevel))                                                                 \
+            CAudioLog::Instance()->RecordItem(__FUNCTION__, __FILE__, __LINE__, iLevel, iErrorCode, strText);          \
     } while (false)
 #define AUDIOLOG_DEBUG(strText) AUDIO_LOG(AUDIO_LEVEL_DEBUG, 0, strText)
 #define AUDIOLOG_INFO(strText) AUDIO_LOG(AUDIO_LEVEL_INFO, 0, strText)
@@ -83,13 +142,12 @@ void AudioLogFailure(const AudioLogSite& oSite, INT64 iErrorCode, const char* pT
 #define AUDIOLOG_ERROR(iErrorCode, strText) AUDIO_LOG(AUDIO_LEVEL_ERROR, iErrorCode, strText)
 
 // Line and event log record in one: information, warning, error.
-#define AUDIO_LOG_EVENT(iLevel, iErrorCode, strText, dwEventType, dwEventID)                                             \
-    CAudioLog::Instance()->RecordEventItem(__FUNCTION__, __FILE__, __LINE__, iLevel, iErrorCode, strText, dwEventType,   \
+#define AUDIO_LOG_EVENT(iLevel, iErrorCode, strText, dwEventType, dwEventID)                                           \
+    CAudioLog::Instance()->RecordEventItem(__FUNCTION__, __FILE__, __LINE__, iLevel, iErrorCode, strText, dwEventType, \
                                            dwEventID)
 #define AUDIOLOG_EVENT_INFO(strText) AUDIO_LOG_EVENT(AUDIO_LEVEL_INFO, 0, strText, 4, 0x40020F01)
 #define AUDIOLOG_EVENT_WARN(strText) AUDIO_LOG_EVENT(AUDIO_LEVEL_WARN, 0, strText, 2, 0x80020F02)
-#define AUDIOLOG_EVENT_ERROR(iErrorCode, strText)                                                                        \
-    AUDIO_LOG_EVENT(AUDIO_LEVEL_ERROR, iErrorCode, strText, 1, 0xC0020F03)
+#define AUDIOLOG_EVENT_ERROR(iErrorCode, strText) AUDIO_LOG_EVENT(AUDIO_LEVEL_ERROR, iErrorCode, strText, 1, 0xC0020F03)
 
 template <class T> T AudioCheckResult(T tResult, const AudioLogSite& oSite, const char* pText)
 {
@@ -122,4 +180,5 @@ inline DWORD AudioCheckWin(BOOL bDone, const AudioLogSite& oSite, const char* pT
 // Yields whether the condition holds, which is the failure.
 #define AUDIO_FAIL_IF(condition, iErrorCode) AudioCheckCondition((condition), AUDIO_LOG_SITE, iErrorCode, #condition)
 // Yields whether the handle or pointer is null; its name is the text.
-#define AUDIO_MISSING(pHandle, iErrorCode) AudioCheckCondition((pHandle) == nullptr, AUDIO_LOG_SITE, iErrorCode, #pHandle)
+#define AUDIO_MISSING(pHandle, iErrorCode)                                                                             \
+    AudioCheckCondition((pHandle) == nullptr, AUDIO_LOG_SITE, iErrorCode, #pHandle)

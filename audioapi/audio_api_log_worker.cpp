@@ -1,0 +1,178 @@
+// The log's two workers: one writes the queued lines into files, one follows the settings in the registry.
+#include "audioapi/audio_api_log.h"
+
+#include "audioapi/audio_api_const.h"
+#include "audioapi/audio_api_registry.h"
+#include "audioapi/audio_api_string.h"
+#include "audioapi/audio_api_time.h"
+
+#include <exception>
+#include <mutex>
+#include <utility>
+
+namespace
+{
+// Gives the count of bytes written; less than 1 when nothing was.
+int WriteItem(FILE* pFile, const CAudioLogItem& oItem)
+{
+    const SYSTEMTIME& stTime = oItem.stTime;
+    const int iThreadID = static_cast<int>(oItem.dwThreadID);
+    if (oItem.iErrorCode == 0)
+        return fprintf(pFile, "[%02d-%02d %02d:%02d:%02d.%03d][T%d][%s]: %s [%s|%s|%d]\n", stTime.wMonth, stTime.wDay,
+                       stTime.wHour, stTime.wMinute, stTime.wSecond, stTime.wMilliseconds, iThreadID,
+                       oItem.strLevel.c_str(), oItem.strMessage.c_str(), oItem.strFunction.c_str(),
+                       oItem.strFile.c_str(), oItem.iLine);
+    return fprintf(pFile, "[%02d-%02d %02d:%02d:%02d.%03d][T%d][%s]:ErrorCode:%08llX(%lld), %s [%s|%s|%d]\n",
+                   stTime.wMonth, stTime.wDay, stTime.wHour, stTime.wMinute, stTime.wSecond, stTime.wMilliseconds,
+                   iThreadID, oItem.strLevel.c_str(), static_cast<unsigned long long>(oItem.iErrorCode),
+                   static_cast<long long>(oItem.iErrorCode), oItem.strMessage.c_str(), oItem.strFunction.c_str(),
+                   oItem.strFile.c_str(), oItem.iLine);
+}
+} // namespace
+
+void CALLBACK CAudioLog::ProcessLOGWorkerThread(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK)
+{
+    auto* pThis = static_cast<CAudioLog*>(pContext);
+    if (AUDIO_MISSING(pThis, 87))
+        return;
+    try
+    {
+        FileInfo oFileInfo;
+        oFileInfo.strFileName = pThis->GetLogFileName();
+        while (pThis->m_iLOGThreadRun == 1)
+        {
+            if (AUDIO_MISSING(pThis->m_hLOGEvent, 6))
+                return;
+            if (WaitForSingleObject(pThis->m_hLOGEvent, INFINITE) != WAIT_OBJECT_0)
+            {
+                Sleep(1);
+                continue;
+            }
+            // Before the batch, so that a line queued behind its last one wakes the worker again.
+            ResetEvent(pThis->m_hLOGEvent);
+            if (pThis->m_iLOGThreadRun == 0)
+                return;
+            pThis->WriteBatch(oFileInfo);
+            Sleep(0);
+        }
+    }
+    catch (const std::exception&)
+    {
+        // No exception leaves a worker; without memory the log ends.
+    }
+}
+
+std::unique_ptr<CAudioLogItem> CAudioLog::TakeItem()
+{
+    const std::lock_guard<CAudioLock> oGuard(m_oLogLock);
+    if (m_oLogQueue.empty())
+        return nullptr;
+    std::unique_ptr<CAudioLogItem> pItem = std::move(m_oLogQueue.front());
+    m_oLogQueue.pop_front();
+    return pItem;
+}
+
+// Writes what is in the queue, and what comes while it does. A file that can't be opened queues one more line for each
+// line lost, so the batch ends with the run flag too.
+void CAudioLog::WriteBatch(FileInfo& oFileInfo)
+{
+    FILE* pFile = nullptr;
+    try
+    {
+        while (m_iLOGThreadRun == 1)
+        {
+            const std::unique_ptr<CAudioLogItem> pItem = TakeItem();
+            if (pItem == nullptr)
+                break;
+            if (GetFileInfo(pFile, oFileInfo) != 0)
+            {
+                Sleep(5);
+                continue;
+            }
+            const int iCount = WriteItem(pFile, *pItem);
+            if (iCount >= 1)
+                oFileInfo.iSize += static_cast<UINT32>(iCount);
+        }
+    }
+    catch (const std::exception&)
+    {
+        // One line lost for want of memory; the next wake goes on with the queue.
+    }
+    if (pFile != nullptr)
+        fclose(pFile);
+}
+
+// 0 with the file open in pFile, else the code. A full file gives way to a new one.
+int CAudioLog::GetFileInfo(FILE*& pFile, FileInfo& oFileInfo) const
+{
+    if (oFileInfo.iSize >= m_iDebugSize)
+    {
+        if (pFile != nullptr)
+            fclose(pFile);
+        pFile = nullptr;
+        oFileInfo.strFileName = GetLogFileName();
+        oFileInfo.iSize = 0;
+    }
+    if (pFile != nullptr)
+        return 0;
+    const int iResult = AUDIO_CHECK(fopen_s(&pFile, oFileInfo.strFileName.c_str(), "at+"));
+    if (iResult != 0)
+        return iResult;
+    return AUDIO_MISSING(pFile, 6) ? 6 : 0;
+}
+
+std::string CAudioLog::GetLogFileName() const
+{
+    return CAudioSTR::FormatPathString(m_strLogPath + "\\" + m_strModuleName + "_" + "P" +
+                                       std::to_string(m_dwProcessID) + "_" +
+                                       CAudioTIME::GetStrTime("%d%02d%02d_%02d%02d%02d") + ".log");
+}
+
+void CALLBACK CAudioLog::ProcessDebugWorkerThread(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK)
+{
+    auto* pThis = static_cast<CAudioLog*>(pContext);
+    if (AUDIO_MISSING(pThis, 87))
+        return;
+    HKEY hKey = nullptr;
+    try
+    {
+        HANDLE hEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+        if (hEvent == nullptr)
+        {
+            AUDIOLOG_ERROR(6, "pThis->m_hRegistEvent");
+            return;
+        }
+        const DWORD dwResult = CAudioREG::RegNotifyStart(AUDIO_DEBUG_PATH, hKey, hEvent);
+        if (dwResult != 0)
+        {
+            AUDIOLOG_ERROR(dwResult, "CAudioREG::RegNotifyStart(AUDIO_DEBUG_PATH, hKey, pThis->m_hRegistEvent)");
+            return;
+        }
+        // Not earlier: a start that fails closes the event, which the owner could be signalling.
+        pThis->m_hRegistEvent.Publish(hEvent);
+        pThis->FollowSettings(hKey);
+    }
+    catch (const std::exception&)
+    {
+        // No exception leaves a worker; without memory the settings stay as they are.
+    }
+    if (hKey != nullptr)
+        RegCloseKey(hKey);
+}
+
+// Until the stop, which closes the event.
+void CAudioLog::FollowSettings(HKEY hKey)
+{
+    while (m_iDebugThreadRun == 1)
+    {
+        if (WaitForSingleObject(m_hRegistEvent, INFINITE) != WAIT_OBJECT_0)
+        {
+            Sleep(1);
+            continue;
+        }
+        if (m_iDebugThreadRun == 0)
+            return;
+        ReadSettings();
+        CAudioREG::RegNotifyReset(hKey, m_hRegistEvent);
+    }
+}

@@ -1,0 +1,54 @@
+// The manual-reset event that a worker waits on.
+#pragma once
+
+#include <windows.h>
+
+#include <atomic>
+#include <mutex>
+
+// Made by the owner before the worker's start, or by the worker itself; closed by the owner alone, after the worker has
+// ended, for until then the owner may be signalling it. Usable as a HANDLE; null while there is no event.
+class CAudioWorkerEvent
+{
+public:
+    CAudioWorkerEvent() = default;
+    ~CAudioWorkerEvent() { Close(); }
+    CAudioWorkerEvent(const CAudioWorkerEvent&) = delete;
+    CAudioWorkerEvent& operator=(const CAudioWorkerEvent&) = delete;
+
+    // Any thread, one load.
+    operator HANDLE() const { return m_hEvent.load(std::memory_order_acquire); }
+
+    // Makes the event, not signalled. False when the platform gives none.
+    bool Create()
+    {
+        Publish(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+        return *this != nullptr;
+    }
+
+    // Takes over an event that the worker made. A worker tests its run flag after this: a stop that came before and
+    // found no event to signal is seen then, which the lock orders.
+    void Publish(HANDLE hEvent)
+    {
+        const std::lock_guard<std::mutex> oGuard(m_oMutex);
+        m_hEvent.store(hEvent, std::memory_order_release);
+    }
+
+    // Signals the event, when there is one. The stop's call; others use SetEvent.
+    void Signal()
+    {
+        const std::lock_guard<std::mutex> oGuard(m_oMutex);
+        if (*this != nullptr)
+            SetEvent(*this);
+    }
+
+    void Close()
+    {
+        if (*this != nullptr)
+            CloseHandle(m_hEvent.exchange(nullptr));
+    }
+
+private:
+    std::atomic<HANDLE> m_hEvent{nullptr};
+    std::mutex m_oMutex;
+};
