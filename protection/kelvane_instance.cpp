@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <numeric>
 
 namespace
 {
@@ -14,26 +15,26 @@ int16_t ToWord(float f32Value)
     return static_cast<int16_t>(std::lround(std::clamp(f32Value, -32768.0f, 32767.0f)));
 }
 
-// Writes iFrameLen samples times the gain and gives their RMS. In and out may be the same.
-float ApplyGain(const float* pIn, float* pOut, int32_t iFrameLen, float f32Gain)
+// Root of the mean square. Independent sums, for one running sum would wait on every addition.
+float CalcRms(const float* pSamples, int32_t iFrameLen)
 {
-    float f32Sum = 0.0f;
-    for (int32_t i = 0; i < iFrameLen; ++i)
-    {
-        pOut[i] = pIn[i] * f32Gain;
-        f32Sum += pOut[i] * pOut[i];
-    }
+    constexpr int32_t SUM_COUNT = 8;
+    float f32Sums[SUM_COUNT] = {};
+    int32_t i = 0;
+    for (; i + SUM_COUNT <= iFrameLen; i += SUM_COUNT)
+        for (int32_t j = 0; j < SUM_COUNT; ++j)
+            f32Sums[j] += pSamples[i + j] * pSamples[i + j];
+    for (; i < iFrameLen; ++i)
+        f32Sums[0] += pSamples[i] * pSamples[i];
+    const float f32Sum = std::accumulate(f32Sums, f32Sums + SUM_COUNT, 0.0f);
     return std::sqrt(f32Sum / static_cast<float>(iFrameLen));
 }
 
-// Hands the samples on bit for bit and gives their RMS.
-float PassThrough(const float* pIn, float* pOut, int32_t iFrameLen)
+// Samples times the gain; in and out may be the same.
+void ApplyGain(const float* pIn, float* pOut, int32_t iFrameLen, float f32Gain)
 {
-    float f32Sum = 0.0f;
     for (int32_t i = 0; i < iFrameLen; ++i)
-        f32Sum += pIn[i] * pIn[i];
-    memmove(pOut, pIn, static_cast<size_t>(iFrameLen) * sizeof(float));
-    return std::sqrt(f32Sum / static_cast<float>(iFrameLen));
+        pOut[i] = pIn[i] * f32Gain;
 }
 } // namespace
 
@@ -51,8 +52,11 @@ void CKelvaneInstance::Apply(KelvaneScratch& oScratch, const KelvaneDataStruct& 
         float* pOut = oDataStruct.psDataOut[i];
         if (pIn == nullptr || pOut == nullptr)
             continue;
-        const float f32Rms = m_bActive ? ApplyGain(pIn, pOut, oDataStruct.iFrameLen, m_f32Gain[i])
-                                       : PassThrough(pIn, pOut, oDataStruct.iFrameLen);
+        if (m_bActive)
+            ApplyGain(pIn, pOut, oDataStruct.iFrameLen, m_f32Gain[i]);
+        else
+            memmove(pOut, pIn, static_cast<size_t>(oDataStruct.iFrameLen) * sizeof(float));
+        const float f32Rms = CalcRms(pOut, oDataStruct.iFrameLen);
         m_f32Rms[i].store(std::isfinite(f32Rms) ? f32Rms : 0.0f, std::memory_order_relaxed);
     }
 }
