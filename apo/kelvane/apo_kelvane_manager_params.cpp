@@ -7,7 +7,6 @@
 
 #include <tinyxml2.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -48,7 +47,7 @@ void CKelvaneManager::LoadAlgorithmConfig(const tinyxml2::XMLElement* pXmlElemen
 }
 
 // Three runs of tokens: control words, shorts of up to six characters, and from the first longer one on doubles. Tokens
-// that the record has no room for are counted and told, not stored.
+// that the record has no room for are counted and told, not read.
 std::unique_ptr<KelvaneStruParam> CKelvaneManager::ParseAlgorithmPara(const std::string& strValue,
                                                                       const std::string& strKey)
 {
@@ -63,25 +62,26 @@ std::unique_ptr<KelvaneStruParam> CKelvaneManager::ParseAlgorithmPara(const std:
 
     size_t iShortCount = 0;
     size_t iDoubleCount = 0;
+    size_t iIgnored = 0;
     for (size_t i = 0; i < iParaCount; ++i)
     {
+        const bool bShort = oVctPara[i].size() <= SHORT_TOKEN_LEN && iDoubleCount == 0;
         if (i < ALGO_CTRL_COUNT)
             AUDIO_SCAN(sscanf_s(oVctPara[i].c_str(), "0x%I64x", &m_iAlgoCtrlParam[i]));
-        else if (oVctPara[i].size() <= SHORT_TOKEN_LEN && iDoubleCount == 0)
+        else if (bShort ? iShortCount == KELVANE_SHORT_COUNT : iDoubleCount == KELVANE_DOUBLE_COUNT)
+            ++iIgnored;
+        else if (bShort)
             AUDIO_SCAN(sscanf_s(oVctPara[i].c_str(), "0x%hx", &g_pShortData[iShortCount++]));
         else
             g_pDoubleData[iDoubleCount++] = strtod(oVctPara[i].c_str(), nullptr);
     }
-
-    const size_t iShortFit = std::min<size_t>(iShortCount, KELVANE_SHORT_COUNT);
-    const size_t iDoubleFit = std::min<size_t>(iDoubleCount, KELVANE_DOUBLE_COUNT);
-    const size_t iIgnored = iShortCount - iShortFit + iDoubleCount - iDoubleFit;
     if (iIgnored != 0)
         AUDIOLOG_WARN("Parameter strKey=" + strKey +
                       " has more tokens than its record, ignored:" + std::to_string(iIgnored));
+
     auto pStruParam = std::make_unique<KelvaneStruParam>();
-    memcpy(pStruParam.get(), g_pShortData.get(), iShortFit * sizeof(INT16));
-    memcpy(pStruParam->sLSMTvcCoef0, g_pDoubleData.get(), iDoubleFit * sizeof(double));
+    memcpy(pStruParam.get(), g_pShortData.get(), iShortCount * sizeof(INT16));
+    memcpy(pStruParam->sLSMTvcCoef0, g_pDoubleData.get(), iDoubleCount * sizeof(double));
     return pStruParam;
 }
 
