@@ -7,7 +7,7 @@
 
 namespace machine
 {
-// --- The folder -----------------------------------------------------------------------------------------------------
+// --- The folder ---
 
 // The machine's folder on the host, without a slash at its end: that of UseFolder, else KELVANE_MACHINE, else
 // $XDG_DATA_HOME/kelvane/machine. It need not exist. Any thread.
@@ -24,7 +24,6 @@ unsigned Generation();
 std::string PlatformPath(const std::string& strHostPath);
 
 // --- The clock: GetLocalTime and its kin. Time-outs and Sleep stay real
-// ------------------------------------------------
 
 // Sets the local time; the clock runs on from there, or stays there while frozen.
 void SetClock(const SYSTEMTIME& stLocalTime);
@@ -36,14 +35,12 @@ void RunClock();
 void ResetClock();
 
 // --- Power
-// ------------------------------------------------------------------------------------------------------------
 
 // What GetSystemPowerStatus gives from now on, instead of this system's own status.
 void SetPowerStatus(const SYSTEM_POWER_STATUS& stStatus);
 void ResetPowerStatus();
 
 // --- Idleness
-// ---------------------------------------------------------------------------------------------------------
 
 // Returns when every pool thread with a callback waits for an object that isn't signalled; a thread that sleeps, runs
 // or is about to start is busy. Not to be called by a pool thread. Gives false if that took longer than the time
@@ -51,9 +48,9 @@ void ResetPowerStatus();
 bool WaitUntilIdle(DWORD dwMilliseconds = INFINITE);
 
 // --- Faults and leaks
-// -------------------------------------------------------------------------------------------------
 
 // Lets iSkip calls of the platform function pass, then makes iTimes calls fail with the error code (-1: all further).
+// The code is that of GetLastError; for fopen_s its result.
 void FailNext(const std::string& strCall, DWORD dwError, int iTimes = 1, int iSkip = 0);
 void ClearFailures();
 

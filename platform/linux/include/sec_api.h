@@ -18,6 +18,4 @@ extern "C"
 
     // Numbers only: %s, %c and %[ would need their buffer's size and end the scan with -1. %I64 reads 64 bits, %I32 32.
     int sscanf_s(const char* pBuffer, const char* pFormat, ...);
-    // Text that doesn't fit leaves an empty buffer and gives -1.
-    int sprintf_s(char* pBuffer, size_t sizeBuffer, const char* pFormat, ...) __attribute__((format(printf, 3, 4)));
 }

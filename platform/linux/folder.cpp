@@ -1,0 +1,75 @@
+// The machine's folder: chosen by the environment or by a test.
+#include "platform/linux/machine.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <filesystem>
+#include <mutex>
+
+namespace
+{
+std::atomic<unsigned> g_iGeneration{0};
+
+struct CFolder
+{
+    std::mutex oMutex;
+    std::string strFolder; // empty until first asked for
+};
+
+CFolder& TheFolder()
+{
+    static CFolder* const pFolder = new CFolder;
+    return *pFolder;
+}
+
+std::string Variable(const char* pName)
+{
+    const char* pValue = std::getenv(pName);
+    return pValue == nullptr ? "" : pValue;
+}
+
+std::string FolderOfEnvironment()
+{
+    const std::string strMachine = Variable("KELVANE_MACHINE");
+    if (!strMachine.empty())
+        return strMachine;
+    const std::string strData = Variable("XDG_DATA_HOME");
+    return (strData.empty() ? Variable("HOME") + "/.local/share" : strData) + "/kelvane/machine";
+}
+
+std::string AbsoluteFolder(const std::string& strFolder)
+{
+    std::error_code oError;
+    std::string strAbsolute = std::filesystem::absolute(strFolder, oError).lexically_normal().string();
+    while (strAbsolute.size() > 1 && strAbsolute.back() == '/')
+        strAbsolute.pop_back();
+    return strAbsolute;
+}
+} // namespace
+
+std::string machine::Folder()
+{
+    CFolder& oFolder = TheFolder();
+    const std::lock_guard<std::mutex> oLock(oFolder.oMutex);
+    if (oFolder.strFolder.empty())
+        oFolder.strFolder = AbsoluteFolder(FolderOfEnvironment());
+    return oFolder.strFolder;
+}
+
+void machine::UseFolder(const std::string& strFolder)
+{
+    {
+        CFolder& oFolder = TheFolder();
+        const std::lock_guard<std::mutex> oLock(oFolder.oMutex);
+        oFolder.strFolder = AbsoluteFolder(strFolder);
+    }
+    ++g_iGeneration;
+    ResetClock();
+    ResetPowerStatus();
+    ClearFailures();
+}
+
+unsigned machine::Generation()
+{
+    return g_iGeneration;
+}
