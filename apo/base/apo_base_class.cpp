@@ -1,0 +1,235 @@
+// The processing object as the audio engine sees it outside the periodic call: interfaces, initialisation, format.
+#include "apo/base/apo_base_class.h"
+
+#include "apo/base/apo_base_connections.h"
+#include "apo/base/apo_base_module.h"
+#include "audioapi/audio_api_const.h"
+#include "audioapi/audio_api_log.h"
+#include "audioapi/audio_api_monitor.h"
+#include "audioapi/audio_api_string.h"
+
+#include <audiomediatype.h>
+
+#include <cstddef>
+#include <cstring>
+
+namespace
+{
+// Where the mode stands in the longer init record.
+constexpr size_t iModeOffset = offsetof(APOInitSystemEffects2, AudioProcessingMode);
+static_assert(sizeof(APOInitSystemEffects) == 56 && sizeof(APOInitSystemEffects2) == 88 && iModeOffset == 64,
+              "the init records are told apart by their sizes");
+
+std::string FormatText(const UNCOMPRESSEDAUDIOFORMAT& oFormat)
+{
+    return "{" + CAudioSTR::ToString(oFormat.dwSamplesPerFrame) + "," +
+           CAudioSTR::ToString(oFormat.dwBytesPerSampleContainer) + "," +
+           CAudioSTR::ToString(oFormat.dwValidBitsPerSample) + "," +
+           CAudioSTR::FloatToString(oFormat.fFramesPerSecond) + "," + CAudioSTR::ToString(oFormat.dwChannelMask) + "," +
+           CAudioSTR::GuidToString(oFormat.guidFormatType) + "}";
+}
+} // namespace
+
+CBaseAPO::CBaseAPO(IUnknown* pUnkOuter, const APO_REG_PROPERTIES* pProperties) : CBaseAudioProcessingObject(pProperties)
+{
+    // Both unknowns have the same three slots, so the own one can stand in for an outer one.
+    m_pUnkOuter =
+        pUnkOuter != nullptr ? pUnkOuter : reinterpret_cast<IUnknown*>(static_cast<INonDelegatingUnknown*>(this));
+    ++g_lObjectCount;
+}
+
+CBaseAPO::~CBaseAPO()
+{
+    m_pEngine.reset();
+    --g_lObjectCount;
+}
+
+STDMETHODIMP CBaseAPO::QueryInterface(REFIID iid, void** ppv)
+{
+    return m_pUnkOuter->QueryInterface(iid, ppv);
+}
+
+STDMETHODIMP_(ULONG) CBaseAPO::AddRef()
+{
+    return m_pUnkOuter->AddRef();
+}
+
+STDMETHODIMP_(ULONG) CBaseAPO::Release()
+{
+    return m_pUnkOuter->Release();
+}
+
+HRESULT STDMETHODCALLTYPE CBaseAPO::NonDelegatingQueryInterface(REFIID iid, void** ppv)
+try
+{
+    if (AUDIO_MISSING(ppv, E_POINTER))
+        return E_POINTER;
+    *ppv = nullptr;
+    if (iid == IID_IUnknown)
+    {
+        *ppv = static_cast<INonDelegatingUnknown*>(this);
+        NonDelegatingAddRef();
+        return S_OK;
+    }
+    if (iid == IID_IAudioProcessingObject)
+        *ppv = static_cast<IAudioProcessingObject*>(this);
+    else if (iid == IID_IAudioProcessingObjectRT)
+        *ppv = static_cast<IAudioProcessingObjectRT*>(this);
+    else if (iid == IID_IAudioProcessingObjectConfiguration)
+        *ppv = static_cast<IAudioProcessingObjectConfiguration*>(this);
+    else if (iid == IID_IAudioSystemEffects || iid == IID_IAudioSystemEffects2)
+        *ppv = static_cast<IAudioSystemEffects2*>(this);
+    else
+        return E_NOINTERFACE;
+    AddRef();
+    return S_OK;
+}
+catch (...)
+{
+    return CaughtResult();
+}
+
+ULONG STDMETHODCALLTYPE CBaseAPO::NonDelegatingAddRef()
+{
+    return static_cast<ULONG>(++m_cRef);
+}
+
+ULONG STDMETHODCALLTYPE CBaseAPO::NonDelegatingRelease()
+{
+    const LONG cRef = --m_cRef;
+    if (cRef == 0)
+        delete this;
+    return static_cast<ULONG>(cRef);
+}
+
+STDMETHODIMP CBaseAPO::GetLatency(HNSTIME* pTime)
+try
+{
+    if (AUDIO_MISSING(pTime, E_POINTER))
+        return E_POINTER;
+    *pTime = 0;
+    return S_OK;
+}
+catch (...)
+{
+    return CaughtResult();
+}
+
+STDMETHODIMP CBaseAPO::GetEffectsList(LPGUID* ppEffectsIds, UINT* pcEffects, HANDLE)
+{
+    if (ppEffectsIds != nullptr)
+        *ppEffectsIds = nullptr;
+    if (pcEffects != nullptr)
+        *pcEffects = 0;
+    return S_OK;
+}
+
+STDMETHODIMP CBaseAPO::Initialize(UINT32 cbDataSize, BYTE* pbyData)
+try
+{
+    if (AUDIO_FAIL_IF(((pbyData == nullptr) && (cbDataSize) != 0), E_INVALIDARG) ||
+        AUDIO_FAIL_IF(((pbyData != nullptr) && (cbDataSize == 0)), E_INVALIDARG))
+        return E_INVALIDARG;
+    switch (cbDataSize)
+    {
+    case sizeof(APOInitSystemEffects2):
+        if (m_pEngine != nullptr)
+            m_pEngine->SetInitData(pbyData);
+        std::memcpy(&m_oAudioModeGUID, pbyData + iModeOffset, sizeof(m_oAudioModeGUID));
+        break;
+    case sizeof(APOInitSystemEffects):
+        m_oAudioModeGUID = AUDIO_SIGNALPROCESSINGMODE_DEFAULT;
+        break;
+    default:
+        AUDIOLOG_WARN("Invalid cbDataSize Parameter!");
+        return E_INVALIDARG;
+    }
+    PrintAudioModuleGUID(m_oAudioModeGUID);
+    return AUDIO_CHECK(CBaseAudioProcessingObject::Initialize(cbDataSize, pbyData));
+}
+catch (...)
+{
+    return CaughtResult();
+}
+
+void CBaseAPO::PrintAudioModuleGUID(const GUID& oGuid) const
+{
+    static const struct
+    {
+        const GUID& oGuid;
+        const char* pText;
+    } aModes[] = {
+        {AUDIO_SIGNALPROCESSINGMODE_DEFAULT, "APO Init AudioMode = AUDIO_SIGNALPROCESSINGMODE_DEFAULT"},
+        {AUDIO_SIGNALPROCESSINGMODE_RAW, "APO Init AudioMode = AUDIO_SIGNALPROCESSINGMODE_RAW"},
+        {AUDIO_SIGNALPROCESSINGMODE_COMMUNICATIONS, "APO Init AudioMode = AUDIO_SIGNALPROCESSINGMODE_COMMUNICATIONS"},
+        {AUDIO_SIGNALPROCESSINGMODE_SPEECH, "APO Init AudioMode = AUDIO_SIGNALPROCESSINGMODE_SPEECH"},
+        {AUDIO_SIGNALPROCESSINGMODE_MEDIA, "APO Init AudioMode = AUDIO_SIGNALPROCESSINGMODE_MEDIA"},
+        {AUDIO_SIGNALPROCESSINGMODE_MOVIE, "APO Init AudioMode = AUDIO_SIGNALPROCESSINGMODE_MOVIE"},
+        {AUDIO_SIGNALPROCESSINGMODE_NOTIFICATION, "APO Init AudioMode = AUDIO_SIGNALPROCESSINGMODE_NOTIFICATION"},
+    };
+    for (const auto& oMode : aModes)
+    {
+        if (oMode.oGuid == oGuid)
+        {
+            AUDIOLOG_INFO(oMode.pText);
+            return;
+        }
+    }
+    AUDIOLOG_INFO("APO Init AudioMode unknow!");
+}
+
+STDMETHODIMP CBaseAPO::LockForProcess(UINT32 u32NumInputConnections, APO_CONNECTION_DESCRIPTOR** ppInputConnections,
+                                      UINT32 u32NumOutputConnections, APO_CONNECTION_DESCRIPTOR** ppOutputConnections)
+try
+{
+    const int iMissing = CheckConnections(AUDIO_LOG_SITE, ppInputConnections, ppOutputConnections);
+    if (iMissing != 0)
+        return iMissing;
+    HRESULT hResult = AUDIO_CHECK(CBaseAudioProcessingObject::LockForProcess(
+        u32NumInputConnections, ppInputConnections, u32NumOutputConnections, ppOutputConnections));
+    if (FAILED(hResult))
+        return hResult;
+    hResult = AUDIO_CHECK(ppInputConnections[0]->pFormat->GetUncompressedAudioFormat(&m_pInFormat));
+    if (hResult != S_OK)
+        return hResult;
+    AUDIOLOG_EVENT_INFO(std::string(AUDIO_EVENT_LOCK_FORMAT) +
+                        "Input format in LockForProcess:" + FormatText(m_pInFormat));
+    hResult = AUDIO_CHECK(ppOutputConnections[0]->pFormat->GetUncompressedAudioFormat(&m_pOutFormat));
+    if (hResult != S_OK)
+        return hResult;
+    AUDIOLOG_EVENT_INFO(std::string(AUDIO_EVENT_LOCK_FORMAT) +
+                        "Output format in LockForProcess:" + FormatText(m_pOutFormat));
+    if (AUDIO_MISSING(m_pEngine, 12))
+        return 12;
+    HandFormatToEngine();
+    TakeSystemState();
+    AUDIOLOG_EVENT_INFO(std::string(AUDIO_EVENT_LOCK_FORMAT) + AUDIO_APO_TYPE_TAG[m_pEngine->m_iAPOType] +
+                        "AuidoMode=" + std::to_string(m_pEngine->GetAudioMode()) +
+                        ",HeadsetStatus=" + std::to_string(m_pEngine->GetHeadsetStatus(1)));
+    return S_OK;
+}
+catch (...)
+{
+    return CaughtResult();
+}
+
+void CBaseAPO::HandFormatToEngine()
+{
+    m_pEngine->SetAudioModeGUID(m_oAudioModeGUID);
+    m_pEngine->SetSampleRate(static_cast<int>(m_pInFormat.fFramesPerSecond));
+    m_pEngine->SetInChannelCount(static_cast<int>(m_pInFormat.dwSamplesPerFrame));
+    m_pEngine->SetOutChannelCount(static_cast<int>(m_pOutFormat.dwSamplesPerFrame));
+}
+
+// A first look at the system, so that the stream's first period finds nothing changed.
+void CBaseAPO::TakeSystemState()
+{
+    CAudioMonitor* const pMonitor = CAudioMonitor::Instance();
+    m_pEngine->SetHeadsetStatus(pMonitor->GetHeadSetStatus());
+    m_pEngine->SetSpeakerVolume(pMonitor->GetSpeakerVolume());
+    m_pEngine->SetHeadsetType(pMonitor->GetHeadSetType());
+    m_pEngine->SetSpeakerMode(pMonitor->GetSpeakerMode());
+    m_pEngine->SetHeadphoneMode(pMonitor->GetHeadphoneMode());
+    m_pEngine->SetMicrophoneMode(pMonitor->GetMicrophoneMode());
+    m_pEngine->SetLyranaMode(pMonitor->GetLyranaMode());
+}

@@ -1,0 +1,191 @@
+// The periodic call of a processing object: bypass, silence or full processing, decided afresh on every period.
+// Its operations sit together in a code section of their own.
+#include "apo/base/apo_base_class.h"
+
+#include "apo/base/apo_base_connections.h"
+#include "audioapi/audio_api_const.h"
+#include "audioapi/audio_api_log.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace
+{
+FLOAT32* Samples(const APO_CONNECTION_PROPERTY* pConnection)
+{
+    return reinterpret_cast<FLOAT32*>(pConnection->pBuffer);
+}
+
+void SetOutput(APO_CONNECTION_PROPERTY* pOutput, UINT32 u32ValidFrameCount, APO_BUFFER_FLAGS u32BufferFlags)
+{
+    pOutput->u32ValidFrameCount = u32ValidFrameCount;
+    pOutput->u32BufferFlags = u32BufferFlags;
+}
+} // namespace
+
+// What one call may do on a running stream, log and dump off: at 48 kHz take heap blocks only for the frames that it
+// pushes and give back those that it pops, at other rates a small constant number more per block; wait for the two
+// queue locks only, and in the inline variant for a first block; build no text for a level that is off. It opens no
+// file and reads no registry. Every frame count from 1 up is taken. A failure costs the period, never the stream.
+RT_CODE STDMETHODIMP_(void) CBaseAPO::APOProcess(UINT32 u32NumInputConnections,
+                                                 APO_CONNECTION_PROPERTY** ppInputConnections,
+                                                 UINT32 u32NumOutputConnections,
+                                                 APO_CONNECTION_PROPERTY** ppOutputConnections)
+try
+{
+    if (CheckConnections(AUDIO_LOG_SITE, ppInputConnections, ppOutputConnections) != 0 || AUDIO_MISSING(m_pEngine, 12))
+        return;
+    const int iSystemFrameLen = static_cast<int>(ppInputConnections[0]->u32ValidFrameCount);
+    if (m_pEngine->m_iSystemFrameLen != iSystemFrameLen)
+    {
+        AUDIOLOG_DEBUG("LastSystemFrameLength:" + std::to_string(m_pEngine->m_iSystemFrameLen) +
+                       ", CurrentSystemFrameLength:" + std::to_string(iSystemFrameLen));
+        m_pEngine->ResetOutputQueue();
+    }
+    m_pEngine->m_iSystemFrameLen = iSystemFrameLen;
+    const int iChannelCount = static_cast<int>(GetSamplesPerFrame());
+    m_pEngine->SetInChannelCount(iChannelCount);
+    m_pEngine->SetOutChannelCount(iChannelCount);
+    m_bNeedUpdataPara = IsNeedUpdataPara();
+    AUDIO_CHECK(
+        ChooseAPOProcess(u32NumInputConnections, ppInputConnections, u32NumOutputConnections, ppOutputConnections));
+    const int iProcessCount = m_pEngine->m_iProcessCount;
+    m_pEngine->m_iProcessCount = iProcessCount < AUDIO_PROCESS_COUNT_MAX ? iProcessCount + 1 : 0;
+}
+catch (...)
+{
+    // Out of memory for a line or a frame: the period is lost, and the platform has no ear for it.
+}
+
+RT_CODE int CBaseAPO::ChooseAPOProcess(UINT32 u32NumInputConnections, APO_CONNECTION_PROPERTY** ppInputConnections,
+                                       UINT32 u32NumOutputConnections, APO_CONNECTION_PROPERTY** ppOutputConnections)
+{
+    const APO_BUFFER_FLAGS u32BufferFlags = ppInputConnections[0]->u32BufferFlags;
+    if (u32BufferFlags != BUFFER_VALID && u32BufferFlags != BUFFER_SILENT)
+    {
+        AUDIOLOG_WARN("Buffer Flags is invalid");
+        return 0;
+    }
+    if (IsNeedByPass() == 1)
+        return AUDIO_CHECK(ProcessByPassMode(u32NumInputConnections, ppInputConnections, u32NumOutputConnections,
+                                             ppOutputConnections));
+    if (u32BufferFlags == BUFFER_SILENT || IsNeedSilent() == 1)
+        return AUDIO_CHECK(ProcessSilentMode(u32NumInputConnections, ppInputConnections, u32NumOutputConnections,
+                                             ppOutputConnections));
+    return AUDIO_CHECK(
+        ProcessAudioBuffer(u32NumInputConnections, ppInputConnections, u32NumOutputConnections, ppOutputConnections));
+}
+
+RT_CODE int CBaseAPO::ProcessAudioBuffer(UINT32, APO_CONNECTION_PROPERTY** ppInputConnections, UINT32,
+                                         APO_CONNECTION_PROPERTY** ppOutputConnections)
+{
+    if (CheckConnections(AUDIO_LOG_SITE, ppInputConnections, ppOutputConnections) != 0)
+        return 13;
+    if (AUDIO_MISSING(m_pEngine, 6))
+        return 6;
+    int iResult = m_bNeedUpdataPara == 1 ? AUDIO_CHECK(m_pEngine->RefreshAlgorithmParams()) : 0;
+    if (iResult == 0)
+        iResult = ExchangeFrames(ppInputConnections, ppOutputConnections);
+    SetOutput(ppOutputConnections[0], ppInputConnections[0]->u32ValidFrameCount, ppInputConnections[0]->u32BufferFlags);
+    return iResult;
+}
+
+// One system frame into the engine and one out of it; a frame that doesn't go in doesn't keep the next from coming out.
+RT_CODE int CBaseAPO::ExchangeFrames(APO_CONNECTION_PROPERTY** ppInputConnections,
+                                     APO_CONNECTION_PROPERTY** ppOutputConnections)
+{
+    FLOAT32* const pf32InputFrames = Samples(ppInputConnections[0]);
+    FLOAT32* const pf32OutputFrames = Samples(ppOutputConnections[0]);
+    AUDIO_CHECK(m_pEngine->InputDataToQueue(pf32InputFrames, m_pEngine->GetInChannelCount(),
+                                            ppInputConnections[0]->u32ValidFrameCount));
+    return AUDIO_CHECK(m_pEngine->OutputDataFromQueue(pf32OutputFrames, m_pEngine->GetOutChannelCount(),
+                                                      ppInputConnections[0]->u32ValidFrameCount));
+}
+
+// Hands the input through; the engine's queues stay as they are.
+RT_CODE int CBaseAPO::ProcessByPassMode(UINT32, APO_CONNECTION_PROPERTY** ppInputConnections,
+                                        UINT32 u32NumOutputConnections, APO_CONNECTION_PROPERTY** ppOutputConnections)
+{
+    if (CheckConnections(AUDIO_LOG_SITE, ppInputConnections, ppOutputConnections) != 0)
+        return 13;
+    if (AUDIO_MISSING(m_pEngine, 6))
+        return 6;
+    LogRareLine(" Audio has been Bypass!");
+    const FLOAT32* const pf32InputFrames = Samples(ppInputConnections[0]);
+    FLOAT32* const pf32OutputFrames = Samples(ppOutputConnections[0]);
+    if (u32NumOutputConnections != 0 && pf32OutputFrames != pf32InputFrames)
+    {
+        const int iError = AUDIO_CHECK(
+            memmove_s(pf32OutputFrames,
+                      sizeof(FLOAT32) * (ppInputConnections[0]->u32ValidFrameCount * m_pEngine->GetInChannelCount()),
+                      pf32InputFrames,
+                      sizeof(FLOAT32) * (ppInputConnections[0]->u32ValidFrameCount * m_pEngine->GetInChannelCount())));
+        if (iError != 0)
+            return iError;
+    }
+    SetOutput(ppOutputConnections[0], ppInputConnections[0]->u32ValidFrameCount, ppInputConnections[0]->u32BufferFlags);
+    return 0;
+}
+
+// Silences the input, and keeps the engine's stream moving with it while a worker runs.
+RT_CODE int CBaseAPO::ProcessSilentMode(UINT32, APO_CONNECTION_PROPERTY** ppInputConnections, UINT32,
+                                        APO_CONNECTION_PROPERTY** ppOutputConnections)
+{
+    if (CheckConnections(AUDIO_LOG_SITE, ppInputConnections, ppOutputConnections) != 0)
+        return 13;
+    if (AUDIO_MISSING(m_pEngine, 6))
+        return 6;
+    LogRareLine(" Audio has been Silent!");
+    const UINT32 u32ValidFrameCount = ppInputConnections[0]->u32ValidFrameCount;
+    if (FLOAT32* const pf32InputFrames = Samples(ppInputConnections[0]))
+        std::fill_n(pf32InputFrames, static_cast<size_t>(m_pEngine->GetInChannelCount()) * u32ValidFrameCount, 0.0F);
+    if (m_pEngine->m_bThreadRun == 0)
+    {
+        SetOutput(ppOutputConnections[0], u32ValidFrameCount, ppInputConnections[0]->u32BufferFlags);
+        return 0;
+    }
+    const int iResult = ExchangeFrames(ppInputConnections, ppOutputConnections);
+    SetOutput(ppOutputConnections[0], u32ValidFrameCount, BUFFER_VALID);
+    return iResult;
+}
+
+// Logs the path: once per 501 calls, inline on each call.
+RT_CODE void CBaseAPO::LogRareLine(const char* pText) const
+{
+    if (m_pEngine->m_iProcessCount == AUDIO_PROCESS_COUNT_MAX || m_pEngine->m_bInlineMode == 1)
+        AUDIOLOG_DEBUG(std::string(AUDIO_APO_TYPE_TAG[m_pEngine->m_iAPOType]) + pText);
+}
+
+RT_CODE bool CBaseAPO::IsSupportedRate() const
+{
+    static constexpr int aRates[] = {22050, 16000, 32000, 44100, 48000, 96000};
+    const int iSampleRate = static_cast<int>(m_pInFormat.fFramesPerSecond);
+    return std::find(std::begin(aRates), std::end(aRates), iSampleRate) != std::end(aRates);
+}
+
+RT_CODE int CBaseAPO::IsNeedByPass()
+{
+    return m_oAudioModeGUID == AUDIO_SIGNALPROCESSINGMODE_RAW || !IsSupportedRate() ||
+           (m_pEngine != nullptr && m_pEngine->GetBypassStatus() == 1);
+}
+
+RT_CODE int CBaseAPO::IsNeedSilent()
+{
+    return m_pEngine != nullptr ? m_pEngine->GetSilentStatus() : 0;
+}
+
+RT_CODE int CBaseAPO::IsNeedUpdataPara()
+{
+    if (m_pEngine == nullptr)
+    {
+        AUDIOLOG_ERROR(12, "m_pEngine is nullptr!");
+        return 0;
+    }
+    const int iRenderMode = GetRenderMode();
+    const int iAudioMode = m_pEngine->GetAudioMode();
+    if (iRenderMode == iAudioMode || iAudioMode != 0)
+        return 0;
+    m_pEngine->SetAudioMode(iRenderMode);
+    AUDIOLOG_DEBUG("Need Updata Para Mode " + std::to_string(iAudioMode) + " change to " + std::to_string(iRenderMode));
+    return 1;
+}
