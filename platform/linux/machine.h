@@ -4,6 +4,7 @@
 #include <windows.h>
 
 #include <string>
+#include <vector>
 
 namespace machine
 {
@@ -58,4 +59,12 @@ void ClearFailures();
 size_t LiveHandles();
 // Thread pool work objects that were created and not yet gone.
 size_t LiveWork();
+
+// --- The registry
+
+// The file behind it on this host, registry.reg in the machine's folder. It need not exist. Any thread.
+std::string RegistryFile();
+
+// What is wrong in the file as it stands, one text each: file, line, reason. The rest of the file counts. Any thread.
+std::vector<std::string> RegistryErrors();
 } // namespace machine

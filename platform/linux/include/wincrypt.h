@@ -2,6 +2,7 @@
 #pragma once
 
 #include <windef.h>
+#include <winerror.h>
 #include <winnt.h>
 
 typedef ULONG_PTR HCRYPTPROV;
@@ -9,6 +10,10 @@ typedef ULONG_PTR HCRYPTPROV;
 #define PROV_RSA_FULL 1
 #define CRYPT_VERIFYCONTEXT 0xF0000000
 #define CRYPT_SILENT 0x00000040
+
+#define NTE_BAD_KEYSET static_cast<HRESULT>(0x80090016U)
+#define NTE_PROV_TYPE_NOT_DEF static_cast<HRESULT>(0x80090017U)
+#define NTE_FAIL static_cast<HRESULT>(0x80090020U)
 
 // FALSE with the code in GetLastError() on failure. Any thread.
 EXTERN_C BOOL WINAPI CryptAcquireContextW(HCRYPTPROV* phProv, LPCWSTR szContainer, LPCWSTR szProvider, DWORD dwProvType,
