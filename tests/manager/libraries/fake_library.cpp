@@ -1,0 +1,58 @@
+// A protection library with a fault: which one, the build says.
+#include "apo/kelvane/apo_kelvane_records.h"
+
+#include <cstring>
+
+extern "C"
+{
+    int32_t AudioKelvaneGetVersion(const KelvaneVersion** pVersion)
+    {
+        static KelvaneVersion oVersion = {"fake", "Fake 7.8.9", "today"};
+        if (FAKE_LONG_VERSION)
+        {
+            memset(oVersion.szPlatform, 'p', KELVANE_VERSION_TEXT_LEN - 1);
+            memset(oVersion.szBuildTime, 't', KELVANE_VERSION_TEXT_LEN - 1);
+        }
+        *pVersion = &oVersion;
+        return FAKE_VERSION_RESULT;
+    }
+
+    int32_t AudioKelvaneGetSize(KelvaneMemSize*)
+    {
+        return 0;
+    }
+    int32_t AudioKelvaneInit(void*, void*)
+    {
+        return 0;
+    }
+    int32_t AudioKelvaneSetParams(void*, void*, const KelvaneStruParam*)
+    {
+        return 0;
+    }
+    int32_t AudioKelvaneGetParams(void*, KelvaneStruParam*)
+    {
+        return 0;
+    }
+    int32_t AudioKelvaneApply(void*, void*, KelvaneDataStruct*)
+    {
+        return 0;
+    }
+#if !FAKE_HALF
+    int32_t AudioKelvaneIvOptimize(void*)
+    {
+        return 0;
+    }
+#endif
+    int32_t AudioKelvaneSetBatteryInformation(void*, int32_t)
+    {
+        return 0;
+    }
+    int32_t AudioKelvaneClearStatus(void*)
+    {
+        return 0;
+    }
+    int32_t AudioKelvaneSetTemperatureInformation(void*, int32_t)
+    {
+        return 0;
+    }
+}

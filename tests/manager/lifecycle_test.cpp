@@ -1,0 +1,118 @@
+// The manager's life: how the protection library loads or fails, start-up with nothing there, the singleton.
+#include "audioapi/audio_api_string.h"
+#include "tests/manager/manager_test.h"
+
+namespace
+{
+class ManagerLifeTest : public ManagerTest
+{
+};
+
+// What stands at the library's path: a file of this host, a text, or nothing.
+struct LibraryRow
+{
+    const char* pFile;
+    const char* pText;
+    BOOL bLoaded;
+    const char* pVersion;
+    INT32 iCode;           // of the failure, 0 for none
+    const char* pMessages; // of the failure's own lines, separated by "|"
+    bool bOptimizeFound;   // the first export that the half library lacks
+};
+
+TEST_F(ManagerLifeTest, LoadsTheLibraryWholeOrTellsWhy)
+{
+    const LibraryRow oRows[] = {
+        {KELVANE_LIBRARY_FILE, nullptr, TRUE, "1.0.0", 0, "", true},
+        {nullptr, nullptr, FALSE, "", 4301, "m_hDll", false},
+        {nullptr, "no library", FALSE, "", 4301, "m_hDll", false},
+        {FAKE_HALF_FILE, nullptr, FALSE, "7.8", 1626, "m_fAudioKelvaneIvOptimize", false},
+        {FAKE_VERSION_FILE, nullptr, FALSE, "", 7, "m_fAudioKelvaneGetVersion(&sVersion)|AudioKelvaneGetVersion()",
+         true},
+        {FAKE_LONG_FILE, nullptr, TRUE, "", 0, "", true},
+    };
+    for (const LibraryRow& oRow : oRows)
+    {
+        SCOPED_TRACE(oRow.pFile != nullptr ? oRow.pFile : "no library");
+        CKelvaneManager* pManager = Restart();
+        DeleteFileA(AUDIO_KELVANE_DLL_PATH);
+        if (oRow.pFile != nullptr)
+            PutFile(AUDIO_KELVANE_DLL_PATH, HostFile(oRow.pFile));
+        else if (oRow.pText != nullptr)
+            PutFile(AUDIO_KELVANE_DLL_PATH, oRow.pText);
+
+        pManager->LoadProcessDll();
+        EXPECT_EQ(pManager->GetLoadDLLStatus(), oRow.bLoaded);
+        EXPECT_EQ(pManager->m_strAlgoVersion, oRow.pVersion);
+        EXPECT_EQ(pManager->m_fAudioKelvaneIvOptimize != nullptr, oRow.bOptimizeFound);
+        EXPECT_EQ(pManager->m_fAudioKelvaneTemperature != nullptr, oRow.bOptimizeFound);
+        EXPECT_EQ(HasLine("ERROR", oRow.iCode, "3843011 KelvAPO Load DLL fail!"), !oRow.bLoaded);
+        for (const std::string& strMessage : CAudioSTR::Split(oRow.pMessages, "|"))
+            EXPECT_TRUE(HasLine("ERROR", oRow.iCode, strMessage)) << strMessage;
+        EXPECT_EQ(CountLog("3841112 KelvanePlatForm:"), oRow.pVersion[0] != '\0' ? 1u : 0u);
+    }
+}
+
+TEST_F(ManagerLifeTest, ComesUpWithNothingThereAndGoesDownTwice)
+{
+    SetRegistry(AUDIO_DEBUG_PATH, AUDIO_DEBUG_LEVEL, 1);
+    SetRegistry(AUDIO_DEBUG_PATH, AUDIO_DEBUG_MODE, "1"); // the text's bytes as a number: no debug mode
+    MakeFolder(LogFolder());
+    CKelvaneManager* pManager = CKelvaneManager::Instance();
+    pManager->Initialize(nullptr);
+    EXPECT_EQ(pManager->GetLoadDLLStatus(), FALSE);
+    EXPECT_EQ(pManager->m_iDebugMode, '1');
+    EXPECT_TRUE(pManager->m_vecVolumeRange.empty());
+    EXPECT_EQ(pManager->GetAlgorithmStruct("30000"), nullptr);
+    EXPECT_TRUE(HasLine("ERROR", 13, "3841114 Parameter list is empty!"));
+    EXPECT_TRUE(HasLine("INFO", 0, "3841117 Senary Gain is Disable!"));
+    EXPECT_TRUE(HasLine("INFO", 0, "3841116 Everest Gain is Disable!"));
+    EXPECT_EQ(CountLog("D:\\.ZVAudioParams"), 0u);
+    CKelvaneManager::DeleteInstance();
+    CKelvaneManager::DeleteInstance();
+}
+
+TEST_F(ManagerLifeTest, BringsUpTheDefaultMachineInOrder)
+{
+    const std::string strTuning = std::string(AUDIO_DRIVER_DIR) + "audio_kelvane_params_default.xml";
+    PutFile(AUDIO_KELVANE_DLL_PATH, HostFile(KELVANE_LIBRARY_FILE));
+    PutFile(strTuning, HostFile(KELVANE_TUNING_FILE));
+    for (const char* pName :
+         {AUDIO_DEBUG_LEVEL, AUDIO_DEBUG_MODE, AUDIO_DEBUG_SIZE, AUDIO_DEBUG_NUM, AUDIO_EVENT_LEVEL})
+        SetRegistry(AUDIO_DEBUG_PATH, pName, 1);
+    MakeFolder(LogFolder());
+    CKelvaneManager* pManager = CKelvaneManager::Instance();
+    pManager->Initialize(nullptr);
+    EXPECT_TRUE(pManager->GetLoadDLLStatus());
+    EXPECT_TRUE(HasLine("INFO", 0, "Fuzzy Match to File:" + strTuning));
+    EXPECT_EQ(pManager->m_mapAlgoParam.size(), 12u);
+    EXPECT_EQ(pManager->m_vecVolumeRange.size(), 6u);
+    for (const auto& [strKey, pParam] : pManager->m_mapAlgoParam)
+    {
+        EXPECT_EQ(pParam->sChannelNum, 8) << strKey;
+        EXPECT_EQ(pParam->sFFModule[0] != 0, strKey[0] != '3') << strKey;
+        EXPECT_EQ(pParam->sLSMTvcCoef0[0], 0.00393) << strKey; // in its place only if all 6072 words stand before it
+    }
+    for (const LogLine& oLine : ReadLog())
+    {
+        const bool bDebugFolder = oLine.strMessage.find(AUDIO_DEBUG_PARAMS_DIR) != std::string::npos; // there is none
+        EXPECT_TRUE(bDebugFolder || (oLine.strLevel != "WARN" && oLine.strLevel != "ERROR")) << oLine.strMessage;
+    }
+}
+
+TEST_F(ManagerLifeTest, IsOneObjectForManyThreads)
+{
+    for (int iRound = 0; iRound < 200; ++iRound)
+    {
+        CKelvaneManager* pSeen[4] = {};
+        std::vector<std::thread> oThreads;
+        for (CKelvaneManager*& pManager : pSeen)
+            oThreads.emplace_back([&pManager] { pManager = CKelvaneManager::Instance(); });
+        for (std::thread& oThread : oThreads)
+            oThread.join();
+        for (const CKelvaneManager* pManager : pSeen)
+            ASSERT_EQ(pManager, CKelvaneManager::Instance());
+        CKelvaneManager::DeleteInstance();
+    }
+}
+} // namespace
