@@ -1,0 +1,191 @@
+// The rate-matching stage between the periodic callback and the algorithm: two frame queues and the shaping around
+// them.
+#pragma once
+
+#include "apo/base/apo_base_frame.h"
+#include "audioapi/audio_api_atomic.h"
+#include "audioapi/audio_api_lock.h"
+#include "audioapi/audio_api_monitor.h"
+#include "audioapi/audio_api_worker_event.h"
+
+#include <windows.h>
+
+#include <string>
+
+inline constexpr int AUDIO_CACHE_FRAME_NUM = 3; // callbacks of silence ahead of a stream with a worker
+inline constexpr int AUDIO_PROCESS_COUNT_MAX =
+    500; // the callback counter's last value, which carries the periodic lines
+inline constexpr int AUDIO_ZERO_FRAME_LIMIT = 1000;     // near-zero frames in a row per report
+inline constexpr int AUDIO_KELVANE_SAMPLE_RATE = 48000; // Hz, what the algorithm takes
+
+// Lengths named ...DataLen count floats, those named ...FrameLen and ...FrameCount count sample frames per channel. All
+// audio is interleaved. Operations with a code give 0 for success. Scalars pass by reference; setters give the new
+// value. The processing thread calls everything but FormatOutputFrameToQueue and ReSamplerDataFrom48K, which belong to
+// the side that runs the algorithm: its worker, or in inline mode the processing thread too.
+class CBaseEngine
+{
+public:
+    CBaseEngine();
+    CBaseEngine(const CBaseEngine&) = delete;
+    CBaseEngine& operator=(const CBaseEngine&) = delete;
+
+    // The order of the virtual operations is fixed.
+    virtual ~CBaseEngine();
+
+    // Starts the algorithm, before the first callback and never beside one. A code; a failure leaves a status member
+    // set.
+    virtual int InitAlgorithmParameter() = 0;
+    virtual int RefreshAlgorithmParams() = 0;
+
+    // Takes one system frame of the stream's rate, iInputChannelNum * ulFrameCount floats. 13 for bad arguments, too
+    // small a gathering or no memory; the samples of a gathering stay for the next call.
+    virtual int InputDataToQueue(const FLOAT32* pMicInputFrames, const int& iInputChannelNum,
+                                 const UINT32& ulFrameCount);
+    // Queues the whole standard frames in iDataLen floats of 48 kHz audio and wakes the worker. A rest is dropped.
+    virtual int InputStandardFrameToQueue(const FLOAT32* pMicInputFrames, const int& iInputChannelNum,
+                                          const int& iDataLen);
+    virtual int InputNonStandardFrameToQueue(const FLOAT32* pMicInputFrames, const int& iInputChannelNum,
+                                             const UINT32& ulFrameCount);
+
+    // Fills iChannel * ulFrameCount floats from the oldest output frame of that length. With nothing to give the buffer
+    // stays as it was and the code is 0. Inline mode waits up to a second for a first frame.
+    virtual int OutputDataFromQueue(FLOAT32* pf32OutputFrames, const int& iChannel, const UINT32& ulFrameCount);
+    virtual void ClearAllQueues() = 0;
+    virtual void SetInitData(const BYTE* pbyData);
+    // Frees every output frame; with a worker the priming starts over.
+    virtual void ResetOutputQueue();
+    virtual int GetEngineState() { return 0; }
+
+    virtual GUID GetAudioModeGUID() { return m_oAudioModeGUID; }
+    virtual void SetAudioModeGUID(const GUID& oGuid) { m_oAudioModeGUID = oGuid; }
+    virtual int SetSampleRate(const int& iSampleRate) { return m_iSampleRate = iSampleRate; }
+    virtual int GetSampleRate() { return m_iSampleRate; }
+    virtual int GetInChannelCount() { return m_iInChannelCount; }
+    virtual int SetInChannelCount(const int& iChannelCount) { return m_iInChannelCount = iChannelCount; }
+    virtual int GetOutChannelCount() { return m_iOutChannelCount; }
+    virtual int SetOutChannelCount(const int& iChannelCount) { return m_iOutChannelCount = iChannelCount; }
+    virtual int GetSilentStatus() { return m_iSilentStatus; }
+    virtual int SetSilentStatus(const int& iStatus) { return m_iSilentStatus = iStatus; }
+    virtual int GetBypassStatus() { return m_iBypassStatus; }
+    virtual int SetBypassStatus(const int& iStatus) { return m_iBypassStatus = iStatus; }
+    virtual int GetAudioMode() { return m_iAudioMode; }
+    virtual int SetAudioMode(const int& iMode) { return m_iAudioMode = iMode; }
+    virtual int SetSpeakerVolume(const int& iVolume) { return m_iSpeakerVolume = iVolume; }
+    virtual int SetHeadsetType(const int& iType) { return m_iHeadsetType = iType; }
+    virtual int SetHeadsetMode(const int& iMode) { return m_iHeadsetMode = iMode; }
+    virtual int SetSpeakerMode(const int& iMode) { return m_iSpeakerMode = iMode; }
+    virtual int SetHeadphoneMode(const int& iMode) { return m_iHeadphoneMode = iMode; }
+    virtual int SetMicrophoneMode(const int& iMode) { return m_iMicrophoneMode = iMode; }
+    virtual int SetAPOMode(const int& iMode) { return m_iAPOMode = iMode; }
+    virtual int SetHeadsetStatus(const int& iStatus) { return m_iHeadsetStatus = iStatus; }
+    virtual int SetLyranaMode(const int& iMode) { return m_iLyranaMode = iMode; }
+    virtual int SetSilentSpace(const int& iSilentSpace) { return m_iSilentSpace = iSilentSpace; }
+    virtual int GetReserved() { return m_iReserved; }
+    virtual int SetReserved(const int& iReserved) { return m_iReserved = iReserved; }
+
+    // Drop the oldest frames of a queue that is over its high mark; never in inline mode.
+    virtual void CheckInputQueueThreshold();
+    virtual void CheckOutputQueueThreshold();
+
+    // Sizes the caches for the stream's geometry. Acts until all three exist.
+    virtual void InitAudioCacheBuffer(const int& iChannel, const UINT32& ulFrameCount);
+    // Gathers samples of the stream's rate and gives the whole blocks among them at 48 kHz, iReSampleDataLen floats;
+    // null when there is no whole block yet, or on failure.
+    virtual std::unique_ptr<FLOAT32[]> FormatNonStandardFrame(const FLOAT32* pInputMicBuffer, const int& iChannel,
+                                                              const UINT32& ulFrameCount, int& iReSampleDataLen);
+    // Gathers iChannel * iFrameLen floats of 48 kHz audio and queues the whole system frames that result. 6 when a
+    // frame can't be had, 13 when the caches can't; other codes are a copy's.
+    virtual int FormatOutputFrameToQueue(const FLOAT32* pInputMicBuffer, const int& iChannel, const int& iFrameLen);
+
+    // The engine's copy of a field of the status record; with iRefresh 1 renewed from the record first. Any thread.
+    int GetHeadsetMode(const int& iRefresh);
+    int GetHeadsetStatus(const int& iRefresh);
+    int GetHeadsetType(const int& iRefresh);
+    int GetLyranaMode(const int& iRefresh);
+    int GetHeadphoneMode(const int& iRefresh);
+    int GetMicrophoneMode(const int& iRefresh);
+    int GetSpeakerMode(const int& iRefresh);
+    int GetSilentSpace(const int& iRefresh);
+    int GetSpeakerVolume(const int& iRefresh);
+    int GetAPOMode(const int& iRefresh);
+
+    // Report once per iLimit near-zero frames in a row.
+    void CalcInputFrameEnergy(const FLOAT32* pFrame, int iDataLen, int iLimit);
+    void CalcOutputFrameEnergy(const FLOAT32* pFrame, int iDataLen, int iLimit);
+
+    // Convert iFramelen sample frames between the stream's rate and 48 kHz; a new buffer of iReSampleDataLen floats, or
+    // null.
+    std::unique_ptr<FLOAT32[]> ReSamplerDataTo48K(const FLOAT32* pMicInputFrames, const int& iChannel,
+                                                  const int& iFramelen, int& iReSampleDataLen);
+    std::unique_ptr<FLOAT32[]> ReSamplerDataFrom48K(const FLOAT32* pMicInputFrames, const int& iChannel,
+                                                    const int& iFramelen, int& iReSampleDataLen);
+
+    CAudioFlag m_bThreadRun = 0; // 1 while the algorithm worker is to run
+    PTP_WORK m_pThreadWorker = nullptr;
+    CAudioWorkerEvent m_hApplyEvent; // set when input frames were added
+    CAudioFrameQueue m_oInputQueue;  // standard frames
+    CAudioLock m_csInputQueue;
+    CAudioFrameQueue m_oOutputQueue; // system frames
+    CAudioLock m_csOutputQueue;
+    int m_iCacheFrameCount = AUDIO_CACHE_FRAME_NUM; // silent callbacks still to come
+    int m_iCacheFrameDataLen = 0;                   // capacity of the output cache; the input cache knows its own
+    int m_iInputCacheDataLen = 0;                   // floats in the input cache
+    CAudioFloatCache m_pInputCacheBuffer;           // stream rate, not yet a whole block; processing thread
+    int m_iOutputCacheDataLen = 0;                  // floats in the output cache
+    CAudioFloatCache m_pOutputCacheBuffer;          // stream rate, not yet a whole system frame; algorithm's side
+    CAudioFloatCache m_pAlgoOutputBuffer;           // 48 kHz, not yet a whole block; algorithm's side
+    int m_iAlgoOutputDataLen = 0;                   // floats in m_pAlgoOutputBuffer
+    GUID m_oAudioModeGUID = {};
+    CAudioInt m_iSilentStatus = 0; // 1: the callback goes the silent path
+    CAudioInt m_iBypassStatus = 0; // 1: the callback goes the bypass path
+    CAudioInt m_iSampleRate = 0;   // Hz
+    CAudioInt m_iInChannelCount = 0;
+    CAudioInt m_iOutChannelCount = 0;
+    int m_iAPOType = 11; // index into AUDIO_APO_TYPE_TAG
+    CAudioInt m_iHeadsetStatus = 0;
+    CAudioInt m_iAudioMode = 0;
+    CAudioInt m_iSpeakerVolume = 0; // percent
+    CAudioInt m_iHeadsetType = 0;
+    CAudioInt m_iHeadsetMode = 0;
+    CAudioInt m_iLyranaMode = 0;
+    CAudioInt m_iSpeakerMode = 0;
+    CAudioInt m_iHeadphoneMode = 0;
+    CAudioInt m_iMicrophoneMode = 0;
+    CAudioInt m_iAPOMode = 0;
+    CAudioInt m_iSilentSpace = 0;
+    int m_iProcessCount = 0; // callbacks, 0 to AUDIO_PROCESS_COUNT_MAX; the callback writes it
+    int m_iStandardFrameLen = 480;
+    int m_iOutputBlockLen = 480;       // sample frames at 48 kHz that output shaping takes at a time
+    CAudioInt m_iSystemFrameLen = 480; // the callback writes it
+    CAudioFlag m_bInlineMode = 0;      // 1: the algorithm runs on the caller's thread
+    std::string m_strDumpInName = "PostInt16DataIn";
+    std::string m_strDumpOutName = "PostInt16DataOut";
+    int m_iReserved = 0;
+    int m_iOutputQueueHigh = 100; // frames
+    int m_iOutputQueueLow = 8;
+    int m_iInputQueueHigh = 100;
+    int m_iInputQueueLow = 8;
+    int m_iInputZeroCount = 0;  // near-zero input frames in a row
+    int m_iOutputZeroCount = 0; // near-zero output frames in a row
+
+protected:
+    // Copies frame i of pMicInputFrames onto the input queue, a zeroed frame if the source is null; skips it without
+    // memory. The caller holds m_csInputQueue. The copy's code.
+    int PushInputFrame(const FLOAT32* pMicInputFrames, int iAlgoDataLen, int i);
+
+    // Frees the caches, so that the next callback sizes them anew. With no worker running.
+    void ReleaseAudioCacheBuffer();
+
+private:
+    using MonitorGetter = int (CAudioMonitor::*)() const;
+    using MirrorSetter = int (CBaseEngine::*)(const int&);
+
+    int RefreshMirror(const int& iRefresh, MonitorGetter fnRead, MirrorSetter fnStore, const CAudioInt& iMirror);
+    bool IsZeroFrameLimit(const FLOAT32* pFrame, int iDataLen, int iLimit, int& iZeroCount);
+    void TrimQueue(CAudioFrameQueue& oQueue, int iHigh, int iLow, const char* pOverflowText, const char* pSizeText);
+    CAudioFrame PopOutputFrame(int iSystemDataLen);
+    int AppendAlgoOutput(const FLOAT32* pInputMicBuffer, int iAlgoDataLen);
+    int AppendOutputCache(const FLOAT32* pReSamplerBuffer, int iReSampleDataLen, int iSystemDataLen);
+    int CutSystemFrames(int iSystemDataLen);
+    bool GrowCache(CAudioFloatCache& oCache, int iDataLen, int iKeepDataLen, const char* pName);
+};
