@@ -1,0 +1,253 @@
+// The data path of the protection engine: split, library, merge, and the statistics and periodic work behind them.
+#include "apo/kelvane/apo_kelvane_postengine.h"
+
+#include "apo/kelvane/apo_kelvane_manager.h"
+#include "audioapi/audio_api_const.h"
+#include "audioapi/audio_api_log.h"
+#include "audioapi/audio_api_time.h"
+
+#include <algorithm>
+#include <cstring>
+#include <mutex>
+#include <string>
+
+namespace
+{
+constexpr int iNoInstance = KELVANE_ERROR_NO_MEMORY;
+constexpr int iReportFrameCount = 1000;  // a timing period has one frame more
+constexpr INT64 i64GapTimeLimit = 10;    // milliseconds for two frames, which is their playing time
+constexpr int iBatteryFrameCount = 200;  // inline mode: a second of audio
+constexpr int iReleaseFrameCount = 2000; // inline mode: the count starts over after ten seconds
+
+constexpr FLOAT32 aSilence[AUDIO_KELVANE_FRAME_LEN] = {};
+
+// Whether no sample is infinite or not a number: all exponent bits set stand for these.
+bool IsFinite(const FLOAT32* pSamples)
+{
+    UINT32 iNotFinite = 0;
+    for (int s = 0; s < AUDIO_KELVANE_FRAME_LEN; ++s)
+    {
+        UINT32 iBits;
+        std::memcpy(&iBits, pSamples + s, sizeof(iBits));
+        iNotFinite |= static_cast<UINT32>((iBits & 0x7F800000U) == 0x7F800000U);
+    }
+    return iNotFinite == 0;
+}
+
+void MergeChannel(const FLOAT32* pDataOut, int iChannelCount, int ch, FLOAT32* pOutBuf)
+{
+    for (int s = 0; s < AUDIO_KELVANE_FRAME_LEN; ++s)
+        pOutBuf[s * iChannelCount + ch] = pDataOut[s];
+}
+} // namespace
+
+int CKelvanePostEngine::InputStandardFrameToQueue(const FLOAT32* pMicInputFrames, const int& iInputChannelNum,
+                                                  const int& iDataLen)
+{
+    const int iAlgoDataLen = iInputChannelNum * AUDIO_KELVANE_FRAME_LEN;
+    if (AUDIO_FAIL_IF(iAlgoDataLen <= 0, 13))
+        return 13;
+    int iResult = 0;
+    {
+        const std::lock_guard<CAudioLock> oGuard(m_csInputQueue);
+        for (int i = 0; i < iDataLen / iAlgoDataLen; ++i)
+        {
+            iResult = PushInputFrame(pMicInputFrames, iAlgoDataLen, i);
+            ReportInputQueueSize();
+        }
+    }
+    if (m_bInlineMode == 1)
+        DrainInputQueue();
+    else
+        SetEvent(m_hApplyEvent);
+    return iResult;
+}
+
+// The worker is late. The caller holds m_csInputQueue.
+void CKelvanePostEngine::ReportInputQueueSize()
+{
+    if (m_bInlineMode == 0 && m_oInputQueue.Size() >= m_iInputQueueHigh)
+        AUDIOLOG_EVENT_INFO(std::string(AUDIO_EVENT_INPUT_SIZE) +
+                            "KelvaneInpuSize:" + std::to_string(m_oInputQueue.Size()));
+}
+
+// Runs the algorithm on every queued frame. A frame that the library failed on goes out as it stands.
+void CKelvanePostEngine::DrainInputQueue()
+{
+    CKelvanePostEngine* const pThis = this;
+    while (SplitInputDataItem() == 0)
+    {
+        AUDIO_CHECK(pThis->AudioKelvaneApply());
+        AUDIO_CHECK(pThis->MergerOutputDataItem());
+    }
+}
+
+void CKelvanePostEngine::ClearAllQueues()
+{
+    {
+        const std::lock_guard<CAudioLock> oGuard(m_csInputQueue);
+        while (!m_oInputQueue.Empty())
+            m_oInputQueue.Pop();
+    }
+    const std::lock_guard<CAudioLock> oGuard(m_csOutputQueue);
+    while (!m_oOutputQueue.Empty())
+        m_oOutputQueue.Pop();
+}
+
+int CKelvanePostEngine::SplitInputDataItem()
+{
+    const int n = GetInChannelCount();
+    CAudioFrame oFrame;
+    do // a frame of another channel count was queued before the stream's format changed
+    {
+        const std::lock_guard<CAudioLock> oGuard(m_csInputQueue);
+        oFrame = m_oInputQueue.Pop();
+    } while (oFrame.pData != nullptr && oFrame.iDataLen != n * AUDIO_KELVANE_FRAME_LEN);
+    if (oFrame.pData == nullptr)
+        return 13;
+
+    // In DIV mode and with four channels, two stream channels drive four of the library's.
+    const bool bDIVMode = CKelvaneManager::Instance()->m_iDIVMode == 1;
+    const int iSplitCount = !bDIVMode && n == 4 ? 2 : n;
+    for (int ch = 0; ch < iSplitCount; ++ch)
+    {
+        SplitChannel(oFrame.pData.get(), n, ch, ch);
+        if (bDIVMode || n == 4)
+            SplitChannel(oFrame.pData.get(), n, ch, ch + 2);
+    }
+    return 0;
+}
+
+// Copies channel ch of an interleaved frame of n channels to the library's channel iTarget, if it has an array.
+void CKelvanePostEngine::SplitChannel(const FLOAT32* pFrame, int n, int ch, int iTarget)
+{
+    if (!HasChannel(iTarget))
+        return;
+    FLOAT32* const pDataIn = m_pDataStruct->psDataIn[iTarget];
+    for (int s = 0; s < AUDIO_KELVANE_FRAME_LEN; ++s)
+        pDataIn[s] = pFrame[s * n + ch];
+}
+
+// Whether the library's record has arrays for the channel; says once per stream that one has none.
+bool CKelvanePostEngine::HasChannel(int iChannel)
+{
+    if (m_pDataStruct != nullptr && iChannel < KELVANE_MAX_CHANNELS && m_pDataStruct->psDataIn[iChannel] != nullptr)
+        return true;
+    if (!m_bChannelReported)
+        AUDIOLOG_WARN("Channel " + std::to_string(iChannel) + " has no array in the algorithm, it stays silent");
+    m_bChannelReported = true;
+    return false;
+}
+
+int CKelvanePostEngine::AudioKelvaneApply()
+{
+    if (AUDIO_MISSING(m_pRunBuf, iNoInstance) || AUDIO_MISSING(m_pScratchBuf, iNoInstance))
+        return iNoInstance;
+    SYSTEMTIME stStart;
+    GetLocalTime(&stStart);
+    const UINT32 iSysPower = m_iSysPower;
+    m_pDataStruct->SpeakerDBVolume = CAudioMonitor::Instance()->GetSpeakerVolumeDB();
+    m_pDataStruct->SpeakerPersentVolume = static_cast<INT16>(GetSpeakerVolume(1));
+    m_pDataStruct->BatteryLifePercent = static_cast<UINT8>(iSysPower);
+    m_pDataStruct->ACLineStatus = static_cast<UINT8>(iSysPower >> 8);
+    const int iRet = AUDIO_CHECK(m_fAudioKelvaneApply(m_pRunBuf, m_pScratchBuf, m_pDataStruct));
+    SYSTEMTIME stEnd;
+    GetLocalTime(&stEnd);
+    CountApplyTime(CAudioTIME::GetTimeDiff(stStart, stEnd));
+
+    m_iReleaseCount = m_iReleaseCount + 1;
+    if (m_iReleaseCount % 2 == 0)
+    {
+        if (m_i64GapTime > i64GapTimeLimit)
+            AUDIOLOG_WARN("Audio Kelvane Apply time gap:" + std::to_string(m_i64GapTime));
+        ParameterRelease();
+    }
+    return iRet;
+}
+
+// Adds a frame's milliseconds to the timing period, and ends the period at its last frame.
+void CKelvanePostEngine::CountApplyTime(INT64 i64Time)
+{
+    m_i64GapTime += i64Time;
+    m_i64TotalTime += i64Time;
+    m_i64MaxTime = std::max(m_i64MaxTime, i64Time);
+    m_i64MinTime = m_iApplyFrameCount == 0 ? i64Time : std::min(m_i64MinTime, i64Time);
+    if (m_iApplyFrameCount++ < iReportFrameCount)
+        return;
+    m_i64TotalTime = 0;
+    m_i64MaxTime = 0;
+    m_i64MinTime = 0;
+    m_iApplyFrameCount = 0;
+}
+
+void CKelvanePostEngine::ParameterRelease()
+{
+    m_i64GapTime = 0;
+    if (m_bInlineMode == 0)
+    {
+        m_iReleaseCount = 0;
+        SetEvent(m_hParameterEvent);
+        return;
+    }
+    if (m_iReleaseCount % iBatteryFrameCount == 0)
+        AUDIO_CHECK(this->AudioKelvaneSetBatteryInfo());
+    if (m_iReleaseCount % iReleaseFrameCount == 0)
+        m_iReleaseCount = 0;
+}
+
+int CKelvanePostEngine::MergerOutputDataItem()
+{
+    const int iChannelCount = GetOutChannelCount();
+    if (AUDIO_FAIL_IF(iChannelCount > KELVANE_MAX_CHANNELS, 13))
+        return 13;
+    if (iChannelCount == 4)
+        SwapOutputChannelData();
+    FLOAT32 pOutBuf[KELVANE_MAX_CHANNELS * AUDIO_KELVANE_FRAME_LEN];
+    const bool bPlayable = IsOutputFinite(iChannelCount);
+    for (int ch = 0; ch < iChannelCount; ++ch)
+    {
+        const bool bSilent = !bPlayable || !HasChannel(ch);
+        MergeChannel(bSilent ? aSilence : m_pDataStruct->psDataOut[ch], iChannelCount, ch, pOutBuf);
+    }
+    return AUDIO_CHECK(FormatOutputFrameToQueue(pOutBuf, iChannelCount, AUDIO_KELVANE_FRAME_LEN));
+}
+
+// Whether the frame can be played. One that can't goes out as silence; says so once per episode.
+bool CKelvanePostEngine::IsOutputFinite(int iChannelCount)
+{
+    bool bFinite = true;
+    for (int ch = 0; ch < iChannelCount && m_pDataStruct != nullptr; ++ch)
+        bFinite = bFinite && (m_pDataStruct->psDataOut[ch] == nullptr || IsFinite(m_pDataStruct->psDataOut[ch]));
+    if (!bFinite && !m_bNotFiniteReported)
+        AUDIOLOG_WARN("Algorithm output is not finite, silence goes out");
+    m_bNotFiniteReported = !bFinite;
+    return bFinite;
+}
+
+void CKelvanePostEngine::SwapOutputChannelData()
+{
+    switch (CKelvaneManager::Instance()->GetAlgoCtrlParam(6))
+    {
+    case 1:
+        ExchangeChannels(0, 2);
+        ExchangeChannels(1, 3);
+        break;
+    case 2:
+        ExchangeChannels(1, 2);
+        break;
+    default:
+        break;
+    }
+}
+
+void CKelvanePostEngine::ExchangeChannels(int iFirst, int iSecond)
+{
+    constexpr int iArrySize = AUDIO_KELVANE_FRAME_LEN * sizeof(FLOAT32);
+    if (m_pDataStruct == nullptr)
+        return;
+    FLOAT32 fTempData[AUDIO_KELVANE_FRAME_LEN] = {};
+    FLOAT32* const* const psDataOut = m_pDataStruct->psDataOut;
+    AUDIO_CHECK(memmove_s(fTempData, iArrySize, psDataOut[iFirst], iArrySize));
+    AUDIO_CHECK(memmove_s(psDataOut[iFirst], iArrySize, psDataOut[iSecond], iArrySize));
+    AUDIO_CHECK(memmove_s(psDataOut[iSecond], iArrySize, fTempData, iArrySize));
+}

@@ -1,0 +1,230 @@
+// The life of one library instance in a stream: memory, first parameter set, frame record, workers, and the way back.
+#include "apo/kelvane/apo_kelvane_manager.h"
+#include "apo/kelvane/apo_kelvane_postengine.h"
+#include "audioapi/audio_api_const.h"
+#include "audioapi/audio_api_data.h"
+#include "audioapi/audio_api_log.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <string>
+
+namespace
+{
+constexpr int iDataMode = 3; // what the library expects in the frame record
+constexpr int iBadSize = static_cast<int>(0x80E7000E);
+} // namespace
+
+// The manager is fully initialised by now. Nothing is started here.
+CKelvanePostEngine::CKelvanePostEngine()
+{
+    AUDIOLOG_DEBUG("CKelvanePostEngine begin!");
+    m_iAPOType = 8;
+    m_strDumpInName = AUDIO_DUMP_POST_INT32_DATA_IN;
+    m_strDumpOutName = AUDIO_DUMP_POST_INT32_DATA_OUT;
+    const CKelvaneManager* const pManager = CKelvaneManager::Instance();
+    m_fAudioKelvaneInit = pManager->m_fAudioKelvaneInit;
+    m_fAudioKelvaneApply = pManager->m_fAudioKelvaneApply;
+    m_fAudioKelvaneSetPara = pManager->m_fAudioKelvaneSetPara;
+    m_fAudioKelvaneGetPara = pManager->m_fAudioKelvaneGetPara;
+    m_fAudioKelvaneGetSize = pManager->m_fAudioKelvaneGetSize;
+    m_fAudioKelvaneGetVersion = pManager->m_fAudioKelvaneGetVersion;
+    m_fAudioKelvaneIvOptimize = pManager->m_fAudioKelvaneIvOptimize;
+    m_fAudioKelvaneSetBatteryInfo = pManager->m_fAudioKelvaneSetBatteryInfo;
+    m_fAudioKelvaneClearStatus = pManager->m_fAudioKelvaneClearStatus;
+    m_fAudioKelvaneTemperature = pManager->m_fAudioKelvaneTemperature;
+}
+
+CKelvanePostEngine::~CKelvanePostEngine()
+{
+    AUDIOLOG_DEBUG("CKelvanePostEngine end!");
+    StopInstance();
+}
+
+int CKelvanePostEngine::InitAlgorithmParameter()
+{
+    if (m_bStarted)
+    {
+        StopInstance();
+        ResetStream();
+    }
+    m_bStarted = true;
+    const int iResult = StartInstance();
+    if (iResult == 0)
+    {
+        CreateAlgorithmThread();
+        CreateParameterThread();
+        return 0;
+    }
+    if (CKelvaneManager::Instance()->m_iDebugMode == 1)
+        SetSilentStatus(1);
+    else
+        DeactiveKelvaneGain();
+    ReleaseMemory();
+    return iResult;
+}
+
+int CKelvanePostEngine::StartInstance()
+{
+    if (AUDIO_FAIL_IF(FALSE == CKelvaneManager::Instance()->GetLoadDLLStatus(), 6))
+        return 6;
+    if (const int iResult = AUDIO_CHECK(AudioKelvaneGetSize()))
+        return iResult;
+    if (const int iResult = AUDIO_CHECK(AudioKelvaneInit()))
+        return iResult;
+    if (const int iResult = AUDIO_CHECK(AudioKelvaneSetPara()))
+        return iResult;
+    return AUDIO_CHECK(AudioKelvaneSetBatteryInfo());
+}
+
+// Stops the workers and gives back what the instance holds.
+void CKelvanePostEngine::StopInstance()
+{
+    m_bThreadRun = 0;
+    m_bParameterRun = 0;
+    CAudioMonitor::StopMonitorThread(&m_bThreadRun, m_hApplyEvent, m_pThreadWorker);
+    CAudioMonitor::StopMonitorThread(&m_bParameterRun, m_hParameterEvent, m_pParameterWorker);
+    ClearAllQueues();
+    ReleaseDataStruct(&m_pDataStruct);
+    ReleaseMemory();
+}
+
+// As constructed, for a second start; the format comes behind it, perhaps another one. The inline variant stays one.
+void CKelvanePostEngine::ResetStream()
+{
+    SetSilentStatus(0);
+    SetBypassStatus(0);
+    SetInChannelCount(0);
+    SetOutChannelCount(0);
+    ResetOutputQueue();
+    ReleaseAudioCacheBuffer();
+    m_iApplyFrameCount = 0;
+    m_iReleaseCount = 0;
+    m_i64MaxTime = 0;
+    m_i64MinTime = 0;
+    m_i64TotalTime = 0;
+    m_i64GapTime = 0;
+    m_bChannelReported = false;
+    m_bNotFiniteReported = false;
+}
+
+int CKelvanePostEngine::AudioKelvaneGetSize()
+{
+    const int iResult = AllocateMemory();
+    if (iResult != 0)
+        ReleaseMemory();
+    return iResult;
+}
+
+int CKelvanePostEngine::AllocateMemory()
+{
+    m_pMemSize.Allocate(sizeof(KelvaneMemSize));
+    if (AUDIO_MISSING(m_pMemSize, KELVANE_ERROR_NO_MEMORY))
+        return KELVANE_ERROR_NO_MEMORY;
+    *m_pMemSize = {};
+    if (const int iResult = AUDIO_CHECK(m_fAudioKelvaneGetSize(m_pMemSize)))
+        return iResult;
+    if (AUDIO_FAIL_IF((m_pMemSize->iRunBufSize <= 0), iBadSize))
+        return iBadSize;
+    m_pRunBuf.Allocate(m_pMemSize->iRunBufSize);
+    if (AUDIO_MISSING(m_pRunBuf, KELVANE_ERROR_NO_MEMORY))
+        return KELVANE_ERROR_NO_MEMORY;
+    if (AUDIO_FAIL_IF((m_pMemSize->iScratchSize <= 0), iBadSize))
+        return iBadSize;
+    m_pScratchBuf.Allocate(m_pMemSize->iScratchSize);
+    return AUDIO_MISSING(m_pScratchBuf, KELVANE_ERROR_NO_MEMORY) ? KELVANE_ERROR_NO_MEMORY : 0;
+}
+
+void CKelvanePostEngine::ReleaseMemory()
+{
+    m_pMemSize.Release();
+    m_pRunBuf.Release();
+    m_pScratchBuf.Release();
+}
+
+int CKelvanePostEngine::AudioKelvaneInit()
+{
+    if (AUDIO_MISSING(m_pRunBuf, KELVANE_ERROR_NO_MEMORY) || AUDIO_MISSING(m_pScratchBuf, KELVANE_ERROR_NO_MEMORY))
+        return KELVANE_ERROR_NO_MEMORY;
+    return AUDIO_CHECK(m_fAudioKelvaneInit(m_pRunBuf, m_pScratchBuf));
+}
+
+int CKelvanePostEngine::AudioKelvaneSetPara()
+{
+    m_strParamID = GetEffectParamsID(0);
+    const KelvaneStruParam* const pStruParam = CKelvaneManager::Instance()->GetAlgorithmStruct(m_strParamID.load());
+    if (AUDIO_MISSING(pStruParam, 1171))
+        return 1171;
+    if (m_pDataStruct == nullptr)
+        m_pDataStruct = InitDataStruct(pStruParam->sChannelNum);
+    if (AUDIO_MISSING(m_pDataStruct, KELVANE_ERROR_NO_MEMORY))
+        return KELVANE_ERROR_NO_MEMORY;
+    return AUDIO_CHECK(m_fAudioKelvaneSetPara(m_pRunBuf, m_pScratchBuf, pStruParam));
+}
+
+int CKelvanePostEngine::AudioKelvaneSetBatteryInfo()
+{
+    if (AUDIO_MISSING(m_fAudioKelvaneSetBatteryInfo, 6))
+        return 6;
+    SYSTEM_POWER_STATUS oSysPower;
+    if (AUDIO_FAIL_IF(!GetSystemPowerStatus(&oSysPower), 12))
+        return 12;
+    if (oSysPower.BatteryLifePercent > 100)
+        oSysPower.BatteryLifePercent = 0;
+    if (oSysPower.ACLineStatus > 1)
+        oSysPower.ACLineStatus = 0;
+    m_oSysPower = oSysPower;
+    m_iSysPower = static_cast<UINT32>(oSysPower.BatteryLifePercent | oSysPower.ACLineStatus << 8);
+    return 0;
+}
+
+void CKelvanePostEngine::DeactiveKelvaneGain()
+{
+    SetBypassStatus(1);
+}
+
+int CKelvanePostEngine::SetInChannelCount(const int& iChannelCount)
+{
+    if (iChannelCount != GetInChannelCount() && AUDIO_FAIL_IF(iChannelCount > KELVANE_MAX_CHANNELS, 13))
+        DeactiveKelvaneGain();
+    return CKelvaneEngine::SetInChannelCount(iChannelCount);
+}
+
+KelvaneDataStruct* CKelvanePostEngine::InitDataStruct(const int& iChannelCount)
+{
+    const int iRealChannlCount = std::max(GetInChannelCount(), iChannelCount);
+    if (AUDIO_FAIL_IF(iRealChannlCount > KELVANE_MAX_CHANNELS, 13))
+        return nullptr;
+    KelvaneDataStruct* pDataStruct = new (std::nothrow) KelvaneDataStruct{};
+    if (AUDIO_MISSING(pDataStruct, KELVANE_ERROR_NO_MEMORY))
+        return nullptr;
+    pDataStruct->iFrameLen = AUDIO_KELVANE_FRAME_LEN;
+    pDataStruct->iDataMode = iDataMode;
+    if (AUDIO_CHECK(
+            CAudioDATA::AllocatePointerArray(pDataStruct->psDataIn, iRealChannlCount, AUDIO_KELVANE_FRAME_LEN)) == 0 &&
+        AUDIO_CHECK(
+            CAudioDATA::AllocatePointerArray(pDataStruct->psDataOut, iRealChannlCount, AUDIO_KELVANE_FRAME_LEN)) == 0 &&
+        AUDIO_CHECK(CAudioDATA::AllocatePointerArrayConst(pDataStruct->psVoltageIn, iRealChannlCount,
+                                                          AUDIO_KELVANE_FRAME_LEN)) == 0 &&
+        AUDIO_CHECK(CAudioDATA::AllocatePointerArrayConst(pDataStruct->psCurrentIn, iRealChannlCount,
+                                                          AUDIO_KELVANE_FRAME_LEN)) == 0 &&
+        AUDIO_CHECK(CAudioDATA::AllocatePointerArrayConst(pDataStruct->psVoltageBatteryIn, iRealChannlCount,
+                                                          AUDIO_KELVANE_FRAME_LEN)) == 0)
+        return pDataStruct;
+    ReleaseDataStruct(&pDataStruct);
+    return nullptr;
+}
+
+void CKelvanePostEngine::ReleaseDataStruct(KelvaneDataStruct** pDataStruct)
+{
+    if (*pDataStruct == nullptr)
+        return;
+    CAudioDATA::ReleasePointerArray((*pDataStruct)->psDataIn, KELVANE_MAX_CHANNELS);
+    CAudioDATA::ReleasePointerArray((*pDataStruct)->psDataOut, KELVANE_MAX_CHANNELS);
+    CAudioDATA::ReleasePointerArray((*pDataStruct)->psVoltageIn, KELVANE_MAX_CHANNELS);
+    CAudioDATA::ReleasePointerArray((*pDataStruct)->psCurrentIn, KELVANE_MAX_CHANNELS);
+    CAudioDATA::ReleasePointerArray((*pDataStruct)->psVoltageBatteryIn, KELVANE_MAX_CHANNELS);
+    delete *pDataStruct;
+    *pDataStruct = nullptr;
+}
