@@ -4,14 +4,16 @@
 #include "audioapi/audio_api_log.h"
 #include "audioapi/audio_api_string.h"
 
+#include <cstdint>
 #include <cstdio>
 
 namespace
 {
-// File times count 100 ns; unsigned, so that a stamp from nowhere wraps and is then refused by the platform.
+// File times count 100 ns.
 constexpr UINT64 FILE_TIME_OF_1970 = 116444736000000000;
 constexpr UINT64 FILE_TIME_PER_SECOND = 10000000;
 constexpr INT64 FILE_TIME_PER_MS = 10000;
+constexpr UINT64 NO_FILE_TIME = UINT64_MAX;      // refused by the platform
 constexpr INT64 STAMP_SHIFT = 28800000;          // ms that every stamp lacks
 constexpr UINT64 STAMP_OF_1601 = 11644502400000; // ms from the file time's zero to a stamp of 0
 
@@ -101,5 +103,7 @@ std::string CAudioTIME::MsToStrTime(INT64 iStamp, const std::string& strFormat)
 {
     if (iStamp == 0)
         return "0";
-    return GetStrTime(MakeFileTime((static_cast<UINT64>(iStamp) + STAMP_OF_1601) * FILE_TIME_PER_MS), strFormat);
+    const UINT64 iTime = static_cast<UINT64>(iStamp) + STAMP_OF_1601;
+    constexpr UINT64 LAST_TIME = INT64_MAX / FILE_TIME_PER_MS;
+    return GetStrTime(MakeFileTime(iTime <= LAST_TIME ? iTime * FILE_TIME_PER_MS : NO_FILE_TIME), strFormat);
 }

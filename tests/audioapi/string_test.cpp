@@ -1,0 +1,156 @@
+// Text helpers against tables of cases.
+#include "audioapi/audio_api_string.h"
+#include "tests/support/logged_machine_test.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace
+{
+using Pieces = std::vector<std::string>;
+
+TEST(StringTest, SplitDropsEmptyPiecesAndTrims)
+{
+    const struct
+    {
+        const char* pText;
+        const char* pDelimiter;
+        Pieces vecPieces;
+    } CASE[] = {
+        {"a,,b", ",", {"a", "b"}},       {"", ",", {}},        {"abc", ",", {"abc"}},
+        {",,a, ,b,", ",", {"a", "b"}},   {" \r\n\t", ",", {}}, {"a::b:c", "::", {"a", "b:c"}},
+        {"a\vb ,c", ",", {"a\vb", "c"}}, {"abc", "", {"abc"}},
+    };
+    for (const auto& oCase : CASE)
+        EXPECT_EQ(CAudioSTR::Split(oCase.pText, oCase.pDelimiter), oCase.vecPieces) << oCase.pText;
+}
+
+TEST(StringTest, SidesOfADelimiter)
+{
+    const struct
+    {
+        const char* pText;
+        const char* pDelimiter;
+        INT32 iMode;
+        const char* pLeft;  // of LeftOf
+        const char* pRight; // of RightOf
+        Pieces vecPair;     // of SplitPair
+    } CASE[] = {
+        {"a = b = c", "=", 0, "a", "b = c", {"a", "b = c"}}, {"a = b = c", "=", 1, "a = b", "c", {"a = b", "c"}},
+        {"{1,2}", "}", 1, "{1,2", "", {"{1,2", ""}},         {"{1,2", "{", 1, "", "1,2", {"", "1,2"}},
+        {" HKEY_X ", "\\", 0, "HKEY_X", "HKEY_X", {"", ""}}, {"a->b->c", "->", 1, "a->b", "c", {"a->b", "c"}},
+    };
+    for (const auto& oCase : CASE)
+    {
+        EXPECT_EQ(CAudioSTR::LeftOf(oCase.pText, oCase.pDelimiter, oCase.iMode), oCase.pLeft) << oCase.pText;
+        EXPECT_EQ(CAudioSTR::RightOf(oCase.pText, oCase.pDelimiter, oCase.iMode), oCase.pRight) << oCase.pText;
+        Pieces vecPair{"old", "old"};
+        CAudioSTR::SplitPair(oCase.pText, vecPair[0], vecPair[1], oCase.pDelimiter, oCase.iMode);
+        EXPECT_EQ(vecPair, oCase.vecPair) << oCase.pText;
+    }
+    EXPECT_EQ(CAudioSTR::TrimDelimiter(" \\\\C:\\TOOLS\\\\ ", "\\"), "C:\\TOOLS");
+    EXPECT_EQ(CAudioSTR::TrimDelimiter("\\\\\\", "\\"), "");
+}
+
+TEST(StringTest, KeyValueReadsTheFirstPlaceOfTheKeyOnly)
+{
+    const struct
+    {
+        const char* pText;
+        const char* pKey;
+        const char* pValue;
+    } CASE[] = {
+        {"Mode: 3 ,Type:4", "Mode", "3"},
+        {"Mode:3,Type:4", "Type", "4"},
+        {"Mode:3", "Other", ""},
+        {"Modes:3,Mode:4", "Mode", ""},
+        {"Mode,Type:4", "Mode", ""},
+        {"Type:a:b", "Type", "a:b"},
+        {"", "Mode", ""},
+        {"XMode:7,Mode:4", "Mode", "7"},
+    };
+    for (const auto& oCase : CASE)
+        EXPECT_EQ(CAudioSTR::GetKeyValue(oCase.pText, oCase.pKey, ","), oCase.pValue) << oCase.pText;
+}
+
+TEST(StringTest, VersionsCompareNumberByNumber)
+{
+    const struct
+    {
+        const char* pA;
+        const char* pB;
+        const char* pMax;
+    } CASE[] = {
+        {"1.2.10", "1.2.9", "1.2.10"}, {"1.9", "1.10", "1.10"}, {"1.2.0", "1.2", "1.2.0"}, {"", "0", "0"},
+        {"1.02", "1.2", "1.2"},        {"1.2", "1.02", "1.02"}, {"2.x", "2.1", "2.1"},     {"", "", ""},
+    };
+    for (const auto& oCase : CASE)
+        EXPECT_EQ(CAudioSTR::GetMaxVersion(oCase.pA, oCase.pB, "."), oCase.pMax) << oCase.pA << " " << oCase.pB;
+}
+
+TEST(StringTest, NumbersAreReadAsAStreamReadsThem)
+{
+    const struct
+    {
+        const char* pText;
+        INT32 iNumber;
+        float fNumber;
+    } CASE[] = {
+        {"2a", 2, 2.0F},   {"abc", 0, 0.0F}, {"", 0, 0.0F},        {" -17.5 dB", -17, -17.5F}, {"+8", 8, 8.0F},
+        {"0x10", 0, 0.0F}, {"- 5", 0, 0.0F}, {"1.5e2", 1, 150.0F}, {"inf", 0, 0.0F},
+    };
+    for (const auto& oCase : CASE)
+    {
+        EXPECT_EQ(CAudioSTR::ToInt(oCase.pText), oCase.iNumber) << oCase.pText;
+        const std::string strText = oCase.pText;
+        EXPECT_EQ(CAudioSTR::ToInt(std::wstring(strText.begin(), strText.end())), oCase.iNumber) << oCase.pText;
+        EXPECT_EQ(CAudioSTR::ToFloat(oCase.pText), oCase.fNumber) << oCase.pText;
+    }
+    EXPECT_EQ(CAudioSTR::ToInt("99999999999"), std::numeric_limits<INT32>::max());
+    EXPECT_EQ(CAudioSTR::ToInt("-99999999999"), std::numeric_limits<INT32>::min());
+    EXPECT_EQ(CAudioSTR::FloatToString(-65.25F), "-65.25");
+    EXPECT_EQ(CAudioSTR::FloatToString(1234567.0F), "1.23457e+06");
+    EXPECT_EQ(CAudioSTR::ToString(std::numeric_limits<INT64>::min()), "-9223372036854775808");
+}
+
+TEST(StringTest, HexadecimalCaseAndIds)
+{
+    const BYTE cByte[] = {0x00, 0x9A, 0xFF};
+    EXPECT_EQ(CAudioSTR::ToHexString(cByte, 3), "009AFF");
+    EXPECT_EQ(CAudioSTR::ToHexString(nullptr, 3), "");
+    EXPECT_EQ(CAudioSTR::ToHexTag(0), "");
+    EXPECT_EQ(CAudioSTR::ToHexTag(-1), "[FFFFFFFFFFFFFFFF]");
+    EXPECT_EQ(CAudioSTR::ToUpper("aZ9-\xE4"), "AZ9-\xE4");
+    EXPECT_EQ(CAudioSTR::ToLower(std::wstring(L"AUDIODG.EXE")), L"audiodg.exe");
+    EXPECT_EQ(CAudioSTR::ReplaceFirst("Windows 10 10", "11", "10"), "Windows 11 10");
+    const GUID stGuid = {0xD3BDE93A, 0x50C2, 0x439A, {0xB2, 0x38, 0x44, 0xF1, 0xCB, 0x50, 0x55, 0xB0}};
+    EXPECT_EQ(CAudioSTR::GuidToString(stGuid), "{D3BDE93A-50C2-439A-B238-44F1CB5055B0}");
+}
+
+using StringLogTest = LoggedMachineTest;
+
+TEST_F(StringLogTest, RefusedTextsAreLoggedAndEmpty)
+{
+    StartLog();
+    EXPECT_EQ(CAudioSTR::ToString(std::wstring(L"\u00FCber"), CP_UTF8), "\xC3\xBC"
+                                                                        "ber");
+    EXPECT_EQ(CAudioSTR::ToWString("\xC3\xBC"
+                                   "ber",
+                                   CP_UTF8),
+              L"\u00FCber");
+    EXPECT_EQ(CAudioSTR::ToWString("", CP_UTF8), L"");
+    EXPECT_EQ(CountLog("CodePage"), 0U);
+
+    constexpr UINT NO_CODE_PAGE = 4711;
+    EXPECT_EQ(CAudioSTR::ToString(std::wstring(L"a"), NO_CODE_PAGE), "");
+    EXPECT_EQ(CAudioSTR::ToWString("a", NO_CODE_PAGE), L"");
+    EXPECT_EQ(CountLog("Turn wstring to string faild! CodePage[4711]"), 1U);
+    EXPECT_EQ(CountLog("Turn string to wstring faild! CodePage[4711]"), 1U);
+
+    EXPECT_EQ(CAudioSTR::FormatPathString("C:\\a\\.\\b\\..\\c"), "C:\\a\\c");
+    const std::string strLong = "C:\\" + std::string(400, 'x');
+    EXPECT_EQ(CAudioSTR::FormatPathString(strLong), strLong);
+    EXPECT_EQ(CountLog("PathCanonicalizeA(strPathBuffer, strPath.c_str())"), 1U);
+}
+} // namespace

@@ -1,0 +1,51 @@
+// File searches and the module's place.
+#include "audioapi/audio_api_system.h"
+#include "tests/support/logged_machine_test.h"
+
+namespace
+{
+using SystemTest = LoggedMachineTest;
+
+constexpr char PATTERN[] = "params_*.xml";
+
+TEST_F(SystemTest, SearchFindsEveryFileWithBothTexts)
+{
+    StartLog();
+    for (const char* pName : {"params_1.xml", "xparams_2.xml.bak", "Params_3.xml", "params_4.txt", "other.xml"})
+        PutFile(std::string("C:\\t\\") + pName, "x");
+    MakeFolder("C:\\t\\params_5.xml");
+    std::vector<WIN32_FIND_DATAA> vecFile;
+    CAudioSYS::GetMatchFileList("C:\\t\\", PATTERN, vecFile);
+    std::vector<std::string> vecName;
+    for (const WIN32_FIND_DATAA& stFile : vecFile)
+        vecName.push_back(stFile.cFileName);
+    std::sort(vecName.begin(), vecName.end());
+    EXPECT_EQ(vecName, (std::vector<std::string>{"params_1.xml", "xparams_2.xml.bak"}));
+
+    EXPECT_EQ(CAudioSYS::GetFuzzyMatchFile("C:\\none\\", PATTERN), "");
+    const std::vector<LogLine> vecLine = FindLog("Find First File failed!C:\\none\\*");
+    ASSERT_EQ(vecLine.size(), 1U);
+    EXPECT_EQ(vecLine[0].iErrorCode, ERROR_PATH_NOT_FOUND);
+    EXPECT_EQ(CAudioSYS::GetFuzzyMatchFile("C:\\t\\", "nothing*.xml"), "");
+}
+
+// The file that was written last wins, not the one that was made last or comes first by name.
+TEST_F(SystemTest, NewestFileWins)
+{
+    StartLog();
+    for (const char* pName : {"params_b.xml", "params_a.xml", "params_c.xml", "params_b.xml"})
+    {
+        PutFile(std::string("C:\\t\\") + pName, "x");
+        Sleep(20);
+    }
+    EXPECT_EQ(CAudioSYS::GetFuzzyMatchFile("C:\\t\\", PATTERN), "C:\\t\\params_b.xml");
+    EXPECT_EQ(CountLog("Fuzzy find to File:"), 3U);
+    EXPECT_EQ(CountLog("Fuzzy Match to File:C:\\t\\params_b.xml"), 1U);
+}
+
+TEST_F(SystemTest, ModuleNameIsCutAtItsFirstDot)
+{
+    EXPECT_EQ(CAudioSYS::GetModuleBaseName(nullptr), "test_audioapi");
+    EXPECT_EQ(CAudioSYS::GetDiagnosticsPath("KelvaneAPO"), "C:\\PROGRAMDATA\\ZVAudio\\KelvaneAPO");
+}
+} // namespace
