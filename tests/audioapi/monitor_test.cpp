@@ -1,0 +1,104 @@
+// The start and the stop of workers, and of the services that own them.
+#include "platform/linux/machine.h"
+#include "tests/support/logged_machine_test.h"
+
+#include <set>
+#include <thread>
+
+namespace
+{
+// A worker of each kind there is: the owner makes the event, or the worker itself does, perhaps when the stop has
+// already been.
+struct Worker
+{
+    CAudioWorkerEvent m_hEvent;
+    PTP_WORK m_pWork = nullptr;
+    CAudioFlag m_iRun{0};
+    bool m_bOwnEvent = false;
+    bool m_bLate = false;
+    std::atomic<int> m_iEnded{0};
+
+    static void CALLBACK Run(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK)
+    {
+        auto* pThis = static_cast<Worker*>(pContext);
+        while (pThis->m_bLate && pThis->m_iRun == 1)
+            std::this_thread::yield();
+        if (pThis->m_bOwnEvent)
+            pThis->m_hEvent.Create();
+        while (pThis->m_iRun == 1)
+            WaitForSingleObject(pThis->m_hEvent, INFINITE);
+        ++pThis->m_iEnded;
+    }
+
+    void Start() { m_pWork = CAudioMonitor::CreateMonitorThread(Run, this, &m_iRun); }
+    void Stop() { CAudioMonitor::StopMonitorThread(&m_iRun, m_hEvent, m_pWork); }
+};
+
+using MonitorTest = LoggedMachineTest;
+} // namespace
+
+TEST_F(MonitorTest, StartsAndStopsWorkersWithoutGrowth)
+{
+    StartLog(AUDIO_LEVEL_WARN);
+    const size_t iResources = CountResources();
+    for (int iRound = 0; iRound < 1000; ++iRound)
+    {
+        Worker oWorker;
+        oWorker.m_bOwnEvent = iRound % 2 != 0;
+        oWorker.m_bLate = iRound % 4 == 1;
+        ASSERT_TRUE(oWorker.m_bOwnEvent || oWorker.m_hEvent.Create());
+        oWorker.Start();
+        oWorker.Stop();
+        ASSERT_EQ(oWorker.m_iEnded, 1) << "the stop waits for the worker's end, round " << iRound;
+        ASSERT_EQ(oWorker.m_pWork, nullptr);
+        ASSERT_EQ(oWorker.m_hEvent, nullptr);
+    }
+    EXPECT_TRUE(WaitFor([&] { return CountResources() == iResources; })) << CountResources() << " > " << iResources;
+    EXPECT_TRUE(ReadLog().empty());
+}
+
+TEST_F(MonitorTest, AWorkerThatCantStartIsPassedOverByTheStop)
+{
+    StartLog(AUDIO_LEVEL_ERROR);
+    Worker oWorker;
+    ASSERT_TRUE(oWorker.m_hEvent.Create());
+    machine::FailNext("CreateThreadpoolWork", 8);
+    oWorker.Start();
+    EXPECT_EQ(oWorker.m_pWork, nullptr);
+    EXPECT_EQ(oWorker.m_iRun, 0);
+    oWorker.Stop();
+    EXPECT_EQ(oWorker.m_hEvent, nullptr);
+    EXPECT_EQ(oWorker.m_iEnded, 0);
+    const std::vector<LogLine> vecLines = FindLog("Create Thread failed!");
+    ASSERT_EQ(vecLines.size(), 1u);
+    EXPECT_EQ(vecLines[0].strLevel, "ERROR");
+    EXPECT_EQ(vecLines[0].iErrorCode, 6);
+}
+
+TEST_F(MonitorTest, ServicesComeAndGoWhole)
+{
+    const size_t iResources = CountResources();
+    for (int iRound = 0; iRound < 100; ++iRound)
+    {
+        // Whoever comes first makes the one object.
+        std::set<CAudioLog*> oFound;
+        std::mutex oMutex;
+        std::vector<std::thread> vecThreads;
+        for (int iThread = 0; iThread < 4; ++iThread)
+            vecThreads.emplace_back(
+                [&]
+                {
+                    CAudioLog* pLog = CAudioLog::Instance();
+                    const std::lock_guard<std::mutex> oGuard(oMutex);
+                    oFound.insert(pLog);
+                });
+        for (std::thread& oThread : vecThreads)
+            oThread.join();
+        ASSERT_EQ(oFound.size(), 1u);
+        // No wait for the workers: a stop may meet them anywhere in their start.
+        CAudioLog::Instance()->Initialize(nullptr);
+        CAudioLog::DeleteInstance();
+        CAudioLog::DeleteInstance();
+    }
+    EXPECT_TRUE(WaitFor([&] { return CountResources() == iResources; })) << CountResources() << " > " << iResources;
+}
