@@ -1,0 +1,103 @@
+// The module's log of a run, and the reasons for a bypass.
+#include "host/diagnosis.h"
+
+#include "host/registry_text.h"
+#include "platform/hostpath.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+
+namespace fs = std::filesystem;
+
+namespace
+{
+
+constexpr const char* PROTECTION_LIBRARY = "Kelvane_x64.dll";
+constexpr size_t MESSAGES_KEPT = 5;
+constexpr int PROCESSED_RATES[] = {16000, 22050, 32000, 44100, 48000, 96000};
+
+// A line reads "[time][thread][LEVEL]: message [function|file|line]", with the code behind the level of an error.
+std::string MessageOf(const std::string& strLine, size_t iLevel)
+{
+    const size_t iStart = strLine.find("]:", iLevel) + 2;
+    const size_t iEnd = strLine.rfind(" [");
+    std::string strMessage = strLine.substr(iStart, iEnd > iStart ? iEnd - iStart : std::string::npos);
+    strMessage.erase(0, strMessage.find_first_not_of(' '));
+    return strMessage;
+}
+
+void ReadLogFile(const fs::path& oPath, ModuleLog& oLog)
+{
+    std::ifstream oFile(oPath);
+    for (std::string strLine; std::getline(oFile, strLine);)
+    {
+        const size_t iError = std::min(strLine.find("[ERROR]:"), strLine.find("[FATA]:"));
+        const size_t iLevel = std::min(iError, strLine.find("[WARN]:"));
+        if (iLevel == std::string::npos)
+            continue;
+        ++(iError != std::string::npos ? oLog.i64Errors : oLog.i64Warnings);
+        const std::string strMessage = MessageOf(strLine, iLevel);
+        auto& vecMessages = oLog.vecMessages;
+        if (vecMessages.size() < MESSAGES_KEPT &&
+            std::find(vecMessages.begin(), vecMessages.end(), strMessage) == vecMessages.end())
+            vecMessages.push_back(strMessage);
+    }
+}
+
+std::string LogFolder()
+{
+    const char* pProgramData = std::getenv("PROGRAMDATA");
+    const std::string strRoot = pProgramData != nullptr && *pProgramData != 0 ? pProgramData : "C:\\PROGRAMDATA";
+    return HostPath(strRoot + "\\ZVAudio\\KelvaneAPO");
+}
+
+bool IsMapped(const std::string& strFileName)
+{
+    std::ifstream oMaps("/proc/self/maps");
+    for (std::string strLine; std::getline(oMaps, strLine);)
+    {
+        if (strLine.size() >= strFileName.size() &&
+            strLine.compare(strLine.size() - strFileName.size(), std::string::npos, strFileName) == 0)
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
+ModuleLog ReadModuleLog(fs::file_time_type oSince)
+{
+    ModuleLog oLog;
+    std::vector<fs::path> vecFiles;
+    const std::string strMark = "_P" + std::to_string(GetCurrentProcessId()) + "_";
+    std::error_code oError;
+    for (fs::directory_iterator itFile(LogFolder(), oError), itEnd; !oError && itFile != itEnd;
+         itFile.increment(oError))
+    {
+        const fs::path& oPath = itFile->path();
+        if (oPath.extension() == ".log" && oPath.filename().string().find(strMark) != std::string::npos &&
+            itFile->last_write_time(oError) >= oSince)
+            vecFiles.push_back(oPath);
+    }
+    std::sort(vecFiles.begin(), vecFiles.end());
+    for (const fs::path& oPath : vecFiles)
+        ReadLogFile(oPath, oLog);
+    if (!vecFiles.empty())
+        oLog.strPath = vecFiles.front().string();
+    return oLog;
+}
+
+std::vector<std::string> FindBypassReasons(int iRate)
+{
+    std::vector<std::string> vecReasons;
+    if (std::find(std::begin(PROCESSED_RATES), std::end(PROCESSED_RATES), iRate) == std::end(PROCESSED_RATES))
+        vecReasons.push_back("the module doesn't process " + std::to_string(iRate) + " Hz");
+    if (!IsMapped(PROTECTION_LIBRARY))
+        vecReasons.push_back("the protection library isn't loaded");
+    if (ReadRegistryNumber("Headset\\HeadsetStatus", 0) != 0)
+        vecReasons.push_back("a headset is plugged (Headset\\HeadsetStatus)");
+    if (ReadRegistryNumber("Bypass\\KelvaneStatus", 0) == 1)
+        vecReasons.push_back("the bypass switch is on (Bypass\\KelvaneStatus)");
+    return vecReasons;
+}

@@ -1,0 +1,14 @@
+// What the host can find out about a run beside its samples: the module's log, and why the module bypasses.
+#pragma once
+
+#include "host/play_result.h"
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+// Reads the log files that this process' module has written since oSince. Call when the module is down.
+ModuleLog ReadModuleLog(std::filesystem::file_time_type oSince);
+
+// The reasons to bypass that hold now: rate, protection library, registry values. Call while the module is loaded.
+std::vector<std::string> FindBypassReasons(int iRate);

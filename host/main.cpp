@@ -1,0 +1,116 @@
+// apohost: plays audio through the module, registers it, and looks after the machine's registry.
+#include "host/host_error.h"
+#include "host/play.h"
+#include "host/reg_commands.h"
+#include "host/registration.h"
+#include "host/report.h"
+
+#include <CLI/CLI.hpp>
+
+#include <cstdio>
+
+namespace
+{
+
+constexpr int EXIT_FAILED = 1;
+constexpr int EXIT_USAGE = 2;
+
+void RunPlay(const PlayOptions& oOptions)
+{
+    const PlayResult oResult = Play(oOptions);
+    std::printf("%s", FormatTable(oResult).c_str());
+    if (!oOptions.strReport.empty())
+        WriteReport(oOptions.strReport, oResult);
+}
+
+void AddPlay(CLI::App& oApp, PlayOptions& oOptions)
+{
+    CLI::App* pPlay = oApp.add_subcommand("play", "Play an audio file through the module");
+    pPlay->add_option("IN", oOptions.strInput, "WAV, FLAC, OGG, or raw 32-bit floats (.f32)")->required();
+    pPlay->add_option("OUT", oOptions.strOutput,
+                      ".wav (32-bit float), .flac (24 bit) or .f32; nothing is written without");
+    pPlay
+        ->add_option_function<std::string>(
+            "--variant", [&](const std::string& strVariant) { oOptions.bInlineVariant = strVariant == "omfx"; },
+            "efx: processing on a worker (default); omfx: inside the call")
+        ->check(CLI::IsMember({"efx", "omfx"}));
+    pPlay->add_option("--period", oOptions.iPeriodFrames, "Frames per call; 10 ms without")
+        ->check(CLI::Range(1, 1 << 20));
+    pPlay->add_option("--rate", oOptions.iRate, "Hz of a .f32 file (48000); other files must match")
+        ->check(CLI::Range(1, 1000000));
+    pPlay->add_option("--channels", oOptions.iChannels, "Channels of a .f32 file (2); other files must match")
+        ->check(CLI::Range(1, 1024));
+    pPlay->add_flag("--in-place", oOptions.bInPlace, "Input and output in one buffer");
+    pPlay->add_flag("--realtime", oOptions.bRealtime, "Pace periods by the clock");
+    pPlay->add_option("--set", oOptions.vecSets, "KEY\\VALUE=DATA, set in the registry before the start; repeatable")
+        ->expected(1)
+        ->take_all();
+    pPlay->add_option("--report", oOptions.strReport, "Write the report as JSON too");
+    pPlay->callback([&] { RunPlay(oOptions); });
+}
+
+void AddReg(CLI::App& oApp, std::string& strArgument)
+{
+    struct RegCommand
+    {
+        const char* pName;
+        const char* pArgument;
+        const char* pForm;
+        const char* pText;
+        void (*pRun)(const std::string&);
+    };
+    static constexpr RegCommand REG_COMMANDS[] = {
+        {"get", "VALUE", "KEY\\VALUE", "Print a value", RegGet},
+        {"set", "SETTING", "KEY\\VALUE=DATA; DATA is a number (7, 0x7) or text (Left, text:7)", "Set a value", RegSet},
+        {"list", "KEY", "", "Print all keys and values below a key", RegList},
+        {"watch", "KEY", "", "Print changes below a key until interrupted", RegWatch},
+    };
+    CLI::App* pReg = oApp.add_subcommand("reg", "Look after the machine's registry");
+    pReg->require_subcommand(1);
+    for (const RegCommand& oCommand : REG_COMMANDS)
+    {
+        CLI::App* pCommand = pReg->add_subcommand(oCommand.pName, oCommand.pText);
+        pCommand->add_option(oCommand.pArgument, strArgument, oCommand.pForm)->required();
+        pCommand->callback([&strArgument, pRun = oCommand.pRun] { pRun(strArgument); });
+    }
+    pReg->footer("KEY begins with HKEY_LOCAL_MACHINE (HKLM) or another root, or is below HKLM\\SOFTWARE\\ZVAudio.");
+}
+
+void AddRegistration(CLI::App& oApp, std::string& strModule)
+{
+    CLI::App* pRegister = oApp.add_subcommand("register", "Register the module on the machine");
+    CLI::App* pUnregister = oApp.add_subcommand("unregister", "Take the registration back");
+    for (CLI::App* pCommand : {pRegister, pUnregister})
+        pCommand->add_option("--module", strModule, "The module; KelvaneAPO.dll next to the program without");
+    pRegister->callback([&] { RegisterModule(strModule); });
+    pUnregister->callback([&] { UnregisterModule(strModule); });
+}
+
+} // namespace
+
+int main(int iArgumentCount, char** ppArguments)
+{
+    CLI::App oApp("Plays audio through the speaker protection module, as the audio engine would.", "apohost");
+    oApp.footer("The machine is the folder in KELVANE_MACHINE.");
+    oApp.require_subcommand(1);
+    PlayOptions oOptions;
+    std::string strArgument;
+    std::string strModule;
+    AddPlay(oApp, oOptions);
+    AddReg(oApp, strArgument);
+    AddRegistration(oApp, strModule);
+    try
+    {
+        oApp.parse(iArgumentCount, ppArguments);
+        return std::fflush(stdout) == 0 ? 0 : EXIT_FAILED;
+    }
+    catch (const CLI::ParseError& oError)
+    {
+        return oApp.exit(oError) == 0 ? 0 : EXIT_USAGE;
+    }
+    catch (const std::exception& oError)
+    {
+        std::fprintf(stderr, "apohost: %s\n", oError.what());
+        return EXIT_FAILED;
+    }
+}

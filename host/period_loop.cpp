@@ -1,0 +1,136 @@
+// The periodic loop.
+#include "host/period_loop.h"
+
+#include "host/interrupt.h"
+#include "host/progress.h"
+#include "platform/linux/machine.h"
+
+#include <algorithm>
+#include <thread>
+
+namespace
+{
+
+// A thread of the module that takes longer to come to rest waits for something that the host can't hasten.
+constexpr DWORD IDLE_LIMIT_MS = 10000;
+
+} // namespace
+
+CPeriodLoop::CPeriodLoop(PlayResult& oResult, CApoStream& oStream, CProgress& oProgress, int64_t i64Periods)
+    : m_oResult(oResult),
+      m_oStream(oStream),
+      m_oProgress(oProgress),
+      m_bRealtime(oResult.oOptions.bRealtime),
+      m_iPeriodLen(oStream.DataLen())
+{
+    m_vecNanoseconds.reserve(static_cast<size_t>(i64Periods));
+    if (m_bRealtime)
+    {
+        SetThreadPriority(GetCurrentThread(), THREAD_PRIORITY_TIME_CRITICAL);
+        return;
+    }
+    // What the lock started comes to rest before the first period.
+    m_oResult.bSettled = machine::WaitUntilIdle(IDLE_LIMIT_MS);
+    machine::FreezeClock();
+}
+
+CPeriodLoop::~CPeriodLoop()
+{
+    if (m_bRealtime)
+        SetThreadPriority(GetCurrentThread(), THREAD_PRIORITY_NORMAL);
+    else
+        machine::RunClock();
+}
+
+size_t CPeriodLoop::Run(float* pf32Block, size_t iPeriods)
+{
+    const Clock::time_point tRun = Clock::now();
+    if (m_oResult.i64Periods == 0)
+        m_tStart = tRun;
+    size_t iDone = 0;
+    for (; iDone < iPeriods && !m_oResult.bStopped; ++iDone)
+    {
+        float* pf32Period = pf32Block + iDone * m_iPeriodLen;
+        m_oStream.Fill(pf32Period);
+        WaitForPeriod();
+        const Clock::time_point tBegin = Clock::now();
+        m_oStream.Process();
+        Account(tBegin, Clock::now());
+        Collect(pf32Period);
+        Settle();
+        m_oProgress.Set(++m_oResult.i64Periods);
+        m_oResult.bStopped = IsInterrupted();
+    }
+    m_oResult.f64Seconds += std::chrono::duration<double>(Clock::now() - tRun).count();
+    return iDone;
+}
+
+void CPeriodLoop::Finish()
+{
+    m_oResult.bBypassAtEnd = m_oStream.ProbeBypass();
+    Settle();
+    m_oResult.oTimes = SummarizeTimes(m_vecNanoseconds);
+    if (m_oResult.oLeadIn.IsOver())
+    {
+        m_oResult.Path(PeriodPath::Silent) -= m_i64ZerosBeforeSound;
+        m_oResult.Path(PeriodPath::Processed) += m_i64ZerosBeforeSound;
+    }
+}
+
+CPeriodLoop::Clock::time_point CPeriodLoop::StartOf(int64_t i64Period) const
+{
+    const PlayOptions& oOptions = m_oResult.oOptions;
+    return m_tStart + std::chrono::nanoseconds(i64Period * oOptions.iPeriodFrames * 1000000000 / oOptions.iRate);
+}
+
+void CPeriodLoop::WaitForPeriod()
+{
+    if (m_bRealtime)
+        std::this_thread::sleep_until(StartOf(m_oResult.i64Periods));
+}
+
+// In real time a period is late when its samples are due before they are there, else when the call took longer than
+// its audio lasts.
+void CPeriodLoop::Account(Clock::time_point tBegin, Clock::time_point tEnd)
+{
+    const auto i64Nanoseconds = std::chrono::duration_cast<std::chrono::nanoseconds>(tEnd - tBegin).count();
+    m_vecNanoseconds.push_back(static_cast<uint32_t>(std::min<int64_t>(i64Nanoseconds, UINT32_MAX)));
+    const Clock::time_point tDue = StartOf(m_oResult.i64Periods + 1);
+    const bool bLate = m_bRealtime ? tEnd > tDue : tEnd - tBegin > tDue - StartOf(m_oResult.i64Periods);
+    m_oResult.i64Late += bLate ? 1 : 0;
+}
+
+// Offline: lets the audio's time pass and every thread of the module do what the period gave it to do, so that every
+// run gives the same samples.
+void CPeriodLoop::Settle()
+{
+    if (m_bRealtime)
+        return;
+    const PlayOptions& oOptions = m_oResult.oOptions;
+    m_i64ClockRest += static_cast<int64_t>(oOptions.iPeriodFrames) * 1000;
+    machine::AdvanceClock(m_i64ClockRest / oOptions.iRate);
+    m_i64ClockRest %= oOptions.iRate;
+    if (m_oResult.bSettled)
+        m_oResult.bSettled = machine::WaitUntilIdle(IDLE_LIMIT_MS);
+}
+
+void CPeriodLoop::Collect(float* pf32Period)
+{
+    PeriodPath ePath = m_oStream.Judge(pf32Period);
+    const bool bSoundIn = !IsAllZero(pf32Period, m_iPeriodLen);
+    m_oResult.oInputLevel.Add(pf32Period, m_iPeriodLen);
+    if (ePath == PeriodPath::Underflow || ePath == PeriodPath::Refused || IsSentinel(m_oStream.Output(), m_iPeriodLen))
+        std::fill_n(pf32Period, m_iPeriodLen, 0.0f);
+    else
+        std::copy_n(m_oStream.Output(), m_iPeriodLen, pf32Period);
+    const bool bSoundOut = !IsAllZero(pf32Period, m_iPeriodLen);
+    m_oResult.oOutputLevel.Add(pf32Period, m_iPeriodLen);
+    m_oResult.oLeadIn.Add(bSoundIn, bSoundOut);
+    // In place a zeroed input and a lead-in's zeros look alike: sound that follows tells.
+    if (m_oResult.oOptions.bInPlace && bSoundIn && !bSoundOut)
+    {
+        ePath = PeriodPath::Silent;
+        m_i64ZerosBeforeSound += m_oResult.oLeadIn.IsOver() ? 0 : 1;
+    }
+    ++m_oResult.Path(ePath);
+}

@@ -1,0 +1,46 @@
+// The periodic loop: one processing call per period, timed, judged and collected. Allocates nothing while it runs.
+#pragma once
+
+#include "host/apo_stream.h"
+#include "host/play_result.h"
+
+#include <chrono>
+
+class CProgress;
+
+class CPeriodLoop
+{
+public:
+    // Counts into oResult, whose options must be complete. Offline the machine's clock stands still from here on and
+    // moves with the audio. i64Periods is what will come at most.
+    CPeriodLoop(PlayResult& oResult, CApoStream& oStream, CProgress& oProgress, int64_t i64Periods);
+    CPeriodLoop(const CPeriodLoop&) = delete;
+    CPeriodLoop& operator=(const CPeriodLoop&) = delete;
+    ~CPeriodLoop();
+
+    // Runs iPeriods periods of interleaved floats in pf32Block and puts their output in the same place; zeros where the
+    // module gave none. Ends early on an interrupt. Gives the periods done.
+    size_t Run(float* pf32Block, size_t iPeriods);
+
+    // Asks once for a bypass, and sums up the times. After the last Run.
+    void Finish();
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    void WaitForPeriod();
+    void Account(Clock::time_point tBegin, Clock::time_point tEnd);
+    void Settle();
+    void Collect(float* pf32Period);
+    Clock::time_point StartOf(int64_t i64Period) const;
+
+    PlayResult& m_oResult;
+    CApoStream& m_oStream;
+    CProgress& m_oProgress;
+    const bool m_bRealtime;
+    const size_t m_iPeriodLen; // floats
+    std::vector<uint32_t> m_vecNanoseconds;
+    Clock::time_point m_tStart; // of the first period
+    int64_t m_i64ClockRest = 0; // audio time not yet on the machine's clock, milliseconds times rate
+    int64_t m_i64ZerosBeforeSound = 0;
+};

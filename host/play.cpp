@@ -1,0 +1,116 @@
+// Plays a file through the module: files, registry values and machine around the periodic loop.
+#include "host/play.h"
+
+#include "host/audio_file.h"
+#include "host/diagnosis.h"
+#include "host/host_error.h"
+#include "host/interrupt.h"
+#include "host/period_loop.h"
+#include "host/progress.h"
+#include "host/registry_text.h"
+#include "platform/linux/machine.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <optional>
+
+namespace
+{
+
+constexpr int64_t BLOCK_FLOATS = 1 << 20; // offline, at most
+
+void CompleteOptions(PlayResult& oResult, const CAudioReader& oReader)
+{
+    PlayOptions& oOptions = oResult.oOptions;
+    oOptions.iRate = oReader.Format().iRate;
+    oOptions.iChannels = oReader.Format().iChannels;
+    if (oOptions.iPeriodFrames == 0)
+        oOptions.iPeriodFrames = std::max(1, oOptions.iRate / 100);
+    oResult.i64InputFrames = oReader.FrameCount();
+}
+
+int64_t CountPeriods(const PlayResult& oResult)
+{
+    return (oResult.i64InputFrames + oResult.oOptions.iPeriodFrames - 1) / oResult.oOptions.iPeriodFrames;
+}
+
+// In real time all periods are one block, so that no file is touched while it plays; else about a second.
+size_t BlockPeriods(const PlayResult& oResult)
+{
+    const PlayOptions& oOptions = oResult.oOptions;
+    if (oOptions.bRealtime)
+        return static_cast<size_t>(CountPeriods(oResult));
+    const int64_t i64PeriodLen = static_cast<int64_t>(oOptions.iPeriodFrames) * oOptions.iChannels;
+    const int64_t i64Second = std::max(1, oOptions.iRate / oOptions.iPeriodFrames);
+    return static_cast<size_t>(std::clamp<int64_t>(BLOCK_FLOATS / i64PeriodLen, 1, i64Second));
+}
+
+void PrintRegistryErrors()
+{
+    for (const std::string& strError : machine::RegistryErrors())
+        std::fprintf(stderr, "apohost: warning: %s\n", strError.c_str());
+}
+
+// Blocks from file to file; the last period is padded with zeros, and as many frames are written as were read.
+void RunBlocks(PlayResult& oResult, CApoStream& oStream, CAudioReader& oReader, std::optional<CAudioWriter>& oWriter)
+{
+    const size_t iPeriodFrames = static_cast<size_t>(oResult.oOptions.iPeriodFrames);
+    const size_t iBlockPeriods = BlockPeriods(oResult);
+    std::vector<float> vecBlock(iBlockPeriods * oStream.DataLen());
+    CProgress oProgress(CountPeriods(oResult), static_cast<double>(iPeriodFrames) / oResult.oOptions.iRate);
+    CPeriodLoop oLoop(oResult, oStream, oProgress, CountPeriods(oResult));
+    while (!oResult.bStopped)
+    {
+        const size_t iFrames = oReader.Read(vecBlock.data(), iBlockPeriods * iPeriodFrames);
+        if (iFrames == 0)
+            break;
+        const size_t iLen = iFrames * static_cast<size_t>(oResult.oOptions.iChannels);
+        std::fill(vecBlock.begin() + static_cast<std::ptrdiff_t>(iLen), vecBlock.end(), 0.0f);
+        const size_t iDone = oLoop.Run(vecBlock.data(), (iFrames + iPeriodFrames - 1) / iPeriodFrames);
+        if (oWriter)
+            oWriter->Write(vecBlock.data(), std::min(iFrames, iDone * iPeriodFrames));
+    }
+    oLoop.Finish();
+}
+
+void CheckNotInput(const PlayOptions& oOptions)
+{
+    std::error_code oError;
+    if (std::filesystem::equivalent(oOptions.strInput, oOptions.strOutput, oError))
+        throw CHostError(oOptions.strOutput + ": is the input too; it would be lost");
+}
+
+} // namespace
+
+PlayResult Play(const PlayOptions& oOptions)
+{
+    PlayResult oResult;
+    oResult.oOptions = oOptions;
+    CAudioReader oReader(oOptions.strInput, {oOptions.iRate, oOptions.iChannels});
+    CompleteOptions(oResult, oReader);
+    for (const std::string& strSet : oOptions.vecSets)
+        SetRegistryValue(strSet);
+    PrintRegistryErrors();
+    CatchInterrupts();
+    std::optional<CAudioWriter> oWriter;
+    const auto tBegin = std::filesystem::file_time_type::clock::now();
+    {
+        CComApartment oApartment;
+        const PlayOptions& oComplete = oResult.oOptions;
+        CApoStream oStream({oComplete.bInlineVariant, oComplete.iRate, oComplete.iChannels, oComplete.iPeriodFrames,
+                            oComplete.bInPlace});
+        if (!oOptions.strOutput.empty())
+        {
+            CheckNotInput(oOptions);
+            oWriter.emplace(oOptions.strOutput, oReader.Format(), oReader.FrameCount());
+        }
+        RunBlocks(oResult, oStream, oReader, oWriter);
+        if (oResult.bBypassAtEnd)
+            oResult.vecReasons = FindBypassReasons(oComplete.iRate);
+    }
+    if (oWriter)
+        oWriter->Close();
+    oResult.oLog = ReadModuleLog(tBegin - std::chrono::seconds(1));
+    return oResult;
+}

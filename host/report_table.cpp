@@ -1,0 +1,131 @@
+// The report of a run as a table.
+#include "host/report.h"
+
+#include <cmath>
+#include <cstdarg>
+#include <cstdio>
+
+namespace
+{
+
+__attribute__((format(printf, 1, 2))) std::string Print(const char* pFormat, ...)
+{
+    char strText[512];
+    va_list pArguments;
+    va_start(pArguments, pFormat);
+    std::vsnprintf(strText, sizeof(strText), pFormat, pArguments);
+    va_end(pArguments);
+    return strText;
+}
+
+void AddRow(std::string& strTable, const char* pLabel, const std::string& strText)
+{
+    strTable += Print("  %-16s ", pLabel) + strText + "\n";
+}
+
+std::string FormatLevel(double f64Value)
+{
+    return f64Value > 0 ? Print("%.2f dBFS", 20 * std::log10(f64Value)) : "silence";
+}
+
+void AddLevel(std::string& strTable, const char* pLabel, const CLevelMeter& oLevel)
+{
+    std::string strText = "peak " + FormatLevel(oLevel.Peak()) + ", RMS " + FormatLevel(oLevel.Rms());
+    if (oLevel.NotFinite() > 0)
+        strText += ", " + std::to_string(oLevel.NotFinite()) + " samples that are no number";
+    AddRow(strTable, pLabel, strText);
+}
+
+double PeriodMilliseconds(const PlayResult& oResult)
+{
+    return 1000.0 * oResult.oOptions.iPeriodFrames / oResult.oOptions.iRate;
+}
+
+std::string FormatPaths(const PlayResult& oResult)
+{
+    std::string strText;
+    for (size_t i = 0; i < PERIOD_PATH_COUNT; ++i)
+    {
+        if (oResult.iPaths[i] > 0)
+            strText += (strText.empty() ? "" : ", ") + std::string(PERIOD_PATH_NAMES[i]) + " " +
+                       std::to_string(oResult.iPaths[i]);
+    }
+    return strText;
+}
+
+// What the state at the end says of periods that came out as they went in, and why a bypass is on.
+void AddWhy(std::string& strTable, const PlayResult& oResult)
+{
+    if (!oResult.bBypassAtEnd)
+    {
+        AddRow(strTable, "at the end",
+               oResult.Path(PeriodPath::Same) > 0
+                   ? "not bypassed: processing leaves these samples as they are, or a bypass "
+                     "ended before"
+                   : "not bypassed");
+        return;
+    }
+    std::string strReasons;
+    for (const std::string& strReason : oResult.vecReasons)
+        strReasons += (strReasons.empty() ? "" : "; ") + strReason;
+    AddRow(strTable, "at the end",
+           "bypassed: " + (strReasons.empty() ? "by the module's own state, see its log" : strReasons));
+}
+
+void AddTimes(std::string& strTable, const PlayResult& oResult)
+{
+    const double f64Audio = static_cast<double>(oResult.i64Periods) * PeriodMilliseconds(oResult) / 1000;
+    AddRow(strTable, "periods",
+           Print("%lld of %.2f ms, %.2f s of audio in %.2f s (%.1f x real time)",
+                 static_cast<long long>(oResult.i64Periods), PeriodMilliseconds(oResult), f64Audio, oResult.f64Seconds,
+                 oResult.f64Seconds > 0 ? f64Audio / oResult.f64Seconds : 0.0));
+    AddRow(strTable, "late periods", std::to_string(oResult.i64Late));
+    AddRow(strTable, "time per period",
+           Print("median %.1f us, 99th percentile %.1f us, worst %.1f us", oResult.oTimes.f64Median,
+                 oResult.oTimes.f64Percentile99, oResult.oTimes.f64Worst));
+}
+
+void AddLog(std::string& strTable, const ModuleLog& oLog)
+{
+    if (oLog.strPath.empty())
+    {
+        AddRow(strTable, "module log", "none");
+        return;
+    }
+    AddRow(strTable, "module log",
+           Print("%lld errors, %lld warnings: ", static_cast<long long>(oLog.i64Errors),
+                 static_cast<long long>(oLog.i64Warnings)) +
+               oLog.strPath);
+    for (const std::string& strMessage : oLog.vecMessages)
+        AddRow(strTable, "", strMessage);
+}
+
+} // namespace
+
+std::string FormatTable(const PlayResult& oResult)
+{
+    const PlayOptions& oOptions = oResult.oOptions;
+    std::string strTable = oOptions.strInput +
+                           Print(": %d Hz, %d channel(s), %d frames a period, %s variant, %s%s%s\n", oOptions.iRate,
+                                 oOptions.iChannels, oOptions.iPeriodFrames, oOptions.bInlineVariant ? "OMFX" : "EFX",
+                                 oOptions.bRealtime ? "in real time" : "offline", oOptions.bInPlace ? ", in place" : "",
+                                 oResult.bStopped ? "; stopped before the end" : "");
+    AddTimes(strTable, oResult);
+    AddRow(strTable, "path taken", FormatPaths(oResult));
+    AddWhy(strTable, oResult);
+    const int64_t i64LeadIn = oResult.oLeadIn.Periods();
+    AddRow(strTable, "lead-in",
+           i64LeadIn < 0 ? "no sound came out"
+                         : Print("%lld periods (%.2f ms)", static_cast<long long>(i64LeadIn),
+                                 static_cast<double>(i64LeadIn) * PeriodMilliseconds(oResult)));
+    AddRow(strTable, "underflows",
+           oOptions.bInPlace ? "can't be told in place" : std::to_string(oResult.Path(PeriodPath::Underflow)));
+    AddLevel(strTable, "input", oResult.oInputLevel);
+    AddLevel(strTable, "output", oResult.oOutputLevel);
+    if (!oOptions.strOutput.empty())
+        AddRow(strTable, "written", oOptions.strOutput);
+    if (!oResult.bSettled)
+        AddRow(strTable, "note", "the module's threads did not come to rest; another run may give other samples");
+    AddLog(strTable, oResult.oLog);
+    return strTable;
+}
