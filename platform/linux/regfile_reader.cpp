@@ -182,7 +182,7 @@ private:
         m_bBadKey = false;
         if (bDelete)
         {
-            m_oTree.Remove(strPath);
+            m_strComment += m_oTree.Remove(strPath);
             return true;
         }
         m_strKey = strPath;
@@ -212,12 +212,18 @@ private:
         auto& mapValues = m_oTree.Create(m_strKey).mapValues;
         if (strData == "-")
         {
-            mapValues.erase(FoldName(oValue.strName));
+            const auto it = mapValues.find(FoldName(oValue.strName));
+            if (it != mapValues.end())
+            {
+                m_strComment += it->second.strComment;
+                mapValues.erase(it);
+            }
             return true;
         }
         ParseData(strData, oValue);
-        oValue.strComment = std::exchange(m_strComment, "");
-        mapValues[FoldName(oValue.strName)] = std::move(oValue);
+        RegistryValue& oKept = mapValues[FoldName(oValue.strName)];
+        oValue.strComment = oKept.strComment + std::exchange(m_strComment, "");
+        oKept = std::move(oValue);
         return true;
     }
 

@@ -48,10 +48,9 @@ bool HasControls(const std::string& strName)
 
 bool OpenRegistryKey::Sees(const RegistryChange& oChange) const
 {
-    const std::string strOwn = FoldName(strPath);
-    if (oChange.strPath == strOwn)
+    if (oChange.strPath == strFolded)
         return oChange.dwKind == 0 || (oChange.dwKind & dwFilter) != 0;
-    const std::string strBelow = strOwn + '\\';
+    const std::string strBelow = strFolded + '\\';
     return bSubtree && (oChange.dwKind & dwFilter) != 0 && oChange.strPath.compare(0, strBelow.size(), strBelow) == 0;
 }
 
@@ -115,7 +114,7 @@ void CRegistry::Tell(const std::vector<RegistryChange>& vecChanges)
         bool bSeen = false;
         for (const RegistryChange& oChange : vecChanges)
         {
-            oKey.bDeleted = oKey.bDeleted || (oChange.dwKind == 0 && oChange.strPath == FoldName(oKey.strPath));
+            oKey.bDeleted = oKey.bDeleted || (oChange.dwKind == 0 && oChange.strPath == oKey.strFolded);
             bSeen = bSeen || (oKey.bWatched && oKey.Sees(oChange));
         }
         if (bSeen)
@@ -123,32 +122,36 @@ void CRegistry::Tell(const std::vector<RegistryChange>& vecChanges)
     }
 }
 
-OpenRegistryKey* CRegistry::Find(HKEY hKey)
+LSTATUS CRegistry::Find(HKEY hKey, OpenRegistryKey*& pKey)
 {
-    const auto it = m_mapOpen.find(reinterpret_cast<ULONG_PTR>(hKey));
-    if (it != m_mapOpen.end())
-        return &it->second;
-    const char* pRoot = RootName(hKey);
-    if (pRoot == nullptr)
-        return nullptr;
-    OpenRegistryKey& oKey = m_mapOpen[reinterpret_cast<ULONG_PTR>(hKey)];
-    oKey.strPath = CanonicalPath(pRoot);
-    oKey.samRights = c_samRights;
-    return &oKey;
+    auto it = m_mapOpen.find(reinterpret_cast<ULONG_PTR>(hKey));
+    if (it == m_mapOpen.end())
+    {
+        const char* pRoot = RootName(hKey);
+        if (pRoot == nullptr)
+            return ERROR_INVALID_HANDLE;
+        it = m_mapOpen.emplace(reinterpret_cast<ULONG_PTR>(hKey), OpenRegistryKey{}).first;
+        it->second.strFolded = FoldName(CanonicalPath(pRoot));
+        it->second.samRights = c_samRights;
+    }
+    pKey = &it->second;
+    return pKey->bDeleted ? ERROR_KEY_DELETED : ERROR_SUCCESS;
 }
 
 LSTATUS CRegistry::Locate(HKEY hKey, const std::string& strSubKey, std::string& strPath)
 {
-    const OpenRegistryKey* pKey = Find(hKey);
-    if (pKey == nullptr)
-        return ERROR_INVALID_HANDLE;
-    if (pKey->bDeleted)
-        return ERROR_KEY_DELETED;
+    OpenRegistryKey* pKey = nullptr;
+    const LSTATUS lResult = Find(hKey, pKey);
+    if (lResult != ERROR_SUCCESS)
+        return lResult;
     if (!strSubKey.empty() && strSubKey[0] == '\\')
         return ERROR_BAD_PATHNAME;
     if (HasControls(strSubKey))
         return ERROR_INVALID_PARAMETER;
-    strPath = CanonicalPath(pKey->strPath + '\\' + strSubKey);
+    const RegistryKey* pContent = m_pStore->Tree().Find(pKey->strFolded);
+    if (pContent == nullptr)
+        return ERROR_KEY_DELETED;
+    strPath = CanonicalPath(pContent->strPath + '\\' + strSubKey);
     return ERROR_SUCCESS;
 }
 
@@ -157,7 +160,7 @@ HKEY CRegistry::Add(const std::string& strPath, REGSAM samRights)
     const ULONG_PTR iHandle = m_iNextHandle;
     m_iNextHandle += 4;
     OpenRegistryKey& oKey = m_mapOpen[iHandle];
-    oKey.strPath = strPath;
+    oKey.strFolded = FoldName(strPath);
     oKey.samRights = (samRights & c_samMaximumAllowed) != 0 ? c_samRights : samRights & c_samRights;
     return reinterpret_cast<HKEY>(iHandle);
 }
@@ -240,32 +243,33 @@ LSTATUS CRegistry::Read(HKEY hKey, REGSAM samRight,
 {
     const std::lock_guard<std::mutex> oGuard(m_oLock);
     Refresh(false);
-    std::string strPath;
-    const LSTATUS lResult = Locate(hKey, "", strPath);
+    OpenRegistryKey* pKey = nullptr;
+    const LSTATUS lResult = Find(hKey, pKey);
     if (lResult != ERROR_SUCCESS)
         return lResult;
-    if ((Find(hKey)->samRights & samRight) != samRight)
+    if ((pKey->samRights & samRight) != samRight)
         return ERROR_ACCESS_DENIED;
-    const RegistryKey* pKey = m_pStore->Tree().Find(strPath);
-    return pKey == nullptr ? ERROR_KEY_DELETED : fnRead(m_pStore->Tree(), *pKey);
+    const RegistryKey* pContent = m_pStore->Tree().Find(pKey->strFolded);
+    return pContent == nullptr ? ERROR_KEY_DELETED : fnRead(m_pStore->Tree(), *pContent);
 }
 
 LSTATUS CRegistry::Write(HKEY hKey, const std::function<LSTATUS(RegistryKey&)>& fnWrite)
 {
     const std::lock_guard<std::mutex> oGuard(m_oLock);
     Refresh(false);
-    std::string strPath;
-    LSTATUS lResult = Locate(hKey, "", strPath);
+    OpenRegistryKey* pKey = nullptr;
+    LSTATUS lResult = Find(hKey, pKey);
     if (lResult != ERROR_SUCCESS)
         return lResult;
-    if ((Find(hKey)->samRights & KEY_SET_VALUE) == 0)
+    if ((pKey->samRights & KEY_SET_VALUE) == 0)
         return ERROR_ACCESS_DENIED;
+    const std::string& strPath = pKey->strFolded;
     const auto fnUpdate = [&](CRegistryTree& oTree) -> LSTATUS
     { return oTree.Find(strPath) == nullptr ? ERROR_KEY_DELETED : fnWrite(oTree.Create(strPath)); };
     std::vector<RegistryChange> vecChanges;
     lResult = m_pStore->Update(fnUpdate, vecChanges);
     if (lResult == ERROR_SUCCESS && vecChanges.empty())
-        vecChanges.push_back({FoldName(strPath), REG_NOTIFY_CHANGE_LAST_SET});
+        vecChanges.push_back({strPath, REG_NOTIFY_CHANGE_LAST_SET});
     Tell(vecChanges);
     return lResult;
 }
@@ -278,11 +282,11 @@ LSTATUS CRegistry::Watch(HKEY hKey, bool bSubtree, DWORD dwFilter, std::shared_p
     UseMachine();
     m_oFollower.Follow(machine::Folder());
     Refresh(false);
-    std::string strPath;
-    const LSTATUS lResult = Locate(hKey, "", strPath);
+    OpenRegistryKey* pKey = nullptr;
+    const LSTATUS lResult = Find(hKey, pKey);
     if (lResult != ERROR_SUCCESS)
         return lResult;
-    OpenRegistryKey& oKey = *Find(hKey);
+    OpenRegistryKey& oKey = *pKey;
     if ((oKey.samRights & KEY_NOTIFY) == 0)
         return ERROR_ACCESS_DENIED;
     oKey.bWatched = true;

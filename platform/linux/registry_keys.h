@@ -15,7 +15,7 @@
 // A key as one handle has it open.
 struct OpenRegistryKey
 {
-    std::string strPath; // canonical
+    std::string strFolded; // canonical path, folded
     REGSAM samRights = 0;
     bool bDeleted = false;
 
@@ -64,8 +64,9 @@ private:
     void Refresh(bool bForce);
     int FollowChange();
     void Tell(const std::vector<RegistryChange>& vecChanges);
-    OpenRegistryKey* Find(HKEY hKey);
-    // The open key, if it still exists, and the whole path of what is below it.
+    // The open key, if it still exists.
+    LSTATUS Find(HKEY hKey, OpenRegistryKey*& pKey);
+    // The whole path of what is below it.
     LSTATUS Locate(HKEY hKey, const std::string& strSubKey, std::string& strPath);
     HKEY Add(const std::string& strPath, REGSAM samRights);
 

@@ -84,15 +84,16 @@ void CRegistryStore::Refresh(bool bForce, std::vector<RegistryChange>& vecChange
         m_oDoubtSince.reset();
         return;
     }
-    if (m_bLoaded && oStamp.iSize == 0 && !BelieveEmpty(oStamp))
+    const bool bFile = bExists && S_ISREG(oStat.st_mode);
+    if (m_bLoaded && (!bExists || (bFile && oStamp.iSize == 0)) && !BelieveEmpty(oStamp))
         return;
     m_oDoubtSince.reset();
 
     // If the file changes between the look and the reading, the next look sees another stamp and reads again.
     std::ostringstream oText;
     m_vecErrors.clear();
-    m_bUnreadable = false;
-    if (bExists)
+    m_bUnreadable = bExists && !bFile;
+    if (bFile)
     {
         std::ifstream oFile(m_strFile, std::ios::binary);
         oText << oFile.rdbuf();

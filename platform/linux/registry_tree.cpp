@@ -2,6 +2,7 @@
 #include "platform/linux/registry_tree.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace
 {
@@ -86,22 +87,26 @@ RegistryKey& CRegistryTree::Create(const std::string& strPath)
     return oKey;
 }
 
-void CRegistryTree::Remove(const std::string& strPath)
+std::string CRegistryTree::Remove(const std::string& strPath)
 {
     const std::string strFolded = FoldName(strPath);
     const std::string strBelow = strFolded + '\\';
-    for (auto it = m_mapKeys.lower_bound(strFolded); it != m_mapKeys.end();)
+    std::string strComments;
+    // Names that only begin like the key's may stand between it and what is below it.
+    for (auto it = m_mapKeys.lower_bound(strFolded);
+         it != m_mapKeys.end() && it->first.compare(0, strFolded.size(), strFolded) == 0;)
     {
-        const bool bBelow = it->first.compare(0, strBelow.size(), strBelow) == 0;
-        if (!bBelow && it->first > strBelow)
-            break;
-        if (!bBelow && it->first != strFolded)
-            ++it;
-        else if (IsBuiltIn(it->first))
-            (it++)->second.mapValues.clear();
-        else
-            it = m_mapKeys.erase(it);
+        const auto itKey = it++;
+        if (itKey->first != strFolded && itKey->first.compare(0, strBelow.size(), strBelow) != 0)
+            continue;
+        strComments += std::exchange(itKey->second.strComment, "");
+        for (const auto& oValue : itKey->second.mapValues)
+            strComments += oValue.second.strComment;
+        itKey->second.mapValues.clear();
+        if (!IsBuiltIn(itKey->first))
+            m_mapKeys.erase(itKey);
     }
+    return strComments;
 }
 
 bool CRegistryTree::HasSubkeys(const std::string& strPath) const

@@ -38,7 +38,8 @@ public:
     // All take canonical paths in any case.
     const RegistryKey* Find(const std::string& strPath) const;
     RegistryKey& Create(const std::string& strPath); // with the keys above it
-    void Remove(const std::string& strPath);         // with all below it; what always exists is emptied instead
+    // Removes it with all below it; what always exists is emptied instead. Gives the comments that stood there.
+    std::string Remove(const std::string& strPath);
     bool HasSubkeys(const std::string& strPath) const;
     // Name of the subkey with that index, in order of names. False behind the last.
     bool SubkeyName(const std::string& strPath, size_t iIndex, std::string& strName) const;
