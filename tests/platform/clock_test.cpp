@@ -1,0 +1,110 @@
+// The machine's clock and the conversions of its times.
+#include "platform/linux/machine.h"
+#include "tests/support/machine_test.h"
+
+#include <ctime>
+
+namespace
+{
+class ClockTest : public MachineTest
+{
+protected:
+    static std::string LocalTime()
+    {
+        SYSTEMTIME stTime{};
+        GetLocalTime(&stTime);
+        return Text(stTime);
+    }
+    static std::string Text(const SYSTEMTIME& stTime)
+    {
+        char aText[64];
+        snprintf(aText, sizeof(aText), "%04d-%02d-%02d/%d %02d:%02d:%02d.%03d", stTime.wYear, stTime.wMonth,
+                 stTime.wDay, stTime.wDayOfWeek, stTime.wHour, stTime.wMinute, stTime.wSecond, stTime.wMilliseconds);
+        return aText;
+    }
+};
+} // namespace
+
+TEST_F(ClockTest, StandsMovesAndRunsAsTold)
+{
+    machine::FreezeClock();
+    machine::SetClock({2024, 2, 0, 28, 23, 59, 59, 990});
+    EXPECT_EQ(LocalTime(), "2024-02-28/3 23:59:59.990");
+    machine::AdvanceClock(10);
+    EXPECT_EQ(LocalTime(), "2024-02-29/4 00:00:00.000");
+    machine::AdvanceClock(24LL * 3600 * 1000 * 307 - 1);
+    EXPECT_EQ(LocalTime(), "2024-12-31/2 23:59:59.999");
+    machine::AdvanceClock(-24LL * 3600 * 1000 * 366);
+    EXPECT_EQ(LocalTime(), "2023-12-31/0 23:59:59.999");
+    Sleep(5);
+    EXPECT_EQ(LocalTime(), "2023-12-31/0 23:59:59.999");
+    machine::RunClock();
+    EXPECT_TRUE(WaitFor([] { return LocalTime() >= "2024-01-01/1 00:00:00.004"; }));
+    machine::ResetClock();
+    SYSTEMTIME stNow{};
+    GetSystemTime(&stNow);
+    const time_t iNow = time(nullptr);
+    tm stReal{};
+    gmtime_r(&iNow, &stReal);
+    EXPECT_LE(stReal.tm_year + 1900 - stNow.wYear, 0);
+}
+
+TEST_F(ClockTest, LocalTimeFollowsTheZone)
+{
+    const char* const pZone = getenv("TZ");
+    const std::string strZone = pZone == nullptr ? "" : pZone;
+    setenv("TZ", "XST-5:30", 1);
+    tzset();
+    machine::FreezeClock();
+    machine::SetClock({2031, 6, 0, 1, 2, 0, 0, 0}); // a quarter of an hour that no other test has asked for
+    SYSTEMTIME stUtc{};
+    GetSystemTime(&stUtc);
+    EXPECT_EQ(Text(stUtc), "2031-05-31/6 20:30:00.000");
+    FILETIME stFile{};
+    FILETIME stLocal{};
+    SYSTEMTIME stResult{};
+    EXPECT_TRUE(SystemTimeToFileTime(&stUtc, &stFile));
+    EXPECT_TRUE(FileTimeToLocalFileTime(&stFile, &stLocal));
+    EXPECT_TRUE(FileTimeToSystemTime(&stLocal, &stResult));
+    EXPECT_EQ(Text(stResult), "2031-06-01/0 02:00:00.000");
+    EXPECT_EQ(LocalTime(), Text(stResult));
+    if (strZone.empty())
+        unsetenv("TZ");
+    else
+        setenv("TZ", strZone.c_str(), 1);
+    tzset();
+}
+
+TEST_F(ClockTest, FileTimesCountFrom1601)
+{
+    const struct
+    {
+        SYSTEMTIME stTime;
+        unsigned long long iTicks;
+    } aCases[] = {
+        {{1601, 1, 1, 1, 0, 0, 0, 0}, 0},
+        {{1970, 1, 4, 1, 0, 0, 0, 0}, 116444736000000000ULL},
+        {{2000, 2, 2, 29, 12, 34, 56, 789}, 125963012967890000ULL},
+        {{2100, 3, 1, 1, 0, 0, 0, 0}, 157520160000000000ULL},
+    };
+    for (const auto& stCase : aCases)
+    {
+        FILETIME stFile{};
+        SYSTEMTIME stBack{};
+        ASSERT_TRUE(SystemTimeToFileTime(&stCase.stTime, &stFile));
+        EXPECT_EQ((static_cast<unsigned long long>(stFile.dwHighDateTime) << 32) | stFile.dwLowDateTime, stCase.iTicks);
+        ASSERT_TRUE(FileTimeToSystemTime(&stFile, &stBack));
+        EXPECT_EQ(Text(stBack), Text(stCase.stTime));
+    }
+    const SYSTEMTIME aBad[] = {{2023, 2, 0, 29, 0, 0, 0, 0},
+                               {2023, 13, 0, 1, 0, 0, 0, 0},
+                               {1600, 1, 0, 1, 0, 0, 0, 0},
+                               {2023, 1, 0, 1, 24, 0, 0, 0},
+                               {2023, 1, 0, 0, 0, 0, 0, 0}};
+    for (const SYSTEMTIME& stBad : aBad)
+    {
+        FILETIME stFile{};
+        EXPECT_FALSE(SystemTimeToFileTime(&stBad, &stFile)) << Text(stBad);
+        EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_PARAMETER});
+    }
+}

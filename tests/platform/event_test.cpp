@@ -1,0 +1,121 @@
+// Events: kinds, names, time-outs, and what becomes of waiters when a handle goes.
+#include "tests/support/machine_test.h"
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+namespace
+{
+class EventTest : public MachineTest
+{
+protected:
+    // Starts a thread that waits for the event, and gives it time to be in its wait.
+    std::thread StartWaiter(HANDLE hEvent, DWORD dwMilliseconds = INFINITE)
+    {
+        const int iBefore = m_iStarted;
+        std::thread oThread(
+            [this, hEvent, dwMilliseconds]
+            {
+                ++m_iStarted;
+                if (WaitForSingleObject(hEvent, dwMilliseconds) == WAIT_OBJECT_0)
+                    ++m_iReleased;
+            });
+        EXPECT_TRUE(WaitFor([&] { return m_iStarted > iBefore; }));
+        Sleep(20);
+        return oThread;
+    }
+
+    std::atomic<int> m_iStarted{0};
+    std::atomic<int> m_iReleased{0};
+};
+} // namespace
+
+TEST_F(EventTest, ManualStaysSignalledAutoIsTakenByOneWait)
+{
+    const HANDLE hManual = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    const HANDLE hAuto = CreateEventW(nullptr, FALSE, TRUE, nullptr);
+    EXPECT_EQ(WaitForSingleObject(hManual, 0), DWORD{WAIT_TIMEOUT});
+    EXPECT_TRUE(SetEvent(hManual));
+    EXPECT_EQ(WaitForSingleObject(hManual, 0), DWORD{WAIT_OBJECT_0});
+    EXPECT_EQ(WaitForSingleObject(hManual, INFINITE), DWORD{WAIT_OBJECT_0});
+    EXPECT_TRUE(ResetEvent(hManual));
+    EXPECT_EQ(WaitForSingleObject(hManual, 1), DWORD{WAIT_TIMEOUT});
+
+    EXPECT_EQ(WaitForSingleObject(hAuto, 0), DWORD{WAIT_OBJECT_0});
+    EXPECT_EQ(WaitForSingleObject(hAuto, 0), DWORD{WAIT_TIMEOUT});
+    EXPECT_TRUE(CloseHandle(hManual));
+    EXPECT_TRUE(CloseHandle(hAuto));
+}
+
+TEST_F(EventTest, AutoReleasesOneWaiterPerSignalManualAll)
+{
+    const HANDLE hAuto = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    const HANDLE hManual = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    std::thread aThreads[] = {StartWaiter(hAuto), StartWaiter(hAuto), StartWaiter(hManual), StartWaiter(hManual)};
+    SetEvent(hAuto);
+    EXPECT_TRUE(WaitFor([this] { return m_iReleased == 1; }));
+    Sleep(20);
+    EXPECT_EQ(m_iReleased, 1);
+    SetEvent(hManual);
+    ResetEvent(hManual); // whoever waited at the signal is released all the same
+    EXPECT_TRUE(WaitFor([this] { return m_iReleased == 3; }));
+    SetEvent(hAuto);
+    for (std::thread& oThread : aThreads)
+        oThread.join();
+    EXPECT_EQ(m_iReleased, 4);
+    CloseHandle(hAuto);
+    CloseHandle(hManual);
+}
+
+TEST_F(EventTest, TimeOutTakesItsTimeAndLeavesTheEventUsable)
+{
+    const HANDLE hEvent = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    const auto oStart = std::chrono::steady_clock::now();
+    EXPECT_EQ(WaitForSingleObject(hEvent, 30), DWORD{WAIT_TIMEOUT});
+    EXPECT_GE(std::chrono::steady_clock::now() - oStart, std::chrono::milliseconds(30));
+    SetEvent(hEvent); // not lost to the wait that gave up
+    EXPECT_EQ(WaitForSingleObject(hEvent, 0), DWORD{WAIT_OBJECT_0});
+    CloseHandle(hEvent);
+}
+
+TEST_F(EventTest, ClosedHandleFailsAndTheWaiterKeepsTheEvent)
+{
+    const HANDLE hEvent = CreateEventW(nullptr, TRUE, FALSE, L"Local\\kept");
+    const HANDLE hOther = OpenEventW(EVENT_ALL_ACCESS, FALSE, L"kept");
+    ASSERT_NE(hOther, nullptr);
+    std::thread oThread = StartWaiter(hEvent);
+    std::thread oPatience = StartWaiter(hEvent, 50);
+    EXPECT_TRUE(CloseHandle(hEvent));
+    for (const HANDLE hGone : {hEvent, HANDLE{nullptr}, INVALID_HANDLE_VALUE})
+    {
+        SetLastError(ERROR_SUCCESS);
+        EXPECT_EQ(WaitForSingleObject(hGone, 0), DWORD{WAIT_FAILED});
+        EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_HANDLE});
+        EXPECT_FALSE(SetEvent(hGone));
+        EXPECT_FALSE(ResetEvent(hGone));
+        EXPECT_FALSE(CloseHandle(hGone));
+    }
+    oPatience.join();
+    EXPECT_EQ(m_iReleased, 0);
+    SetEvent(hOther);
+    oThread.join();
+    EXPECT_EQ(m_iReleased, 1);
+    CloseHandle(hOther);
+}
+
+TEST_F(EventTest, NameLeadsToOneEventWhileAHandleIsOpen)
+{
+    EXPECT_EQ(OpenEventW(EVENT_ALL_ACCESS, FALSE, L"Global\\Test"), nullptr);
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_FILE_NOT_FOUND});
+    const HANDLE hFirst = CreateEventW(nullptr, TRUE, TRUE, L"Global\\Test");
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_SUCCESS});
+    const HANDLE hSecond = CreateEventW(nullptr, FALSE, FALSE, L"Global\\Test");
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_ALREADY_EXISTS});
+    EXPECT_NE(hFirst, hSecond);
+    CloseHandle(hFirst);
+    EXPECT_EQ(WaitForSingleObject(hSecond, 0), DWORD{WAIT_OBJECT_0}); // the first creation's state and kind
+    EXPECT_EQ(WaitForSingleObject(hSecond, 0), DWORD{WAIT_OBJECT_0});
+    CloseHandle(hSecond);
+    EXPECT_EQ(OpenEventW(EVENT_ALL_ACCESS, FALSE, L"Global\\Test"), nullptr);
+}

@@ -1,0 +1,175 @@
+// Paths of the machine and the files under them.
+#include "platform/hostpath.h"
+#include "platform/linux/machine.h"
+#include "tests/support/machine_test.h"
+
+#include <shlwapi.h>
+
+#include <cerrno>
+#include <filesystem>
+
+namespace
+{
+class FileTest : public MachineTest
+{
+protected:
+    static std::vector<std::string> Find(const std::string& strPattern)
+    {
+        std::vector<std::string> vecNames;
+        WIN32_FIND_DATAA stData{};
+        const HANDLE hFind = FindFirstFileA(strPattern.c_str(), &stData);
+        if (hFind == INVALID_HANDLE_VALUE)
+            return {"error " + std::to_string(GetLastError())};
+        do
+            vecNames.push_back(stData.cFileName);
+        while (FindNextFileA(hFind, &stData));
+        EXPECT_EQ(GetLastError(), DWORD{ERROR_NO_MORE_FILES});
+        EXPECT_FALSE(SetEvent(hFind));
+        EXPECT_TRUE(FindClose(hFind));
+        EXPECT_FALSE(FindClose(hFind));
+        return vecNames;
+    }
+};
+using CNames = std::vector<std::string>;
+} // namespace
+
+TEST_F(FileTest, PathsFindTheirPlaceWithoutRegardToCase)
+{
+    PutFile("C:\\Windows\\System32\\Some File.XML", "x");
+    const std::string strMachine = machine::Folder();
+    const struct
+    {
+        std::string strPath;
+        std::string strHost;
+    } aCases[] = {
+        {"C:\\Windows\\System32\\Some File.XML", strMachine + "/c/Windows/System32/Some File.XML"},
+        {"c:/WINDOWS\\system32/some file.xml", strMachine + "/c/Windows/System32/Some File.XML"},
+        {"C:\\windows\\New\\Name.txt", strMachine + "/c/Windows/New/Name.txt"},
+        {"C:\\..\\..\\windows\\.\\x\\..\\system32\\", strMachine + "/c/Windows/System32"},
+        {"\\\\?\\C:\\windows", strMachine + "/c/Windows"},
+        {"D:\\", strMachine + "/d"},
+        {"Z:\\proc\\self", "/proc/self"},
+        {"/proc/SELF", "/proc/self"},
+        {"", ""},
+    };
+    for (const auto& stCase : aCases)
+        EXPECT_EQ(HostPath(stCase.strPath), stCase.strHost) << stCase.strPath;
+    EXPECT_EQ(machine::PlatformPath(strMachine + "/c/Windows/x.log"), "C:\\Windows\\x.log");
+    EXPECT_EQ(machine::PlatformPath(strMachine + "/registry.reg").substr(0, 4), "Z:\\" + strMachine.substr(1, 1));
+    EXPECT_EQ(machine::PlatformPath("/proc/self"), "Z:\\proc\\self");
+}
+
+TEST_F(FileTest, OpenTakesThePlatformsModesAndTellsErrors)
+{
+    MakeFolder("C:\\logs");
+    const struct
+    {
+        const char* pPath;
+        const char* pMode;
+        errno_t iResult;
+    } aCases[] = {
+        {"C:\\logs\\a.log", "at+", 0},    {"C:\\LOGS\\A.LOG", "rb", 0},  {"C:\\logs\\b.pcm", "ab+", 0},
+        {"C:\\logs\\none.log", "rt", 2},  {"C:\\none\\a.log", "at+", 2}, {"C:\\logs", "rb", EACCES},
+        {"C:\\logs", "at+", EACCES},      {"C:\\logs\\a.log", "q", 22},  {"C:\\logs\\a.log", "r+x", 22},
+        {"C:\\logs\\a.log", nullptr, 22}, {"C:\\logs\\a.log", "", 22},
+    };
+    for (const auto& stCase : aCases)
+    {
+        FILE* pFile = reinterpret_cast<FILE*>(1);
+        EXPECT_EQ(fopen_s(&pFile, stCase.pPath, stCase.pMode), stCase.iResult) << stCase.pPath;
+        EXPECT_EQ(pFile != nullptr, stCase.iResult == 0) << stCase.pPath;
+        if (stCase.iResult == 0)
+        {
+            fputs("line\n", pFile);
+            fclose(pFile);
+        }
+    }
+    EXPECT_EQ(ListFiles("C:\\logs"), (CNames{"a.log", "b.pcm"}));
+    EXPECT_EQ(GetFile("C:\\logs\\a.log"), "line\n"); // the second opening could only read
+}
+
+TEST_F(FileTest, SearchMatchesAsThePlatformDoes)
+{
+    for (const char* pName : {"b.log", "A.LOG", "a.log.old", "plain", "c.xml"})
+        PutFile(std::string("C:\\find\\") + pName, pName);
+    MakeFolder("C:\\find\\sub.log");
+    const struct
+    {
+        const char* pPattern;
+        CNames vecNames;
+    } aCases[] = {
+        {"C:\\find\\*.log", {"A.LOG", "b.log", "sub.log"}},
+        {"C:\\FIND\\?.LOG", {"A.LOG", "b.log"}},
+        {"C:\\find\\*.*", {".", "..", "A.LOG", "a.log.old", "b.log", "c.xml", "plain", "sub.log"}},
+        {"C:\\find\\*l*g*", {"A.LOG", "a.log.old", "b.log", "sub.log"}},
+        {"C:\\find\\PLAIN", {"plain"}},
+        {"C:\\find\\*.none", {"error 2"}},
+        {"C:\\find\\", {"error 2"}},
+        {"C:\\nowhere\\*", {"error 3"}},
+        {"", {"error 3"}},
+    };
+    for (const auto& stCase : aCases)
+        EXPECT_EQ(Find(stCase.pPattern), stCase.vecNames) << stCase.pPattern;
+
+    WIN32_FIND_DATAA stFile{};
+    WIN32_FIND_DATAA stFolder{};
+    FindClose(FindFirstFileA("C:\\find\\c.xml", &stFile));
+    FindClose(FindFirstFileA("C:\\find\\sub.log", &stFolder));
+    EXPECT_EQ(stFolder.dwFileAttributes, DWORD{FILE_ATTRIBUTE_DIRECTORY});
+    EXPECT_EQ(stFile.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY, 0U);
+    EXPECT_EQ(stFile.nFileSizeLow, 5U);
+    FILETIME stNow{};
+    GetSystemTimeAsFileTime(&stNow);
+    for (const FILETIME& stTime : {stFile.ftCreationTime, stFile.ftLastWriteTime})
+        EXPECT_LE(stNow.dwHighDateTime - stTime.dwHighDateTime, 1U);
+}
+
+TEST_F(FileTest, FilesAreCopiedDeletedAndFoldersMadeWithThePlatformsErrors)
+{
+    PutFile("C:\\one.txt", "one");
+    PutFile("C:\\two.txt", "two");
+    const auto Result = [](BOOL bDone) { return bDone ? DWORD{ERROR_SUCCESS} : GetLastError(); };
+    EXPECT_EQ(Result(CopyFileA("C:\\one.txt", "C:\\two.txt", TRUE)), DWORD{ERROR_FILE_EXISTS});
+    EXPECT_EQ(GetFile("C:\\two.txt"), "two");
+    EXPECT_EQ(Result(CopyFileA("C:\\ONE.txt", "C:\\two.txt", FALSE)), DWORD{ERROR_SUCCESS});
+    EXPECT_EQ(GetFile("C:\\two.txt"), "one");
+    EXPECT_EQ(Result(CopyFileA("C:\\three.txt", "C:\\two.txt", FALSE)), DWORD{ERROR_FILE_NOT_FOUND});
+    EXPECT_EQ(Result(CopyFileA("C:\\one.txt", "C:\\none\\two.txt", FALSE)), DWORD{ERROR_PATH_NOT_FOUND});
+
+    EXPECT_EQ(Result(CreateDirectoryA("C:\\made", nullptr)), DWORD{ERROR_SUCCESS});
+    EXPECT_EQ(Result(CreateDirectoryA("C:\\MADE", nullptr)), DWORD{ERROR_ALREADY_EXISTS});
+    EXPECT_EQ(Result(CreateDirectoryA("C:\\none\\made", nullptr)), DWORD{ERROR_PATH_NOT_FOUND});
+    EXPECT_EQ(GetFileAttributesA("C:\\made"), DWORD{FILE_ATTRIBUTE_DIRECTORY});
+    EXPECT_EQ(Result(DeleteFileA("C:\\made")), DWORD{ERROR_ACCESS_DENIED});
+    EXPECT_EQ(Result(DeleteFileA("C:\\Two.TXT")), DWORD{ERROR_SUCCESS});
+    EXPECT_EQ(Result(DeleteFileA("C:\\Two.TXT")), DWORD{ERROR_FILE_NOT_FOUND});
+    EXPECT_EQ(GetFileAttributesA("C:\\none\\two.txt"), INVALID_FILE_ATTRIBUTES);
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_PATH_NOT_FOUND});
+}
+
+TEST_F(FileTest, PathIsMadeCanonical)
+{
+    const struct
+    {
+        const char* pPath;
+        const char* pResult;
+    } aCases[] = {
+        {"C:\\a\\.\\b\\..\\c", "C:\\a\\c"},
+        {"C:\\a\\b\\..\\..\\..\\c", "C:\\c"},
+        {"C:\\a\\..", "C:\\"},
+        {"C:\\a\\", "C:\\a\\"},
+        {"C:\\a\\.", "C:\\a"},
+        {"C:", "C:\\"},
+        {"", "\\"},
+        {"\\\\host\\share\\..\\x", "\\\\host\\share\\x"},
+        {"D:\\.LOGx\\..y", "D:\\.LOGx\\..y"},
+    };
+    char aBuffer[MAX_PATH];
+    for (const auto& stCase : aCases)
+    {
+        EXPECT_TRUE(PathCanonicalizeA(aBuffer, stCase.pPath)) << stCase.pPath;
+        EXPECT_STREQ(aBuffer, stCase.pResult) << stCase.pPath;
+    }
+    EXPECT_TRUE(PathCanonicalizeA(aBuffer, ("C:\\" + std::string(MAX_PATH - 4, 'a')).c_str()));
+    EXPECT_FALSE(PathCanonicalizeA(aBuffer, ("C:\\" + std::string(MAX_PATH - 3, 'a')).c_str()));
+}

@@ -1,0 +1,114 @@
+// Modules: where they are found, when they are told of attach and detach, and that they really go.
+#include "platform/hostpath.h"
+#include "platform/linux/machine.h"
+#include "tests/support/machine_test.h"
+
+#include <filesystem>
+
+namespace
+{
+using PFN_COUNT_CALLS = int (*)();
+
+class LoaderTest : public MachineTest
+{
+protected:
+    void SetUp() override
+    {
+        MachineTest::SetUp();
+        MakeFolder("C:\\windows\\system32\\Driver");
+        for (const char* pPath :
+             {"C:\\windows\\system32\\Counting.dll", "C:\\windows\\system32\\Driver\\Other_x64.dll"})
+            std::filesystem::copy_file(COUNTING_MODULE_FILE, HostPath(pPath));
+    }
+    static int CountCalls(HMODULE hModule)
+    {
+        const auto pfnCountCalls =
+            reinterpret_cast<PFN_COUNT_CALLS>(reinterpret_cast<void*>(GetProcAddress(hModule, "CountCalls")));
+        return pfnCountCalls == nullptr ? -1 : pfnCountCalls();
+    }
+    static std::string FileName(HMODULE hModule)
+    {
+        char aPath[1024] = {};
+        EXPECT_NE(GetModuleFileNameA(hModule, aPath, sizeof(aPath)), 0U);
+        return aPath;
+    }
+};
+} // namespace
+
+TEST_F(LoaderTest, AttachesOnceDetachesWithTheLastUserAndStartsAfresh)
+{
+    const HMODULE hModule = LoadLibraryA("C:\\Windows\\SYSTEM32\\counting.dll");
+    ASSERT_NE(hModule, nullptr);
+    EXPECT_EQ(LoadLibraryA("Counting"), hModule);
+    EXPECT_EQ(GetFile("C:\\loader.txt"), "attach ");
+    EXPECT_EQ(FileName(hModule), "C:\\windows\\system32\\Counting.dll");
+    EXPECT_EQ(CountCalls(hModule), 1);
+    EXPECT_TRUE(FreeLibrary(hModule));
+    EXPECT_EQ(CountCalls(hModule), 2);
+    EXPECT_TRUE(FreeLibrary(hModule));
+    EXPECT_EQ(GetFile("C:\\loader.txt"), "attach detach ");
+    EXPECT_FALSE(FreeLibrary(hModule));
+
+    const HMODULE hAgain = LoadLibraryA("Counting.dll");
+    ASSERT_NE(hAgain, nullptr);
+    EXPECT_EQ(CountCalls(hAgain), 1);
+    const HMODULE hOther = LoadLibraryA("C:\\windows\\system32\\Driver\\Other_x64.dll");
+    EXPECT_NE(hOther, hAgain);
+    EXPECT_EQ(CountCalls(hOther), 1);
+    EXPECT_TRUE(FreeLibrary(hOther));
+    EXPECT_TRUE(FreeLibrary(hAgain));
+}
+
+TEST_F(LoaderTest, RefusedAttachUnloads)
+{
+    PutFile("C:\\refuse", "");
+    EXPECT_EQ(LoadLibraryA("Counting"), nullptr);
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_DLL_INIT_FAILED});
+    EXPECT_EQ(GetFile("C:\\loader.txt"), "attach detach ");
+    DeleteFileA("C:\\refuse");
+    const HMODULE hModule = LoadLibraryA("Counting");
+    EXPECT_EQ(CountCalls(hModule), 1);
+    EXPECT_TRUE(FreeLibrary(hModule));
+}
+
+TEST_F(LoaderTest, TellsWhatIsMissing)
+{
+    PutFile("C:\\windows\\system32\\Text.dll", "no module");
+    const struct
+    {
+        const char* pName;
+        DWORD dwError;
+    } aCases[] = {{"Nowhere", ERROR_MOD_NOT_FOUND},
+                  {"C:\\windows\\Counting.dll", ERROR_MOD_NOT_FOUND},
+                  {"C:\\windows\\system32", ERROR_MOD_NOT_FOUND},
+                  {"Text", ERROR_BAD_EXE_FORMAT}};
+    for (const auto& stCase : aCases)
+    {
+        EXPECT_EQ(LoadLibraryA(stCase.pName), nullptr) << stCase.pName;
+        EXPECT_EQ(GetLastError(), stCase.dwError) << stCase.pName;
+    }
+    const HMODULE hModule = LoadLibraryA("Counting");
+    for (const char* pName : {"Missing", "malloc"}) // a function of a library that the module uses isn't its own
+    {
+        EXPECT_EQ(GetProcAddress(hModule, pName), nullptr);
+        EXPECT_EQ(GetLastError(), DWORD{ERROR_PROC_NOT_FOUND});
+    }
+    char aShort[5] = "xxxx";
+    EXPECT_EQ(GetModuleFileNameA(hModule, aShort, 4), 4U);
+    EXPECT_STREQ(aShort, "C:\\");
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_INSUFFICIENT_BUFFER});
+    EXPECT_TRUE(FreeLibrary(hModule));
+
+    EXPECT_EQ(FileName(nullptr).substr(0, 3), "Z:\\");
+    EXPECT_TRUE(std::filesystem::equivalent(HostPath(FileName(nullptr)), "/proc/self/exe"));
+}
+
+TEST_F(LoaderTest, ThousandRoundsKeepNothing)
+{
+    for (int iRound = 0; iRound < 1000; ++iRound)
+    {
+        const HMODULE hModule = LoadLibraryA("Counting");
+        ASSERT_EQ(CountCalls(hModule), 1) << iRound;
+        ASSERT_TRUE(FreeLibrary(hModule));
+    }
+}

@@ -1,0 +1,191 @@
+// The thread pool, the idleness that is read off it, and calls that are told to fail.
+#include "platform/linux/machine.h"
+#include "tests/support/machine_test.h"
+
+#include <atomic>
+#include <dirent.h>
+#include <thread>
+
+namespace
+{
+class ThreadpoolTest : public MachineTest
+{
+};
+
+struct CLink
+{
+    HANDLE hWake = nullptr;
+    HANDLE hNext = nullptr;
+    std::atomic<int>* piRun = nullptr;
+    std::atomic<int> iRounds{0};
+};
+
+// Waits, works a little, wakes the next of the chain.
+void CALLBACK PassOn(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK)
+{
+    CLink& oLink = *static_cast<CLink*>(pContext);
+    while (*oLink.piRun)
+    {
+        if (WaitForSingleObject(oLink.hWake, 10) != WAIT_OBJECT_0)
+            continue;
+        if (oLink.iRounds % 97 == 0)
+            std::this_thread::yield();
+        ++oLink.iRounds;
+        if (oLink.hNext != nullptr)
+            SetEvent(oLink.hNext);
+    }
+}
+
+void CALLBACK SleepAWhile(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK)
+{
+    Sleep(50);
+    ++*static_cast<std::atomic<int>*>(pContext);
+}
+
+size_t CountThreads()
+{
+    size_t iThreads = 0;
+    DIR* const pTasks = opendir("/proc/self/task");
+    while (readdir(pTasks) != nullptr)
+        ++iThreads;
+    closedir(pTasks);
+    return iThreads;
+}
+} // namespace
+
+TEST_F(ThreadpoolTest, ChainOfWorkersIsIdleOnlyWhenTheLastIsDone)
+{
+    constexpr int LINKS = 5;
+    constexpr int ROUNDS = 4000;
+    std::atomic<int> iRun{1};
+    CLink aLinks[LINKS];
+    PTP_WORK aWorks[LINKS] = {};
+    for (int iLink = LINKS - 1; iLink >= 0; --iLink)
+    {
+        aLinks[iLink].hWake = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+        aLinks[iLink].hNext = iLink + 1 < LINKS ? aLinks[iLink + 1].hWake : nullptr;
+        aLinks[iLink].piRun = &iRun;
+        aWorks[iLink] = CreateThreadpoolWork(PassOn, &aLinks[iLink], nullptr);
+        SubmitThreadpoolWork(aWorks[iLink]);
+    }
+    for (int iRound = 1; iRound <= ROUNDS; ++iRound)
+    {
+        SetEvent(aLinks[0].hWake);
+        ASSERT_TRUE(machine::WaitUntilIdle(10000));
+        ASSERT_EQ(aLinks[LINKS - 1].iRounds, iRound);
+    }
+    iRun = 0;
+    for (int iLink = 0; iLink < LINKS; ++iLink)
+    {
+        CloseHandle(aLinks[iLink].hWake);
+        WaitForThreadpoolWorkCallbacks(aWorks[iLink], FALSE);
+        CloseThreadpoolWork(aWorks[iLink]);
+        EXPECT_EQ(aLinks[iLink].iRounds, ROUNDS);
+    }
+}
+
+TEST_F(ThreadpoolTest, SleepingCallbackIsBusyAndEachSubmissionRuns)
+{
+    std::atomic<int> iDone{0};
+    const PTP_WORK pWork = CreateThreadpoolWork(SleepAWhile, &iDone, nullptr);
+    for (int iCount = 0; iCount < 8; ++iCount)
+        SubmitThreadpoolWork(pWork);
+    EXPECT_FALSE(machine::WaitUntilIdle(5));
+    EXPECT_TRUE(machine::WaitUntilIdle(10000));
+    EXPECT_EQ(iDone, 8);
+
+    SubmitThreadpoolWork(pWork);
+    CloseThreadpoolWork(pWork); // the callback under way keeps its work
+    EXPECT_TRUE(machine::WaitUntilIdle(10000));
+    EXPECT_EQ(iDone, 9);
+}
+
+TEST_F(ThreadpoolTest, EveryCallbackHasAThreadAtOnceAndRoundsReuseThem)
+{
+    constexpr int WORKERS = 20;
+    std::atomic<int> iRun{1};
+    const auto Round = [&iRun]
+    {
+        CLink oLink;
+        iRun = 1;
+        oLink.piRun = &iRun;
+        oLink.hWake = CreateEventW(nullptr, TRUE, TRUE, nullptr);
+        PTP_WORK aWorks[WORKERS];
+        for (PTP_WORK& pWork : aWorks)
+        {
+            pWork = CreateThreadpoolWork(
+                [](PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK)
+                {
+                    ++static_cast<CLink*>(pContext)->iRounds;
+                    while (*static_cast<CLink*>(pContext)->piRun)
+                        std::this_thread::yield();
+                },
+                &oLink, nullptr);
+            SubmitThreadpoolWork(pWork);
+        }
+        EXPECT_TRUE(WaitFor([&oLink] { return oLink.iRounds == WORKERS; })); // all at the same time
+        iRun = 0;
+        for (const PTP_WORK pWork : aWorks)
+        {
+            WaitForThreadpoolWorkCallbacks(pWork, FALSE);
+            CloseThreadpoolWork(pWork);
+        }
+        CloseHandle(oLink.hWake);
+    };
+    Round();
+    const size_t iThreads = CountThreads();
+    for (int iRound = 0; iRound < 100; ++iRound)
+        Round();
+    EXPECT_LE(CountThreads(), iThreads + 2);
+}
+
+TEST_F(ThreadpoolTest, RaisedPriorityStaysWithItsCallback)
+{
+    const PTP_WORK pWork = CreateThreadpoolWork(
+        [](PTP_CALLBACK_INSTANCE, PVOID, PTP_WORK)
+        {
+            EXPECT_TRUE(SetThreadPriority(GetCurrentThread(), THREAD_PRIORITY_TIME_CRITICAL));
+            EXPECT_FALSE(SetThreadPriority(GetCurrentThread(), 7));
+            EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_PARAMETER});
+        },
+        nullptr, nullptr);
+    SubmitThreadpoolWork(pWork);
+    WaitForThreadpoolWorkCallbacks(pWork, FALSE);
+    CloseThreadpoolWork(pWork);
+
+    int iPolicy = SCHED_RR;
+    const PTP_WORK pNext = CreateThreadpoolWork([](PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK)
+                                                { *static_cast<int*>(pContext) = sched_getscheduler(0); },
+                                                &iPolicy, nullptr);
+    SubmitThreadpoolWork(pNext);
+    WaitForThreadpoolWorkCallbacks(pNext, FALSE);
+    CloseThreadpoolWork(pNext);
+    EXPECT_EQ(iPolicy, SCHED_OTHER);
+}
+
+TEST_F(ThreadpoolTest, ToldFailuresComeWhenToldAndEnd)
+{
+    machine::FailNext("CreateThreadpoolWork", ERROR_NOT_ENOUGH_MEMORY);
+    machine::FailNext("CreateEventW", ERROR_ACCESS_DENIED, 1, 1);
+    EXPECT_EQ(CreateThreadpoolWork(PassOn, nullptr, nullptr), nullptr);
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_NOT_ENOUGH_MEMORY});
+    const PTP_WORK pWork = CreateThreadpoolWork(PassOn, nullptr, nullptr);
+    EXPECT_NE(pWork, nullptr);
+    CloseThreadpoolWork(pWork);
+
+    const bool aMade[] = {true, false, true};
+    for (const bool bMade : aMade)
+    {
+        const HANDLE hEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+        EXPECT_EQ(hEvent != nullptr, bMade);
+        CloseHandle(hEvent);
+    }
+    machine::SetPowerStatus({0, 8, 42, 0, 600, 7200});
+    machine::FailNext("GetSystemPowerStatus", ERROR_GEN_FAILURE, -1);
+    SYSTEM_POWER_STATUS stStatus{};
+    EXPECT_FALSE(GetSystemPowerStatus(&stStatus));
+    EXPECT_FALSE(GetSystemPowerStatus(&stStatus));
+    machine::ClearFailures();
+    EXPECT_TRUE(GetSystemPowerStatus(&stStatus));
+    EXPECT_EQ(stStatus.BatteryLifePercent, 42);
+}
