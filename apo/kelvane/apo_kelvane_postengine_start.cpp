@@ -168,8 +168,11 @@ int CKelvanePostEngine::AudioKelvaneSetBatteryInfo()
     if (AUDIO_MISSING(m_fAudioKelvaneSetBatteryInfo, 6))
         return 6;
     SYSTEM_POWER_STATUS oSysPower;
-    if (AUDIO_FAIL_IF(!GetSystemPowerStatus(&oSysPower), 12))
+    if (!GetSystemPowerStatus(&oSysPower))
+    {
+        AUDIOLOG_ERROR(12, "GetSystemPowerStatus(&oSysPower)");
         return 12;
+    }
     if (oSysPower.BatteryLifePercent > 100)
         oSysPower.BatteryLifePercent = 0;
     if (oSysPower.ACLineStatus > 1)

@@ -1,0 +1,90 @@
+// The two queues: limits, energy reports, frames that no longer fit.
+#include "tests/engine/engine_test.h"
+
+using QueueTest = EngineTest;
+
+TEST_F(QueueTest, FullQueuesDropTheOldest)
+{
+    StartLog(AUDIO_LEVEL_INFO);
+    MakeHandEngine();
+    Input(Ramp(240 * 199));
+    EXPECT_EQ(m_pEngine->m_oInputQueue.Size(), 199);
+    EXPECT_EQ(CountLog("KelvaneInpuSize:"), 0U);
+    Input(Ramp(240));
+    EXPECT_EQ(m_pEngine->m_oInputQueue.Size(), 15);
+    EXPECT_EQ(CountLog("3841137 KelvaneInpuSize:200"), 1U);
+    EXPECT_EQ(CountLog("InputQueue Overflow Size : 200"), 1U);
+    // The newest audio stays: the first frame left is the 186th of the stream.
+    EXPECT_EQ(m_pEngine->m_oInputQueue.Pop().pData[0], 185.0F * 240 + 1);
+
+    m_pEngine->ClearAllQueues();
+    m_pEngine->m_iCacheFrameCount = 0;
+    for (int i = 0; i < 101; ++i)
+    {
+        Input(Ramp(480));
+        RunAlgorithm();
+    }
+    Output(480);
+    EXPECT_EQ(m_pEngine->m_oOutputQueue.Size(), 7);
+    EXPECT_EQ(CountLog("OutputQueue Overflow Size : 100"), 1U);
+
+    m_pEngine->m_bInlineMode = 1;
+    Input(Ramp(480 * 300));
+    Output(480 * 300);
+    m_pEngine->CheckOutputQueueThreshold();
+    m_pEngine->CheckInputQueueThreshold();
+    EXPECT_EQ(CountLog("Overflow"), 2U);
+}
+
+TEST_F(QueueTest, SilenceIsReportedOncePerThousandFrames)
+{
+    StartLog(AUDIO_LEVEL_INFO);
+    MakeHandEngine();
+    const std::vector<float> vecQuiet(480, 1.5e-5F), vecLoud(480, 1.6e-5F);
+    auto fnFeed = [&](int iTimes, const std::vector<float>& vecFrames)
+    {
+        for (int i = 0; i < iTimes; ++i)
+            m_pEngine->CalcInputFrameEnergy(vecFrames.data(), 480, AUDIO_ZERO_FRAME_LIMIT);
+        return CountLog("3841135 Input Frame Energy is near zero!");
+    };
+    EXPECT_EQ(fnFeed(999, vecQuiet), 0U);
+    EXPECT_EQ(fnFeed(1, vecLoud), 0U);
+    EXPECT_EQ(fnFeed(1000, vecQuiet), 1U);
+    EXPECT_EQ(fnFeed(999, vecQuiet), 1U);
+    for (int i = 0; i < 1000; ++i)
+        m_pEngine->CalcOutputFrameEnergy(nullptr, 0, AUDIO_ZERO_FRAME_LIMIT);
+    EXPECT_EQ(CountLog("3841136 Output Frame Energy is near zero!"), 1U);
+}
+
+TEST_F(QueueTest, FramesOfAnOldLengthAreNeverPlayed)
+{
+    MakeHandEngine();
+    m_pEngine->m_iCacheFrameCount = 0;
+    Input(Ramp(480));
+    RunAlgorithm();
+    m_pEngine->ResetOutputQueue();
+    EXPECT_EQ(m_pEngine->m_iCacheFrameCount, 3);
+    m_pEngine->m_iCacheFrameCount = 0;
+    // A worker cuts one more frame of the old length behind the reset.
+    Input(Ramp(480));
+    RunAlgorithm();
+    const std::vector<float> vecIn = Ramp(960);
+    Input(vecIn);
+    RunAlgorithm();
+    EXPECT_EQ(Output(960), vecIn);
+    EXPECT_TRUE(m_pEngine->m_oOutputQueue.Empty());
+}
+
+TEST_F(QueueTest, BadInputIsRefusedOrQueuedAsSilence)
+{
+    StartLog(AUDIO_LEVEL_WARN);
+    MakeHandEngine();
+    const UINT32 ulFrameCount = 480;
+    EXPECT_EQ(m_pEngine->InputDataToQueue(nullptr, 0, ulFrameCount), 13);
+    EXPECT_EQ(CountLog("iAlgoDataLen <= 0"), 1U);
+    EXPECT_EQ(m_pEngine->InputDataToQueue(nullptr, 2, ulFrameCount), 22);
+    ASSERT_EQ(m_pEngine->m_oInputQueue.Size(), 2);
+    EXPECT_EQ(m_pEngine->m_oInputQueue.Pop().pData[479], 0.0F);
+    EXPECT_EQ(CountLog("InputStandardFrameToQueue(pMicInputFrames, iInputChannelNum, ulFrameCount * iInputChannelNum)"),
+              2U);
+}

@@ -1,0 +1,91 @@
+// Shaping: every rate and frame length keeps the stream whole, whatever the blocks.
+#include "tests/engine/engine_test.h"
+
+#include <cmath>
+
+class ShapingTest : public EngineTest
+{
+protected:
+    // One period of the ramp in, and all that came of it behind vecOut. The input.
+    std::vector<float> Play(int iFrameCount, std::vector<float>& vecOut)
+    {
+        const std::vector<float> vecIn = Ramp(iFrameCount);
+        Input(vecIn);
+        RunAlgorithm();
+        for (CAudioFrame oFrame = m_pEngine->m_oOutputQueue.Pop(); oFrame.pData != nullptr;
+             oFrame = m_pEngine->m_oOutputQueue.Pop())
+            vecOut.insert(vecOut.end(), oFrame.pData.get(), oFrame.pData.get() + oFrame.iDataLen);
+        return vecIn;
+    }
+};
+
+TEST_F(ShapingTest, EveryGeometryKeepsTheStreamWhole)
+{
+    for (const int iSampleRate : {16000, 22050, 32000, 44100, 48000, 96000})
+        for (const int iFrameCount : {1, 37, 64, 240, 441, 480, 960, 1024})
+            for (const int iChannel : {1, 2, 6})
+            {
+                SCOPED_TRACE(std::to_string(iSampleRate) + "/" + std::to_string(iFrameCount) + "/" +
+                             std::to_string(iChannel));
+                MakeHandEngine(iChannel, iSampleRate);
+                m_iRampFrame = 0;
+                std::vector<float> vecOut;
+                m_pEngine->InitAudioCacheBuffer(iChannel, static_cast<UINT32>(iFrameCount));
+                const bool bStandard = iSampleRate == 48000 && iFrameCount % 240 == 0; // passes the input cache by
+                const int iLeadIn = bStandard ? 0 : m_pEngine->m_iInputCacheDataLen / iChannel;
+                while (m_iRampFrame < 5000)
+                    Play(iFrameCount, vecOut);
+                // Nothing lost, nothing doubled.
+                const int iOutFrames = static_cast<int>(vecOut.size()) / iChannel;
+                const int iHeld = (bStandard ? 0 : m_pEngine->m_iInputCacheDataLen) + m_pEngine->m_iOutputCacheDataLen +
+                                  m_pEngine->m_iAlgoOutputDataLen * (iSampleRate / 50) / 960;
+                EXPECT_EQ(iOutFrames + iHeld / iChannel, iLeadIn + m_iRampFrame);
+                // In order, each channel its own, within what the plain conversions may bend.
+                const float fBend = iSampleRate == 48000 ? 0.0F : 2.0F;
+                for (int s = 0; s < iOutFrames; ++s)
+                    for (int ch = 0; ch < iChannel; ++ch)
+                    {
+                        const float fIn =
+                            s < iLeadIn ? 0.0F : static_cast<float>(s - iLeadIn + 1) + static_cast<float>(ch) * 0.25F;
+                        ASSERT_NEAR(vecOut[static_cast<size_t>(s * iChannel + ch)], fIn, fBend) << s << " " << ch;
+                    }
+            }
+}
+
+TEST_F(ShapingTest, FirstCallbacksOfOddGeometries)
+{
+    StartLog(AUDIO_LEVEL_INFO);
+    MakeHandEngine();
+    EXPECT_EQ(Input(Ramp(441)), 0);
+    EXPECT_EQ(m_pEngine->m_oInputQueue.Size(), 6);
+    EXPECT_EQ(m_pEngine->m_iInputCacheDataLen, 882);
+    EXPECT_EQ(CountLog("SystemPerFrame Length:441,FrameSample:48000,PerSampleFrameLen:480,iCacheFrameDataLen:4242,"
+                       "AdditionInputCacheDataLen:2880"),
+              1U);
+
+    // Half a block per callback: every other one has nothing to give, and its samples stay.
+    MakeHandEngine(2, 16000);
+    std::vector<int> vecCodes;
+    for (int i = 0; i < 5; ++i)
+        vecCodes.push_back(Input(Ramp(80)));
+    EXPECT_EQ(vecCodes, (std::vector<int>{0, 0, 13, 0, 13}));
+    EXPECT_EQ(CountLog("InputNonStandardFrameToQueue(pMicInputFrames, iInputChannelNum, ulFrameCount)"), 2U);
+}
+
+TEST_F(ShapingTest, LongerCallbacksGrowTheCachesOnce)
+{
+    StartLog(AUDIO_LEVEL_INFO);
+    MakeHandEngine();
+    std::vector<float> vecIn(2880, 0.0F), vecOut;
+    for (const int iFrameCount : {441, 441, 4096, 4096, 4096, 100, 441, 4096, 3000})
+    {
+        const std::vector<float> vecFrames = Play(iFrameCount, vecOut);
+        vecIn.insert(vecIn.end(), vecFrames.begin(), vecFrames.end());
+    }
+    ASSERT_GT(vecOut.size(), 30000U);
+    ASSERT_LE(vecOut.size(), vecIn.size());
+    EXPECT_TRUE(std::equal(vecOut.begin(), vecOut.end(), vecIn.begin()));
+    EXPECT_EQ(CountLog("m_pInputCacheBuffer grown, SystemPerFrame Length:4096"), 1U);
+    EXPECT_EQ(CountLog("m_pOutputCacheBuffer grown, SystemPerFrame Length:4096"), 1U);
+    EXPECT_EQ(CountLog(" grown,"), 2U);
+}

@@ -1,0 +1,145 @@
+// Start-up, its failures, the second start, and the choice of parameter sets.
+#include "tests/engine/engine_test.h"
+
+#include "platform/linux/machine.h"
+
+using StartTest = EngineTest;
+
+TEST_F(StartTest, EachFailedStepIsNamedAndTakesTheStreamOffTheAlgorithm)
+{
+    struct Row
+    {
+        const char* pText;
+        int iCode;
+        std::function<void()> fnBreak;
+    };
+    CKelvaneManager* const pManager = CKelvaneManager::Instance();
+    const int iBadSize = static_cast<int>(0x80E7000E);
+    const std::vector<Row> vecRows = {
+        {"FALSE == CKelvaneManager::Instance()->GetLoadDLLStatus()", 6, [&] { pManager->m_bLoadDLL = FALSE; }},
+        {"m_fAudioKelvaneGetSize(m_pMemSize)", 5, [&] { m_oLibrary.iSizeCode = 5; }},
+        {"(m_pMemSize->iRunBufSize <= 0)", iBadSize, [&] { m_oLibrary.oSize.iRunBufSize = 0; }},
+        {"(m_pMemSize->iScratchSize <= 0)", iBadSize, [&] { m_oLibrary.oSize.iScratchSize = -1; }},
+        {"m_pRunBuf", 1001, [&] { m_oLibrary.oSize.iRunBufSize = 0x7FFFFFFF; }},
+        {"m_fAudioKelvaneInit(m_pRunBuf, m_pScratchBuf)", 7, [&] { m_oLibrary.iInitCode = 7; }},
+        {"iRealChannlCount > KELVANE_MAX_CHANNELS", 13, [] { SetRecordChannels(9); }},
+        {"pStruParam", 1171, [&] { pManager->m_mapAlgoParam.clear(); }},
+        {"m_fAudioKelvaneSetPara(m_pRunBuf, m_pScratchBuf, pStruParam)", 8, [&] { m_oLibrary.iSetParaCode = 8; }},
+        {"GetSystemPowerStatus(&oSysPower)", 12, [] { machine::FailNext("GetSystemPowerStatus", 31, 2); }},
+    };
+    StartLog(AUDIO_LEVEL_WARN);
+    for (const Row& oRow : vecRows)
+        for (const int iDebugMode : {0, 1})
+        {
+            SCOPED_TRACE(oRow.pText);
+            Mend();
+            pManager->m_iDebugMode = iDebugMode;
+            oRow.fnBreak();
+            MakeEngine();
+            EXPECT_EQ(m_pEngine->InitAlgorithmParameter(), oRow.iCode == 13 ? 1001 : oRow.iCode);
+            const std::vector<LogLine> vecLines = FindLog(oRow.pText);
+            ASSERT_FALSE(vecLines.empty());
+            EXPECT_EQ(vecLines.back().strMessage, oRow.pText);
+            EXPECT_EQ(vecLines.back().iErrorCode, oRow.iCode);
+            EXPECT_EQ(m_pEngine->GetSilentStatus(), iDebugMode);
+            EXPECT_EQ(m_pEngine->GetBypassStatus(), 1 - iDebugMode);
+            EXPECT_TRUE(m_pEngine->m_pRunBuf == nullptr && m_pEngine->m_pScratchBuf == nullptr);
+            EXPECT_EQ(m_pEngine->m_bThreadRun, 0);
+            // Frames that come all the same cost a line, nothing else.
+            EXPECT_EQ(Input(Ramp(480)), 0);
+            RunAlgorithm();
+        }
+}
+
+TEST_F(StartTest, StreamWithoutItsWorkerIsSilent)
+{
+    StartLog(AUDIO_LEVEL_WARN);
+    machine::FailNext("CreateThreadpoolWork", 8, 1);
+    MakeEngine();
+    EXPECT_EQ(m_pEngine->InitAlgorithmParameter(), 0);
+    EXPECT_EQ(CountLog("m_pThreadWorker"), 1U);
+    EXPECT_EQ(m_pEngine->GetSilentStatus(), 1);
+    EXPECT_EQ(m_pEngine->m_bThreadRun, 0);
+}
+
+TEST_F(StartTest, EachStartTakesTheNewFormat)
+{
+    MakeEngine();
+    m_oLibrary.iInitCode = 7;
+    EXPECT_EQ(m_pEngine->InitAlgorithmParameter(), 7);
+    m_oLibrary.iInitCode = 0;
+    size_t iResources = 0;
+    for (int i = 0; i < 50; ++i)
+    {
+        ASSERT_EQ(m_pEngine->InitAlgorithmParameter(), 0);
+        EXPECT_EQ(m_pEngine->GetBypassStatus(), 0);
+        iResources = i == 0 ? CountResources() : iResources;
+        EXPECT_EQ(CountResources(), iResources);
+        const int iFrameCount = i % 3 == 0 ? 480 : 441;
+        SetFormat(i % 2 == 0 ? 6 : 2, iFrameCount * 100);
+        m_iRampFrame = 0;
+        std::vector<float> vecOut;
+        for (int iPeriod = 0; iPeriod < 4; ++iPeriod)
+        {
+            EXPECT_EQ(Input(Ramp(iFrameCount)), 0);
+            WaitForWorkers();
+            vecOut = Output(static_cast<UINT32>(iFrameCount));
+        }
+        EXPECT_NEAR(vecOut[0], 1.0F, 0.01F);
+        EXPECT_NEAR(vecOut.back(), static_cast<float>(iFrameCount) + (i % 2 == 0 ? 1.25F : 0.25F), 0.01F);
+        // More channels than the record can ever hold, with a period under way: bypassed, until the next start.
+        SetFormat(12, 48000);
+        EXPECT_EQ(m_pEngine->GetBypassStatus(), 1);
+        EXPECT_EQ(Input(Ramp(480)), 0);
+    }
+}
+
+TEST_F(StartTest, VolumeAndSoundModesChooseTheKey)
+{
+    struct Row
+    {
+        int iVolume, iSpeakerMode, iMicrophoneMode, iHeatState;
+        const char* pKey;
+    };
+    const Row aRows[] = {
+        {0, 0, 0, 0, "30080"},   {1, 0, 0, 0, "30000"},  {20, 0, 0, 0, "30000"}, {21, 0, 0, 0, "30020"},
+        {40, 0, 0, 0, "30020"},  {41, 0, 0, 0, "30040"}, {80, 0, 0, 0, "30060"}, {81, 0, 0, 0, "30080"},
+        {100, 8, 3, 0, "30080"}, {50, 0, 0, 1, "40040"}, {0, 0, 0, 1, "40080"},  {50, 4, 0, 0, "50000"},
+        {50, 0, 4, 1, "50000"},  {50, 4, 5, 0, "50000"}, {50, 5, 0, 0, "50001"}, {50, 0, 6, 0, "50001"},
+        {50, 7, 0, 1, "50001"},
+    };
+    CAudioStatus& oStatus = CAudioMonitor::Instance()->StatusRecord();
+    MakeEngine();
+    for (const Row& oRow : aRows)
+    {
+        oStatus.m_iSpeakerVolume = oRow.iVolume;
+        oStatus.m_iSpeakerMode = oRow.iSpeakerMode;
+        oStatus.m_iMicrophoneMode = oRow.iMicrophoneMode;
+        EXPECT_STREQ(m_pEngine->GetEffectParamsID(oRow.iHeatState), oRow.pKey) << oRow.iVolume;
+    }
+    CKelvaneManager::Instance()->m_vecVolumeRange.pop_back();
+    EXPECT_STREQ(m_pEngine->GetEffectParamsID(0), "");
+}
+
+TEST_F(StartTest, LibraryIsAskedOnlyForANewKey)
+{
+    StartLog(AUDIO_LEVEL_DEBUG);
+    CAudioStatus& oStatus = CAudioMonitor::Instance()->StatusRecord();
+    oStatus.m_iSpeakerVolume = 5;
+    MakeHandEngine();
+    for (const int iVolume : {20, 21, 39, 40})
+    {
+        oStatus.m_iSpeakerVolume = iVolume;
+        EXPECT_EQ(m_pEngine->RefreshAlgorithmParams(), 0);
+    }
+    EXPECT_EQ(m_oLibrary.iSetParaCount, 2); // the first load and one change
+    EXPECT_EQ(m_oLibrary.pLastParam, CKelvaneManager::Instance()->m_mapAlgoParam["30020"].get());
+    EXPECT_EQ(CountLog("Refresh Algorithm Params from 30000 to 30020"), 1U);
+    // Refused: the key is the new one all the same, and is not tried again.
+    m_oLibrary.iSetParaCode = 9;
+    oStatus.m_iSpeakerVolume = 90;
+    EXPECT_EQ(m_pEngine->RefreshAlgorithmParams(), 0);
+    EXPECT_EQ(m_pEngine->RefreshAlgorithmParams(), 0);
+    EXPECT_EQ(m_oLibrary.iSetParaCount, 3);
+    EXPECT_EQ(CountLog("m_fAudioKelvaneSetPara(m_pRunBuf, m_pScratchBuf, pStruParam)"), 1U);
+}
