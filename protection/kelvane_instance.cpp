@@ -38,13 +38,11 @@ void ApplyGain(const float* pIn, float* pOut, int32_t iFrameLen, float f32Gain)
 }
 } // namespace
 
-// A set that is being replaced this very moment takes effect with the next frame: nothing is waited for.
+// An attempt fails only when another whole set was stored within these few loads: no thread can hold the frame up.
 void CKelvaneInstance::Apply(KelvaneScratch& oScratch, const KelvaneDataStruct& oDataStruct)
 {
-    if (m_oRecord.TryLoadGains(oScratch.bActive, oScratch.f32Gain))
+    while (!m_oRecord.TryLoadGains(oScratch.bActive, oScratch.f32Gain))
     {
-        m_bActive = oScratch.bActive;
-        std::copy_n(oScratch.f32Gain, KELVANE_MAX_CHANNELS, m_f32Gain);
     }
     for (int32_t i = 0; i < KELVANE_MAX_CHANNELS; ++i)
     {
@@ -52,8 +50,8 @@ void CKelvaneInstance::Apply(KelvaneScratch& oScratch, const KelvaneDataStruct& 
         float* pOut = oDataStruct.psDataOut[i];
         if (pIn == nullptr || pOut == nullptr)
             continue;
-        if (m_bActive)
-            ApplyGain(pIn, pOut, oDataStruct.iFrameLen, m_f32Gain[i]);
+        if (oScratch.bActive)
+            ApplyGain(pIn, pOut, oDataStruct.iFrameLen, oScratch.f32Gain[i]);
         else
             memmove(pOut, pIn, static_cast<size_t>(oDataStruct.iFrameLen) * sizeof(float));
         const float f32Rms = CalcRms(pOut, oDataStruct.iFrameLen);

@@ -36,7 +36,5 @@ private:
     std::atomic<uint32_t> m_uMark{INITIALIZED_MARK};
     std::atomic<int32_t> m_iTemperature{INITIAL_TEMPERATURE};
     CKelvaneSharedRecord m_oRecord;
-    bool m_bActive = false;                                 // Apply's own copy of the last whole set
-    float m_f32Gain[KELVANE_MAX_CHANNELS] = {};             // linear
     std::atomic<float> m_f32Rms[KELVANE_MAX_CHANNELS] = {}; // of the last frame out, full scale is 1
 };

@@ -6,15 +6,16 @@
 
 #include <atomic>
 
-// A sequence counter guards the words: odd while a writer is at work, changed when one has been. Every access is
-// atomic, so a torn read is seen and dropped, not undefined. Lives in memory that is freed without a destructor.
+// Two slots and a count of the sets so far, whose low bit names the slot to read; a writer fills the other one. So a
+// whole set is always there to read, even while a writer stands still halfway. Every access is atomic. Lives in memory
+// that is freed without a destructor.
 class CKelvaneSharedRecord
 {
 public:
     // Any thread; writers take turns, readers never hold them up.
     void Store(const KelvaneStruParam& oStruParam);
 
-    // One attempt at a whole record. Any thread. FALSE if a writer came between.
+    // One attempt at the whole record. Any thread. FALSE if another set was stored meanwhile.
     bool TryLoad(KelvaneStruParam& oStruParam) const;
 
     // One attempt at what a frame needs: whether the set processes at all, and each channel's linear gain.
@@ -22,13 +23,9 @@ public:
 
 private:
     static constexpr size_t WORD_COUNT = sizeof(KelvaneStruParam) / sizeof(int16_t);
+    using Slot = std::atomic<int16_t>[WORD_COUNT];
 
-    int16_t Word(size_t iOffset) const { return m_sWords[iOffset / sizeof(int16_t)].load(std::memory_order_acquire); }
-    bool IsUnchanged(uint32_t uSequence) const
-    {
-        return uSequence % 2 == 0 && m_uSequence.load(std::memory_order_relaxed) == uSequence;
-    }
-
-    std::atomic<uint32_t> m_uSequence{0};
-    std::atomic<int16_t> m_sWords[WORD_COUNT] = {};
+    std::atomic<bool> m_bWriting{false};
+    std::atomic<uint32_t> m_uSetCount{0};
+    Slot m_sSlots[2] = {};
 };

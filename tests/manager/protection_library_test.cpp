@@ -231,7 +231,7 @@ TEST_F(ProtectionLibraryTest, StandsFourThreadsOnOneRunBuffer)
                     ++iTorn;
         });
     int iSeen[2] = {};
-    for (int iFrame = 0; iFrame < 20000 || (iFrame < 2000000 && (iSeen[0] == 0 || iSeen[1] == 0)); ++iFrame)
+    for (int iFrame = 0; iFrame < 4000 || (iFrame < 2000000 && (iSeen[0] == 0 || iSeen[1] == 0)); ++iFrame)
     {
         iTorn += Apply() != 0;
         const float f32Gain = m_oOut[0][0];
