@@ -1,0 +1,84 @@
+// What both builds must agree on with the platform: sizes, offsets, constants and interface ids. It holds if it
+// compiles.
+#include <baseaudioprocessingobject.h>
+#include <wincrypt.h>
+
+#include <cstddef>
+#include <type_traits>
+
+namespace
+{
+// --- Basic types and records ---
+static_assert(sizeof(BYTE) == 1 && sizeof(WORD) == 2 && sizeof(DWORD) == 4 && sizeof(LONG) == 4 && sizeof(BOOL) == 4);
+static_assert(sizeof(HRESULT) == 4 && sizeof(LSTATUS) == 4 && sizeof(LONGLONG) == 8 && sizeof(UINT_PTR) == 8);
+static_assert(sizeof(HANDLE) == 8 && sizeof(HKEY) == 8 && sizeof(HMODULE) == 8);
+static_assert(std::is_signed_v<BOOL> && std::is_signed_v<HRESULT> && std::is_unsigned_v<DWORD>);
+static_assert(std::is_same_v<WCHAR, wchar_t>);
+static_assert(!std::is_same_v<HKEY, HMODULE> && !std::is_convertible_v<HKEY, HMODULE>);
+static_assert(sizeof(GUID) == 16 && offsetof(GUID, Data4) == 8);
+static_assert(sizeof(SYSTEMTIME) == 16 && offsetof(SYSTEMTIME, wDay) == 6 && offsetof(SYSTEMTIME, wMilliseconds) == 14);
+static_assert(sizeof(FILETIME) == 8 && sizeof(SYSTEM_POWER_STATUS) == 12 && sizeof(CRITICAL_SECTION) == 40);
+static_assert(sizeof(WIN32_FIND_DATAA) == 320 && offsetof(WIN32_FIND_DATAA, cFileName) == 44);
+static_assert(sizeof(WAVEFORMATEX) == 18 && sizeof(WAVEFORMATEXTENSIBLE) == 40);
+static_assert(offsetof(WAVEFORMATEXTENSIBLE, SubFormat) == 24);
+
+// --- Processing object records ---
+static_assert(sizeof(UNCOMPRESSEDAUDIOFORMAT) == 36 && offsetof(UNCOMPRESSEDAUDIOFORMAT, dwSamplesPerFrame) == 16);
+static_assert(offsetof(UNCOMPRESSEDAUDIOFORMAT, fFramesPerSecond) == 28);
+static_assert(sizeof(APO_CONNECTION_PROPERTY) == 24 && offsetof(APO_CONNECTION_PROPERTY, u32ValidFrameCount) == 8);
+static_assert(offsetof(APO_CONNECTION_PROPERTY, u32BufferFlags) == 12);
+static_assert(sizeof(APO_CONNECTION_DESCRIPTOR) == 40 && offsetof(APO_CONNECTION_DESCRIPTOR, pBuffer) == 8);
+static_assert(offsetof(APO_CONNECTION_DESCRIPTOR, u32MaxFrameCount) == 16);
+static_assert(offsetof(APO_CONNECTION_DESCRIPTOR, pFormat) == 24);
+static_assert(offsetof(APO_REG_PROPERTIES, Flags) == 16 && offsetof(APO_REG_PROPERTIES, szFriendlyName) == 20);
+static_assert(offsetof(APO_REG_PROPERTIES, u32MajorVersion) == 20 + 512 * sizeof(WCHAR));
+static_assert(offsetof(APO_REG_PROPERTIES, iidAPOInterfaceList) == 52 + 512 * sizeof(WCHAR));
+static_assert(sizeof(APO_REG_PROPERTIES) == 68 + 512 * sizeof(WCHAR));
+static_assert(sizeof(APOInitBaseStruct) == 20 && sizeof(APOInitSystemEffects) == 56);
+static_assert(offsetof(APOInitSystemEffects, pAPOEndpointProperties) == 24);
+static_assert(sizeof(APOInitSystemEffects2) == 88 && offsetof(APOInitSystemEffects2, AudioProcessingMode) == 64);
+static_assert(offsetof(APOInitSystemEffects2, InitializeForDiscoveryOnly) == 80);
+
+// --- Constants that reach files, logs or the other side of an interface ---
+static_assert(BUFFER_INVALID == 0 && BUFFER_VALID == 1 && BUFFER_SILENT == 2);
+static_assert((APO_FLAG_INPLACE | APO_FLAG_DEFAULT) == 0xF);
+static_assert(ERROR_FILE_NOT_FOUND == 2 && ERROR_ACCESS_DENIED == 5 && ERROR_INVALID_HANDLE == 6 &&
+              ERROR_MORE_DATA == 234 && ERROR_NO_MORE_ITEMS == 259 && ERROR_KEY_DELETED == 1018);
+static_assert(WAIT_OBJECT_0 == 0 && WAIT_TIMEOUT == 258 && INFINITE == 0xFFFFFFFF);
+static_assert(KEY_QUERY_VALUE == 1 && KEY_SET_VALUE == 2 && KEY_ENUMERATE_SUB_KEYS == 8 && KEY_NOTIFY == 16 &&
+              KEY_WOW64_64KEY == 0x100 && KEY_READ == 0x20019 && KEY_WRITE == 0x20006 && KEY_ALL_ACCESS == 0xF003F);
+static_assert(REG_NONE == 0 && REG_SZ == 1 && REG_BINARY == 3 && REG_DWORD == 4 && REG_MULTI_SZ == 7 &&
+              REG_QWORD == 11);
+static_assert((REG_NOTIFY_CHANGE_NAME | REG_NOTIFY_CHANGE_ATTRIBUTES | REG_NOTIFY_CHANGE_LAST_SET |
+               REG_NOTIFY_CHANGE_SECURITY) == 15);
+static_assert(DLL_PROCESS_ATTACH == 1 && DLL_PROCESS_DETACH == 0 && MAX_PATH == 260);
+static_assert(CLSCTX_INPROC_SERVER == 1 && COINIT_MULTITHREADED == 0 && PROV_RSA_FULL == 1);
+static_assert((CRYPT_VERIFYCONTEXT | CRYPT_SILENT) == 0xF0000040);
+
+constexpr bool Is(HRESULT hResult, UINT32 u32Value)
+{
+    return static_cast<UINT32>(hResult) == u32Value;
+}
+static_assert(Is(E_NOINTERFACE, 0x80004002) && Is(E_POINTER, 0x80004003) && Is(E_OUTOFMEMORY, 0x8007000E) &&
+              Is(E_INVALIDARG, 0x80070057) && Is(REGDB_E_CLASSNOTREG, 0x80040154) &&
+              Is(CLASS_E_NOAGGREGATION, 0x80040110));
+static_assert(Is(APOERR_ALREADY_INITIALIZED, 0x887D0001) && Is(APOERR_ALREADY_UNLOCKED, 0x887D0006) &&
+              Is(APOERR_APO_LOCKED, 0x887D000A));
+
+// --- Interface ids ---
+constexpr bool Is(const GUID& oGuid, UINT32 u32First, UINT16 u16Second, UINT16 u16Third, UINT64 u64Rest)
+{
+    UINT64 u64Own = 0;
+    for (const unsigned char c : oGuid.Data4)
+        u64Own = u64Own << 8 | c;
+    return oGuid.Data1 == u32First && oGuid.Data2 == u16Second && oGuid.Data3 == u16Third && u64Own == u64Rest;
+}
+static_assert(Is(IID_IAudioProcessingObject, 0xFD7F2B29, 0x24D0, 0x4B5C, 0xB177592C39F9CA10));
+static_assert(Is(IID_IAudioProcessingObjectRT, 0x9E1D6A6D, 0xDDBC, 0x4E95, 0xA4C7AD64BA37846C));
+static_assert(Is(IID_IAudioProcessingObjectConfiguration, 0x0E5ED805, 0xABA6, 0x49C3, 0x8F9A2B8C889C4FA8));
+static_assert(Is(IID_IAudioSystemEffects, 0x5FA00F27, 0xADD6, 0x499A, 0x8A9D6B98521FA75B));
+static_assert(Is(IID_IAudioSystemEffects2, 0xBAFE99D2, 0x7436, 0x44CE, 0x9E0E4D89AFBFFF56));
+static_assert(Is(IID_IAudioMediaType, 0x4E997F73, 0xB71F, 0x4798, 0x873BED7DFCF15B4D));
+static_assert(Is(AUDIO_SIGNALPROCESSINGMODE_DEFAULT, 0xC18E2F7E, 0x933D, 0x4965, 0xB7D11EEF228D2AF3));
+static_assert(Is(AUDIO_SIGNALPROCESSINGMODE_RAW, 0x9E90EA20, 0xB493, 0x4FD1, 0xA1A87E1361A956CF));
+} // namespace
