@@ -30,11 +30,24 @@ std::string FormatText(const UNCOMPRESSEDAUDIOFORMAT& oFormat)
 }
 } // namespace
 
-CBaseAPO::CBaseAPO(IUnknown* pUnkOuter, const APO_REG_PROPERTIES* pProperties) : CBaseAudioProcessingObject(pProperties)
+STDMETHODIMP CNonDelegatingUnknown::QueryInterface(REFIID iid, void** ppv)
 {
-    // Both unknowns have the same three slots, so the own one can stand in for an outer one.
-    m_pUnkOuter =
-        pUnkOuter != nullptr ? pUnkOuter : reinterpret_cast<IUnknown*>(static_cast<INonDelegatingUnknown*>(this));
+    return m_oObject.NonDelegatingQueryInterface(iid, ppv);
+}
+
+STDMETHODIMP_(ULONG) CNonDelegatingUnknown::AddRef()
+{
+    return m_oObject.NonDelegatingAddRef();
+}
+
+STDMETHODIMP_(ULONG) CNonDelegatingUnknown::Release()
+{
+    return m_oObject.NonDelegatingRelease();
+}
+
+CBaseAPO::CBaseAPO(IUnknown* pUnkOuter, const APO_REG_PROPERTIES* pProperties)
+    : CBaseAudioProcessingObject(pProperties), m_pUnkOuter(pUnkOuter != nullptr ? pUnkOuter : &m_oOwnUnknown)
+{
     ++g_lObjectCount;
 }
 
@@ -59,7 +72,7 @@ STDMETHODIMP_(ULONG) CBaseAPO::Release()
     return m_pUnkOuter->Release();
 }
 
-HRESULT STDMETHODCALLTYPE CBaseAPO::NonDelegatingQueryInterface(REFIID iid, void** ppv)
+HRESULT CBaseAPO::NonDelegatingQueryInterface(REFIID iid, void** ppv)
 try
 {
     if (AUDIO_MISSING(ppv, E_POINTER))
@@ -67,7 +80,7 @@ try
     *ppv = nullptr;
     if (iid == IID_IUnknown)
     {
-        *ppv = static_cast<INonDelegatingUnknown*>(this);
+        *ppv = static_cast<IUnknown*>(&m_oOwnUnknown);
         NonDelegatingAddRef();
         return S_OK;
     }
@@ -89,12 +102,12 @@ catch (...)
     return CaughtResult();
 }
 
-ULONG STDMETHODCALLTYPE CBaseAPO::NonDelegatingAddRef()
+ULONG CBaseAPO::NonDelegatingAddRef()
 {
     return static_cast<ULONG>(++m_cRef);
 }
 
-ULONG STDMETHODCALLTYPE CBaseAPO::NonDelegatingRelease()
+ULONG CBaseAPO::NonDelegatingRelease()
 {
     const LONG cRef = --m_cRef;
     if (cRef == 0)

@@ -16,18 +16,27 @@
 // Places an operation of the periodic call in the code section that holds them all.
 #define RT_CODE [[gnu::section("RT_CODE")]]
 
-// The object's own unknown, shaped as IUnknown; an aggregated object gives it to its outer object alone.
-struct INonDelegatingUnknown
+class CBaseAPO;
+
+// The object's own unknown: IUnknown's three slots, answered by the object itself. An aggregated object gives it to its
+// outer object alone.
+class CNonDelegatingUnknown final : public IUnknown
 {
-    virtual HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID iid, void** ppv) = 0;
-    virtual ULONG STDMETHODCALLTYPE NonDelegatingAddRef() = 0;
-    virtual ULONG STDMETHODCALLTYPE NonDelegatingRelease() = 0;
+public:
+    explicit CNonDelegatingUnknown(CBaseAPO& oObject) : m_oObject(oObject) {}
+
+    STDMETHODIMP QueryInterface(REFIID iid, void** ppv) override;
+    STDMETHODIMP_(ULONG) AddRef() override;
+    STDMETHODIMP_(ULONG) Release() override;
+
+private:
+    CBaseAPO& m_oObject;
 };
 
 // Takes one connection each way, 32-bit float, in place or not. Audio is interleaved; lengths are sample frames per
 // channel. The platform calls the configuration operations from one thread at a time, and APOProcess from its
 // processing thread between LockForProcess and UnlockForProcess.
-class CBaseAPO : public CBaseAudioProcessingObject, public IAudioSystemEffects2, public INonDelegatingUnknown
+class CBaseAPO : public CBaseAudioProcessingObject, public IAudioSystemEffects2
 {
 public:
     // pUnkOuter may be null and isn't owned; pProperties must outlive the object.
@@ -40,10 +49,10 @@ public:
     STDMETHODIMP_(ULONG) AddRef() override;
     STDMETHODIMP_(ULONG) Release() override;
 
-    // INonDelegatingUnknown. Any thread; the last release destroys the object.
-    HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID iid, void** ppv) override;
-    ULONG STDMETHODCALLTYPE NonDelegatingAddRef() override;
-    ULONG STDMETHODCALLTYPE NonDelegatingRelease() override;
+    // The object's own unknown. Any thread; the last release destroys the object.
+    HRESULT NonDelegatingQueryInterface(REFIID iid, void** ppv);
+    ULONG NonDelegatingAddRef();
+    ULONG NonDelegatingRelease();
 
     // Always 0, in 100 ns. E_POINTER for null.
     STDMETHODIMP GetLatency(HNSTIME* pTime) override;
@@ -96,7 +105,8 @@ protected:
     UNCOMPRESSEDAUDIOFORMAT m_pInFormat{};
     UNCOMPRESSEDAUDIOFORMAT m_pOutFormat{};
     std::atomic<LONG> m_cRef{1};
-    IUnknown* m_pUnkOuter = nullptr;
+    CNonDelegatingUnknown m_oOwnUnknown{*this};
+    IUnknown* m_pUnkOuter = nullptr; // not owned; the own unknown unless aggregated
     std::string m_strDumpInName = AUDIO_DUMP_POST_DATA_IN;
     std::string m_strDumpOutName = AUDIO_DUMP_POST_DATA_OUT;
 

@@ -1,0 +1,272 @@
+// The decision taken on every period, and what each path does with the audio.
+#include "tests/object/object_fixture.h"
+
+namespace
+{
+class ProcessTest : public ObjectTest
+{
+protected:
+    void SetUp() override
+    {
+        ObjectTest::SetUp();
+        CKelvaneManager::Instance()->m_bLoadDLL = TRUE;
+        Open(2, 48000);
+    }
+    void TearDown() override
+    {
+        Close();
+        ObjectTest::TearDown();
+    }
+
+    // A fresh object, locked with the format.
+    void Open(DWORD dwChannels, FLOAT32 f32Rate)
+    {
+        Close();
+        m_pObject = new CTestAPO<CKelvaneEFX>;
+        BYTE aInit[sizeof(APOInitSystemEffects)] = {};
+        ASSERT_EQ(m_pObject->Initialize(sizeof(aInit), aInit), S_OK);
+        ASSERT_EQ(CFormatPair(dwChannels, f32Rate).Lock(*m_pObject), S_OK);
+    }
+    void Close()
+    {
+        if (m_pObject != nullptr)
+            m_pObject->NonDelegatingRelease();
+        m_pObject = nullptr;
+    }
+    CNotingEngine& Engine() { return m_pObject->Engine(); }
+
+    CTestAPO<CKelvaneEFX>* m_pObject = nullptr;
+};
+
+TEST_F(ProcessTest, EveryReasonLeadsToItsPath)
+{
+    const std::string strThrough = "in2x480 out2x480 ";
+    const struct
+    {
+        const char* pName;
+        int iFlags;
+        FLOAT32 f32Rate;
+        BOOL bLoaded;
+        int iBypassStatus, iHeadset, iKelvaneBypass, iSilentStatus, bThreadRun;
+        std::string strCalls;
+        int iOutputFlags;
+        FLOAT32 f32Input, f32Output; // what the buffers hold afterwards, 1 and -1 before
+    } aCases[] = {
+        {"running", 1, 48000, TRUE, 0, 0, 0, 0, 1, strThrough, 1, 1, 7},
+        {"rate cut to whole Hz", 1, 44100.9F, TRUE, 0, 0, 0, 0, 1, strThrough, 1, 1, 7},
+        {"no library", 1, 48000, FALSE, 0, 0, 0, 0, 1, "", 1, 1, 1},
+        {"rate", 1, 11025, TRUE, 0, 0, 0, 0, 1, "", 1, 1, 1},
+        {"low gain", 1, 48000, TRUE, 1, 0, 0, 0, 1, "", 1, 1, 1},
+        {"headset", 1, 48000, TRUE, 0, 1, 0, 0, 1, "", 1, 1, 1},
+        {"system bypass", 1, 48000, TRUE, 0, 0, 1, 0, 1, "", 1, 1, 1},
+        {"bypass before silent", 1, 48000, TRUE, 1, 0, 0, 1, 1, "", 1, 1, 1},
+        {"bypass of a silent buffer", 2, 48000, TRUE, 0, 0, 1, 0, 1, "", 2, 1, 1},
+        {"silent engine", 1, 48000, TRUE, 0, 0, 0, 1, 1, strThrough, 1, 0, 7},
+        {"silent engine, stopped", 1, 48000, TRUE, 0, 0, 0, 1, 0, "", 1, 0, -1},
+        {"silent buffer", 2, 48000, TRUE, 0, 0, 0, 0, 1, strThrough, 1, 0, 7},
+        {"silent buffer, stopped", 2, 48000, TRUE, 0, 0, 0, 0, 0, "", 2, 0, -1},
+        {"invalid flags", 0, 48000, TRUE, 1, 0, 0, 1, 1, "", CPeriod::iUntouched, 1, -1},
+        {"unknown flags", 3, 48000, TRUE, 0, 0, 0, 0, 1, "", CPeriod::iUntouched, 1, -1},
+    };
+    for (const auto& oCase : aCases)
+    {
+        SCOPED_TRACE(oCase.pName);
+        Open(2, oCase.f32Rate);
+        CKelvaneManager::Instance()->m_bLoadDLL = oCase.bLoaded;
+        Status().m_iHeadSetStatus = oCase.iHeadset;
+        Status().m_iKelvaneBypass = oCase.iKelvaneBypass;
+        Engine().SetBypassStatus(oCase.iBypassStatus);
+        Engine().SetSilentStatus(oCase.iSilentStatus);
+        Engine().m_bThreadRun = oCase.bThreadRun;
+        CPeriod oPeriod(2, 480, oCase.iFlags);
+        oPeriod.Run(*m_pObject);
+        EXPECT_EQ(m_pObject->TakeCalls(), oCase.strCalls);
+        EXPECT_EQ(oPeriod.m_oOutput.u32BufferFlags, oCase.iOutputFlags);
+        EXPECT_EQ(oPeriod.m_oOutput.u32ValidFrameCount, oCase.iOutputFlags == CPeriod::iUntouched ? 0U : 480U);
+        EXPECT_TRUE(CPeriod::IsAll(oPeriod.m_vecInput, oCase.f32Input));
+        EXPECT_TRUE(CPeriod::IsAll(oPeriod.m_vecOutput, oCase.f32Output));
+        EXPECT_EQ(Engine().m_iProcessCount, 1);
+    }
+    EXPECT_EQ(CountLog("Buffer Flags is invalid"), 2U);
+    EXPECT_EQ(LinesOf("ERROR"), std::vector<std::string>());
+}
+
+TEST_F(ProcessTest, InPlaceBypassKeepsTheBufferAndSilenceClearsIt)
+{
+    CPeriod oBypass(2, 480, BUFFER_VALID, true);
+    Engine().SetBypassStatus(1);
+    oBypass.Run(*m_pObject);
+    EXPECT_TRUE(CPeriod::IsAll(oBypass.m_vecInput, 1));
+    EXPECT_EQ(oBypass.m_oOutput.u32ValidFrameCount, 480U);
+
+    CPeriod oSilent(2, 480, BUFFER_SILENT, true);
+    Engine().SetBypassStatus(0);
+    oSilent.Run(*m_pObject);
+    EXPECT_TRUE(CPeriod::IsAll(oSilent.m_vecInput, 0));
+}
+
+TEST_F(ProcessTest, ChannelsComeFromTheLockedFormatAndANewFrameCountResetsTheOutput)
+{
+    Open(6, 44100);
+    for (const UINT32 u32FrameCount : {480U, 1U, 441U, 441U, 4800U})
+    {
+        const bool bNew = static_cast<UINT32>(Engine().m_iSystemFrameLen) != u32FrameCount;
+        CPeriod(6, u32FrameCount).Run(*m_pObject);
+        const std::string strShape = "6x" + std::to_string(u32FrameCount) + " ";
+        EXPECT_EQ(m_pObject->TakeCalls(), (bNew ? "reset " : "") + ("in" + strShape) + "out" + strShape);
+        EXPECT_EQ(static_cast<UINT32>(Engine().m_iSystemFrameLen), u32FrameCount);
+    }
+    EXPECT_EQ(CountLog("CurrentSystemFrameLength:"), 3U);
+    EXPECT_EQ(CountLog("LastSystemFrameLength:1, CurrentSystemFrameLength:441"), 1U);
+}
+
+TEST_F(ProcessTest, AChangeOfTheSystemRefreshesParametersOnce)
+{
+    const std::string strThrough = "in2x480 out2x480 ";
+    const auto fRun = [&]
+    {
+        CPeriod(2, 480).Run(*m_pObject);
+        return m_pObject->TakeCalls();
+    };
+    EXPECT_EQ(fRun(), strThrough);
+    Status().m_iSpeakerVolume = 40;
+    EXPECT_EQ(fRun(), "refresh " + strThrough);
+    EXPECT_EQ(fRun(), strThrough);
+
+    // Sound modes count only while the sound effects are on.
+    Status().m_iSpeakerMode = 3;
+    Status().m_iHeadphoneMode = 4;
+    Status().m_iMicrophoneMode = 5;
+    EXPECT_EQ(fRun(), strThrough);
+    Status().m_iZvSoundStatus = 1;
+    EXPECT_EQ(fRun(), "refresh " + strThrough);
+    EXPECT_EQ(fRun(), strThrough);
+    for (const char* pText :
+         {"3841115 iCurrentSpeakerMode: 0 change to 3", "3841115 iCurrentHeadPhoneMode: 0 change to 4",
+          "3841115 iCurrentMicroPhoneMode: 0 change to 5"})
+        EXPECT_EQ(CountLog(pText), 1U) << pText;
+
+    // A change that meets a bypassed call is taken note of and never refreshed.
+    Engine().SetBypassStatus(1);
+    Status().m_iSpeakerVolume = 60;
+    EXPECT_EQ(fRun(), "");
+    EXPECT_EQ(Engine().GetSpeakerVolume(0), 60);
+    Engine().SetBypassStatus(0);
+    EXPECT_EQ(fRun(), strThrough);
+
+    // A failed refresh costs the period its audio.
+    Status().m_iSpeakerVolume = 80;
+    Engine().m_iRefreshCode = 99;
+    CPeriod oPeriod(2, 480);
+    oPeriod.Run(*m_pObject);
+    EXPECT_EQ(m_pObject->TakeCalls(), "refresh ");
+    EXPECT_EQ(oPeriod.m_oOutput.u32ValidFrameCount, 480U);
+    EXPECT_TRUE(CPeriod::IsAll(oPeriod.m_vecOutput, -1));
+    const std::string strArguments = "(u32NumInputConnections, ppInputConnections, u32NumOutputConnections, "
+                                     "ppOutputConnections)";
+    EXPECT_EQ(LinesOf("ERROR"),
+              (std::vector<std::string>{"99 m_pEngine->RefreshAlgorithmParams()",
+                                        "99 ProcessAudioBuffer" + strArguments, "99 ChooseAPOProcess" + strArguments}));
+}
+
+TEST_F(ProcessTest, FailedQueuesAreLoggedAndTheOutputIsStillAskedFor)
+{
+    Engine().m_iInputCode = 22;
+    Engine().m_iOutputCode = 34;
+    Engine().m_bThreadRun = 1;
+    for (const int iFlags : {BUFFER_VALID, BUFFER_SILENT})
+    {
+        CPeriod(2, 480, iFlags).Run(*m_pObject);
+        EXPECT_EQ(m_pObject->TakeCalls(), "in2x480 out2x480 ");
+    }
+    EXPECT_EQ(CountLog("m_pEngine->InputDataToQueue(pf32InputFrames, m_pEngine->GetInChannelCount(), "
+                       "ppInputConnections[0]->u32ValidFrameCount)"),
+              2U);
+    EXPECT_EQ(CountLog("m_pEngine->OutputDataFromQueue(pf32OutputFrames, m_pEngine->GetOutChannelCount(), "
+                       "ppInputConnections[0]->u32ValidFrameCount)"),
+              2U);
+    EXPECT_EQ(LinesOf("ERROR").size(), 8U);
+}
+
+TEST_F(ProcessTest, MissingRecordsAndBuffersAreReportedAndNothingIsWritten)
+{
+    CPeriod oPeriod(2, 480);
+    APO_CONNECTION_PROPERTY* pNone = nullptr;
+    const std::string strInput = "13 ppInputConnections == nullptr || *ppInputConnections == nullptr";
+    const std::string strOutput = "13 ppOutputConnections == nullptr || *ppOutputConnections == nullptr";
+    m_pObject->APOProcess(1, nullptr, 1, &oPeriod.m_pOutput);
+    m_pObject->APOProcess(1, &pNone, 1, &oPeriod.m_pOutput);
+    m_pObject->APOProcess(1, &oPeriod.m_pInput, 1, nullptr);
+    m_pObject->APOProcess(1, &oPeriod.m_pInput, 1, &pNone);
+    EXPECT_EQ(LinesOf("ERROR"), (std::vector<std::string>{strInput, strInput, strOutput, strOutput}));
+    EXPECT_EQ(Engine().m_iProcessCount, 0);
+
+    // Bypass with no input buffer: the copy fails and the output connection stays as it was.
+    Engine().SetBypassStatus(1);
+    CPeriod oNoBuffer(2, 480);
+    oNoBuffer.m_oInput.pBuffer = 0;
+    oNoBuffer.Run(*m_pObject);
+    EXPECT_EQ(oNoBuffer.m_oOutput.u32ValidFrameCount, 0U);
+    EXPECT_EQ(CountLog("memmove_s(pf32OutputFrames, sizeof(FLOAT32) * (ppInputConnections[0]->u32ValidFrameCount * "
+                       "m_pEngine->GetInChannelCount()), pf32InputFrames, "),
+              1U);
+    // Silence of no buffer has nothing to clear.
+    Engine().SetBypassStatus(0);
+    oNoBuffer.m_oInput.u32BufferFlags = BUFFER_SILENT;
+    oNoBuffer.Run(*m_pObject);
+    EXPECT_EQ(oNoBuffer.m_oOutput.u32ValidFrameCount, 480U);
+
+    m_pObject->m_pEngine.reset();
+    m_pObject->APOProcess(1, &oPeriod.m_pInput, 1, &oPeriod.m_pOutput);
+    EXPECT_EQ(LinesOf("ERROR").back(), "12 m_pEngine");
+    EXPECT_EQ(oPeriod.m_oOutput.u32ValidFrameCount, 0U);
+}
+
+TEST_F(ProcessTest, BypassIsToldOncePer501CallsAndInlineOnEach)
+{
+    Engine().SetBypassStatus(1);
+    CPeriod oPeriod(2, 1);
+    for (int i = 0; i < 1002; ++i)
+        oPeriod.Run(*m_pObject);
+    EXPECT_EQ(CountLog("[POST_EFX] Audio has been Bypass!"), 2U);
+    Engine().m_bInlineMode = 1;
+    Engine().m_iAPOType = 10;
+    for (int i = 0; i < 10; ++i)
+        oPeriod.Run(*m_pObject);
+    EXPECT_EQ(CountLog("[OMFX_EFX] Audio has been Bypass!"), 10U);
+    Engine().SetBypassStatus(0);
+    Engine().SetSilentStatus(1);
+    oPeriod.Run(*m_pObject);
+    EXPECT_EQ(CountLog("[OMFX_EFX] Audio has been Silent!"), 1U);
+}
+
+TEST_F(ProcessTest, TheBaseFormsLookAtModeRateAndRenderMode)
+{
+    auto* const pObject = new CTestAPO<CBaseAPO>;
+    BYTE aInit[sizeof(APOInitSystemEffects)] = {};
+    ASSERT_EQ(pObject->Initialize(sizeof(aInit), aInit), S_OK);
+    EXPECT_EQ(pObject->IsNeedByPass(), 1); // no rate yet
+    ASSERT_EQ(CFormatPair(2, 96000).Lock(*pObject), S_OK);
+    EXPECT_EQ(pObject->IsNeedByPass(), 0);
+    pObject->m_oAudioModeGUID = AUDIO_SIGNALPROCESSINGMODE_RAW;
+    EXPECT_EQ(pObject->IsNeedByPass(), 1);
+    pObject->m_oAudioModeGUID = AUDIO_SIGNALPROCESSINGMODE_MEDIA;
+    pObject->m_pEngine->SetBypassStatus(1);
+    EXPECT_EQ(pObject->IsNeedByPass(), 1);
+
+    // Only a first mode is taken over.
+    pObject->m_iRenderMode = 2;
+    EXPECT_EQ(pObject->IsNeedUpdataPara(), 1);
+    EXPECT_EQ(pObject->m_pEngine->GetAudioMode(), 2);
+    pObject->m_iRenderMode = 3;
+    EXPECT_EQ(pObject->IsNeedUpdataPara(), 0);
+    EXPECT_EQ(pObject->m_pEngine->GetAudioMode(), 2);
+    EXPECT_EQ(CountLog("Need Updata Para Mode 0 change to 2"), 1U);
+
+    pObject->m_pEngine.reset();
+    EXPECT_EQ(pObject->IsNeedSilent(), 0);
+    EXPECT_EQ(pObject->IsNeedUpdataPara(), 0);
+    EXPECT_EQ(LinesOf("ERROR"), std::vector<std::string>{"12 m_pEngine is nullptr!"});
+    pObject->NonDelegatingRelease();
+}
+} // namespace
