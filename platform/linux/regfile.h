@@ -12,8 +12,8 @@ struct RegistryFileError
     std::string strReason;
 };
 
-// Reads a whole file, in UTF-8 or with a mark in UTF-16. Lines with errors are reported and otherwise kept as comments,
-// so that writing the tree loses nothing.
+// Reads a whole file, in UTF-8 or with a mark in UTF-16. Lines with errors are reported, and kept as comments, so
+// that writing the tree loses nothing.
 CRegistryTree ParseRegistryFile(const std::string& strText, std::vector<RegistryFileError>& vecErrors);
 
 // UTF-8, keys and values in order of their names.

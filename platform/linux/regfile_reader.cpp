@@ -9,6 +9,8 @@
 
 namespace
 {
+// Marks a kept line, which must not take effect where a later writing puts it.
+const char c_strNotRead[] = "; not read: ";
 const char c_strHeader[] = "Windows Registry Editor Version 5.00";
 
 // Why a line can't be taken.
@@ -164,7 +166,7 @@ private:
             m_vecErrors.push_back({static_cast<int>(iFirst) + 1, oError.what()});
         }
         for (size_t i = iFirst; i < m_iLine && !bTaken; i++)
-            m_strComment += Trim(m_vecLines[i]) + '\n';
+            m_strComment += (strLine[0] == ';' ? "" : c_strNotRead) + Trim(m_vecLines[i]) + '\n';
     }
 
     bool TakeKey(const std::string& strLine)

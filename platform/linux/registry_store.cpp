@@ -141,6 +141,7 @@ LSTATUS CRegistryStore::Update(const std::function<LSTATUS(CRegistryTree&)>& fnC
     if (lWritten != ERROR_SUCCESS)
         return lWritten;
     m_oTree = std::move(oTree);
+    m_vecErrors.clear(); // what couldn't be read is comment now
     m_oDoubtSince.reset();
     vecChanges.insert(vecChanges.end(), vecOwn.begin(), vecOwn.end());
     return ERROR_SUCCESS;

@@ -195,11 +195,12 @@ TEST_F(PlatformRegistryTest, ReadsHandWrittenFilesAndSaysWhatIsWrong)
     // A write loses neither comments nor what couldn't be read.
     ASSERT_EQ(SetNumber(oKey.m_hKey, "Volume", 1), 0);
     const std::string strText = ReadRegistryFile();
-    for (const char* pKept : {"; the machine of a test\n\n", "; keys\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\Classes",
-                              "; volume\n\"Volume\"=dword:00000001\n", "\"Bad\"=dword:xyz\n", "what is this\n",
-                              "[HKEY_NOWHERE\\A]\n\"Lost\"=\"x\"\n", "; end\n"})
+    for (const char* pKept :
+         {"; the machine of a test\n\n", "; keys\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\Classes",
+          "; volume\n\"Volume\"=dword:00000001\n", "; not read: \"Bad\"=dword:xyz\n", "; not read: what is this\n",
+          "; not read: [HKEY_NOWHERE\\A]\n; not read: \"Lost\"=\"x\"\n", "; end\n"})
         EXPECT_NE(strText.find(pKept), std::string::npos) << pKept << " in\n" << strText;
-    EXPECT_EQ(machine::RegistryErrors().size(), std::size(oErrors));
+    EXPECT_TRUE(machine::RegistryErrors().empty());
 
     // The form in which the platform itself exports.
     std::string strWide = "\xFF\xFE";
