@@ -31,6 +31,8 @@ int CBaseEngine::InputDataToQueue(const FLOAT32* pMicInputFrames, const int& iIn
                                   const UINT32& ulFrameCount)
 {
     InitAudioCacheBuffer(iInputChannelNum, ulFrameCount);
+    if (!m_bCacheReady && m_iCacheFrameDataLen > 0)
+        return 13; // no memory; until the caches exist no frame may reach the worker, which uses them
     const bool bStandard =
         ulFrameCount % static_cast<UINT32>(m_iStandardFrameLen) == 0 && GetSampleRate() == AUDIO_KELVANE_SAMPLE_RATE;
     const int iResult =

@@ -188,4 +188,6 @@ private:
     int AppendOutputCache(const FLOAT32* pReSamplerBuffer, int iReSampleDataLen, int iSystemDataLen);
     int CutSystemFrames(int iSystemDataLen);
     bool GrowCache(CAudioFloatCache& oCache, int iDataLen, int iKeepDataLen, const char* pName);
+
+    bool m_bCacheReady = false; // all three caches were had; processing thread
 };

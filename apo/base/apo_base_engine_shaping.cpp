@@ -29,7 +29,7 @@ int PerSampleFrameLen(int iSampleRate)
 
 void CBaseEngine::InitAudioCacheBuffer(const int& iChannel, const UINT32& ulFrameCount)
 {
-    if (m_pInputCacheBuffer != nullptr && m_pAlgoOutputBuffer != nullptr && m_pOutputCacheBuffer != nullptr)
+    if (m_bCacheReady)
         return;
     if (iChannel <= 0 || ulFrameCount == 0 || m_iOutputBlockLen == 0)
         return;
@@ -57,6 +57,7 @@ void CBaseEngine::InitAudioCacheBuffer(const int& iChannel, const UINT32& ulFram
     m_pOutputCacheBuffer.Allocate(m_iCacheFrameDataLen);
     if (AUDIO_MISSING(m_pOutputCacheBuffer, 13))
         return;
+    m_bCacheReady = true;
     AUDIOLOG_EVENT_INFO("SystemPerFrame Length:" + std::to_string(ulFrameCount) + ",FrameSample:" +
                         std::to_string(iSampleRate) + ",PerSampleFrameLen:" + std::to_string(iPerSampleFrameLen) +
                         ",iCacheFrameDataLen:" + std::to_string(m_iCacheFrameDataLen) +
@@ -65,9 +66,11 @@ void CBaseEngine::InitAudioCacheBuffer(const int& iChannel, const UINT32& ulFram
 
 void CBaseEngine::ReleaseAudioCacheBuffer()
 {
+    m_bCacheReady = false;
     m_pInputCacheBuffer.Release();
     m_pAlgoOutputBuffer.Release();
     m_pOutputCacheBuffer.Release();
+    m_iCacheFrameDataLen = 0;
     m_iInputCacheDataLen = 0;
     m_iAlgoOutputDataLen = 0;
     m_iOutputCacheDataLen = 0;

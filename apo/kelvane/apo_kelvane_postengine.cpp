@@ -74,7 +74,7 @@ void CKelvanePostEngine::ReportInputQueueSize()
 // Runs the algorithm on every queued frame. A frame that the library failed on goes out as it stands.
 void CKelvanePostEngine::DrainInputQueue()
 {
-    CKelvanePostEngine* const pThis = this;
+    CKelvanePostEngine* const pThis = this; // the name that the failure lines carry
     while (SplitInputDataItem() == 0)
     {
         AUDIO_CHECK(pThis->AudioKelvaneApply());

@@ -8,8 +8,8 @@
 
 static thread_local int g_iBlockCount = 0;
 
-// The language's other forms come here too.
-void* operator new(size_t iSize)
+// The array forms come here too. Never inlined, so that the compiler doesn't see through half of a pair.
+[[gnu::noinline]] void* operator new(size_t iSize)
 {
     ++g_iBlockCount;
     if (void* const pBlock = std::malloc(iSize != 0 ? iSize : 1))
@@ -17,12 +17,18 @@ void* operator new(size_t iSize)
     throw std::bad_alloc();
 }
 
-void operator delete(void* pBlock) noexcept
+[[gnu::noinline]] void* operator new(size_t iSize, const std::nothrow_t&) noexcept
+{
+    ++g_iBlockCount;
+    return std::malloc(iSize != 0 ? iSize : 1);
+}
+
+[[gnu::noinline]] void operator delete(void* pBlock) noexcept
 {
     std::free(pBlock);
 }
 
-void operator delete(void* pBlock, size_t) noexcept
+[[gnu::noinline]] void operator delete(void* pBlock, size_t) noexcept
 {
     std::free(pBlock);
 }
