@@ -1,5 +1,8 @@
-// The machine that this process stands for: its folder, clock, power and idleness. Native builds only: tests and host.
+// The machine that this process stands for: its folder, clock, power, idleness, registry; with it come its devices.
+// Native builds only: tests and host.
 #pragma once
+
+#include "platform/linux/machine_devices.h"
 
 #include <windows.h>
 
@@ -37,7 +40,7 @@ void ResetClock();
 
 // --- Power
 
-// What GetSystemPowerStatus gives from now on, instead of this system's own status.
+// What GetSystemPowerStatus gives from now on, instead of what machine.xml declares or else this system's own status.
 void SetPowerStatus(const SYSTEM_POWER_STATUS& stStatus);
 void ResetPowerStatus();
 

@@ -1,6 +1,7 @@
 // The component object model's base: task memory, ids as text, finding and building classes.
 #pragma once
 
+#include <rpcdce.h>
 #include <unknwn.h>
 #include <wtypesbase.h>
 
@@ -34,7 +35,24 @@ EXTERN_C HRESULT WINAPI CLSIDFromString(LPCOLESTR lpsz, CLSID* pclsid);
 EXTERN_C HRESULT WINAPI CoInitializeEx(LPVOID pvReserved, DWORD dwCoInit);
 EXTERN_C void WINAPI CoUninitialize(void);
 
-// Finds the class through HKEY_CLASSES_ROOT\CLSID\<id>\InprocServer32 and asks its module.
+typedef PVOID PSECURITY_DESCRIPTOR;
+typedef struct tagSOLE_AUTHENTICATION_SERVICE SOLE_AUTHENTICATION_SERVICE;
+enum tagEOLE_AUTHENTICATION_CAPABILITIES
+{
+    EOAC_NONE = 0
+};
+
+// The process's own settings, once: RPC_E_TOO_LATE afterwards. Nothing here depends on them.
+EXTERN_C HRESULT WINAPI CoInitializeSecurity(PSECURITY_DESCRIPTOR pSecDesc, LONG cAuthSvc,
+                                             SOLE_AUTHENTICATION_SERVICE* asAuthSvc, void* pReserved1,
+                                             DWORD dwAuthnLevel, DWORD dwImpLevel, void* pAuthList,
+                                             DWORD dwCapabilities, void* pReserved3);
+EXTERN_C HRESULT WINAPI CoSetProxyBlanket(IUnknown* pProxy, DWORD dwAuthnSvc, DWORD dwAuthzSvc,
+                                          OLECHAR* pServerPrincName, DWORD dwAuthnLevel, DWORD dwImpLevel,
+                                          RPC_AUTH_IDENTITY_HANDLE pAuthInfo, DWORD dwCapabilities);
+
+// Finds the class through HKEY_CLASSES_ROOT\CLSID\<id>\InprocServer32 and asks its module. The locator of the embedded
+// controller's method is the layer's own, where the machine has a controller.
 // CO_E_NOTINITIALIZED before CoInitializeEx, REGDB_E_CLASSNOTREG for an unknown class, CO_E_DLLNOTFOUND for a missing
 // module, CO_E_ERRORINDLL for one without DllGetClassObject, else the module's own result.
 EXTERN_C HRESULT WINAPI CoGetClassObject(REFCLSID rclsid, DWORD dwClsContext, LPVOID pvReserved, REFIID riid,

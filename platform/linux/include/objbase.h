@@ -2,3 +2,4 @@
 #pragma once
 
 #include <combaseapi.h>
+#include <oaidl.h>

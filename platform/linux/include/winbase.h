@@ -1,6 +1,8 @@
 // Events, threads, modules, files, time: the system calls, with their published results and error codes.
 #pragma once
 
+#include <fileapi.h>
+#include <ioapiset.h>
 #include <minwinbase.h>
 #include <winnt.h>
 
@@ -11,6 +13,13 @@
 #define WAIT_ABANDONED 0x00000080
 #define WAIT_TIMEOUT 258
 #define WAIT_FAILED 0xFFFFFFFF
+
+#define FILE_FLAG_OVERLAPPED 0x40000000
+#define FILE_FLAG_BACKUP_SEMANTICS 0x02000000
+
+#define LMEM_FIXED 0x0000
+#define LMEM_ZEROINIT 0x0040
+#define LPTR (LMEM_FIXED | LMEM_ZEROINIT)
 
 #define THREAD_PRIORITY_IDLE (-15)
 #define THREAD_PRIORITY_LOWEST (-2)
@@ -72,6 +81,10 @@ extern "C"
 
     BOOL GetSystemPowerStatus(LPSYSTEM_POWER_STATUS lpSystemPowerStatus);
     DWORD GetEnvironmentVariableA(LPCSTR lpName, LPSTR lpBuffer, DWORD nSize);
+
+    // Fixed memory; LMEM_ZEROINIT clears it. LocalFree gives null.
+    HLOCAL LocalAlloc(UINT uFlags, SIZE_T uBytes);
+    HLOCAL LocalFree(HLOCAL hMem);
 
     // Files.
     HANDLE FindFirstFileA(LPCSTR lpFileName, LPWIN32_FIND_DATAA lpFindFileData);

@@ -1,0 +1,53 @@
+// Automation values: arrays that know their bounds, and variants.
+#pragma once
+
+#include <unknwn.h>
+#include <wtypes.h>
+
+#define FADF_HAVEVARTYPE 0x80
+
+typedef struct tagSAFEARRAYBOUND
+{
+    ULONG cElements;
+    LONG lLbound;
+} SAFEARRAYBOUND, *LPSAFEARRAYBOUND;
+
+typedef struct tagSAFEARRAY
+{
+    USHORT cDims;
+    USHORT fFeatures;
+    ULONG cbElements;
+    ULONG cLocks;
+    PVOID pvData;
+    SAFEARRAYBOUND rgsabound[1];
+} SAFEARRAY, *LPSAFEARRAY;
+
+typedef struct tagVARIANT
+{
+    VARTYPE vt;
+    WORD wReserved1;
+    WORD wReserved2;
+    WORD wReserved3;
+    union
+    {
+        LONGLONG llVal;
+        LONG lVal;
+        BYTE bVal;
+        SHORT iVal;
+        FLOAT fltVal;
+        DOUBLE dblVal;
+        VARIANT_BOOL boolVal;
+        SCODE scode;
+        BSTR bstrVal;
+        IUnknown* punkVal;
+        SAFEARRAY* parray;
+        PVOID byref;
+        CHAR cVal;
+        USHORT uiVal;
+        ULONG ulVal;
+        ULONGLONG ullVal;
+        INT intVal;
+        UINT uintVal;
+        PVOID pvRecord[2]; // gives the record its published size
+    };
+} VARIANT, VARIANTARG;

@@ -1,0 +1,4 @@
+// The management instrumentation's main header.
+#pragma once
+
+#include <wbemcli.h>
