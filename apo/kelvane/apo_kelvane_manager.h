@@ -39,6 +39,10 @@ public:
     // The key's record, or the first one, or null when there is none. Stays the manager's. Any thread.
     const KelvaneStruParam* GetAlgorithmStruct(const std::string& strKey) const;
 
+    // Appends one line to the day's record file in debug mode, when its folder exists. strFile is the file's path up to
+    // the date, iOffload nonzero for an engine in inline mode. Any thread; one thread per file.
+    void PrintSmartDebugLog(const char* strFile, const char* strText, const int& iOffload) const;
+
     void LoadProcessDll();
     // Reads the version record into m_strAlgoVersion; the library's code.
     INT32 AudioKelvaneGetVersion();

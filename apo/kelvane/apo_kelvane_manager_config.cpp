@@ -61,6 +61,9 @@ void CKelvaneManager::LoadConfigFile()
     LoadTemperatureConfig(pXmlRoot, "SENSOR_RANGE_COMMAND", m_vecSensorRangeCommand);
     LoadTemperatureConfig(pXmlRoot, "SENSOR_RANGE_NORMAL", m_vecSensorRangeNormal);
     LoadTemperatureConfig(pXmlRoot, "SENSOR_RANGE_LOW", m_vecSensorRangeLow);
+    if (m_vecSensorRangeNormal.size() != m_vecSensorRangeCommand.size() ||
+        m_vecSensorRangeLow.size() != m_vecSensorRangeCommand.size())
+        AUDIOLOG_WARN("Sensor lists differ in length, a sensor without a limit is never hot or cool");
     LoadVolumeConfig(pXmlRoot, "VOLUME_RANGE", m_vecVolumeRange);
 
     const tinyxml2::XMLElement* pXmlVendor = pXmlRoot->FirstChildElement("VENDOR");

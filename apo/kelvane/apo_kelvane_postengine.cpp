@@ -7,6 +7,7 @@
 #include "audioapi/audio_api_time.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
 #include <mutex>
 #include <string>
@@ -14,10 +15,10 @@
 namespace
 {
 constexpr int iNoInstance = KELVANE_ERROR_NO_MEMORY;
-constexpr int iReportFrameCount = 1000;  // a timing period has one frame more
-constexpr INT64 i64GapTimeLimit = 10;    // milliseconds for two frames, which is their playing time
-constexpr int iBatteryFrameCount = 200;  // inline mode: a second of audio
-constexpr int iReleaseFrameCount = 2000; // inline mode: the count starts over after ten seconds
+constexpr int iReportFrameCount = 1000;   // a timing period has one frame more
+constexpr INT64 i64GapTimeLimit = 10;     // milliseconds for two frames, which is their playing time
+constexpr int iParameterFrameCount = 200; // inline mode: a second of audio
+constexpr int iReleaseFrameCount = 2000;  // inline mode: the count starts over after ten seconds
 
 constexpr FLOAT32 aSilence[AUDIO_KELVANE_FRAME_LEN] = {};
 
@@ -174,10 +175,24 @@ void CKelvanePostEngine::CountApplyTime(INT64 i64Time)
     m_i64MinTime = m_iApplyFrameCount == 0 ? i64Time : std::min(m_i64MinTime, i64Time);
     if (m_iApplyFrameCount++ < iReportFrameCount)
         return;
+    ReportApplyTime();
     m_i64TotalTime = 0;
     m_i64MaxTime = 0;
     m_i64MinTime = 0;
     m_iApplyFrameCount = 0;
+}
+
+// The timing period's line. The formatting takes no heap block.
+void CKelvanePostEngine::ReportApplyTime()
+{
+    char szText[1024] = {};
+    const float fAverage = static_cast<float>(m_i64TotalTime) / static_cast<float>(m_iApplyFrameCount);
+    const int iLen = snprintf(szText, sizeof(szText),
+                              "Total Time Required(%lld),Max Time Required(%lld),Min Time Required(%lld),"
+                              "average Time Required(%.2f) of Per %d frames.",
+                              static_cast<long long>(m_i64TotalTime), static_cast<long long>(m_i64MaxTime),
+                              static_cast<long long>(m_i64MinTime), fAverage, m_iApplyFrameCount);
+    CKelvaneManager::Instance()->PrintSmartDebugLog(AUDIO_PERFORMANCE_FILE, iLen < 0 ? "" : szText, m_bInlineMode);
 }
 
 void CKelvanePostEngine::ParameterRelease()
@@ -189,8 +204,12 @@ void CKelvanePostEngine::ParameterRelease()
         SetEvent(m_hParameterEvent);
         return;
     }
-    if (m_iReleaseCount % iBatteryFrameCount == 0)
+    if (m_iReleaseCount % iParameterFrameCount == 0)
+    {
+        CKelvaneManager::Instance()->PrintSmartDebugLog(AUDIO_PARAMETERS_FILE, AudioSmartPrintPara().c_str(),
+                                                        m_bInlineMode);
         AUDIO_CHECK(this->AudioKelvaneSetBatteryInfo());
+    }
     if (m_iReleaseCount % iReleaseFrameCount == 0)
         m_iReleaseCount = 0;
 }

@@ -3,6 +3,7 @@
 
 #include "apo/kelvane/apo_kelvane_engine.h"
 #include "apo/kelvane/apo_kelvane_records.h"
+#include "apo/kelvane/apo_kelvane_sensor_queue.h"
 
 #include <windows.h>
 
@@ -10,6 +11,7 @@
 #include <cstdlib>
 #include <memory>
 #include <string>
+#include <vector>
 
 // A block of the general heap that the library works in; reads as a pointer to it.
 template <class T> class CKelvaneMemory
@@ -46,7 +48,8 @@ public:
     // Brings one instance of the library into the stream. On failure the stream is left silent in debug mode, at low
     // gain and bypassed otherwise. A second call stops and frees the first instance and starts afresh.
     int InitAlgorithmParameter() override;
-    // Hands the library the parameter set of this moment if it isn't the one it has. 0. Processing thread.
+    // Hands the library the parameter set of this moment, chosen by heat if the tuning file asks for it, if it isn't
+    // the one it has. 0. Processing thread.
     int RefreshAlgorithmParams() override;
     // As the base form, in whole frames of 240; inline mode runs the algorithm before it returns.
     int InputStandardFrameToQueue(const FLOAT32* pMicInputFrames, const int& iInputChannelNum,
@@ -87,6 +90,18 @@ public:
     // state.
     const char* GetEffectParamsID(const int& iHeatState);
     int SetAudioVolumeEffectParamsID();
+    // Chooses only when all sensors were hot, or all cool, in all of their last ten means; else keeps the set.
+    int SetAudioHeatEffectParamsID();
+
+    // 1 when the queue is full and every mean is above the hot limit, or at or below the cool limit, of sensor i. A
+    // sensor without a limit is neither. Any thread.
+    int JudgeHighLimit(const int& i, CKelvaneMeanQueue oQueue) const;
+    int JudgeLowLimit(const int& i, CKelvaneMeanQueue oQueue) const;
+    // Empties the queues of means; the samples stay. Processing thread.
+    void ClearTemperatureQueue(CKelvaneAverageQueue& oAverageQueue) { oAverageQueue.Clear(); }
+
+    // One line of the library's live state, empty outside debug mode. The thread of AudioKelvaneSetBatteryInfo.
+    std::string AudioSmartPrintPara();
 
     KelvaneInit m_fAudioKelvaneInit = nullptr;
     KelvaneApply m_fAudioKelvaneApply = nullptr;
@@ -105,8 +120,10 @@ public:
     int m_iReleaseCount = 0;    // frames since its last reset
     // Key of the set the library was last given. Only constants are stored, so any thread may read through it.
     std::atomic<const char*> m_strParamID{""};
-    CKelvaneMemory<BYTE> m_pRunBuf;     // the library's persistent memory
-    CKelvaneMemory<BYTE> m_pScratchBuf; // the library's scratch memory
+    std::vector<CKelvaneSampleQueue> m_oTemperatureQueue; // by sensor; the sampling thread's own
+    CKelvaneAverageQueue m_oAverageQueue;                 // by sensor: from the sampling to the processing thread
+    CKelvaneMemory<BYTE> m_pRunBuf;                       // the library's persistent memory
+    CKelvaneMemory<BYTE> m_pScratchBuf;                   // the library's scratch memory
     CKelvaneMemory<KelvaneMemSize> m_pMemSize;
     KelvaneDataStruct* m_pDataStruct = nullptr; // owned, through the two operations above
     INT64 m_i64MaxTime = 0;                     // milliseconds, over the timing period
@@ -126,6 +143,10 @@ private:
     int StartInstance();
     void StopInstance();
     void ResetStream();
+    void InitTemperatureQueue();
+    int SetEffectParamsID(const char* pNewID);
+    std::string PrintSingleItemPara(const KelvaneStruParam& pStruParam);
+    void ReportApplyTime();
     int AllocateMemory();
     void ReleaseMemory();
 

@@ -1,9 +1,10 @@
-// The choice of the library's parameter set: volume band and sound mode.
+// The choice of the library's parameter set: volume band, sound mode, heat.
 #include "apo/kelvane/apo_kelvane_manager.h"
 #include "apo/kelvane/apo_kelvane_postengine.h"
 #include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_log.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <iterator>
@@ -61,12 +62,59 @@ const char* CKelvanePostEngine::GetEffectParamsID(const int& iHeatState)
 
 int CKelvanePostEngine::RefreshAlgorithmParams()
 {
-    return SetAudioVolumeEffectParamsID();
+    return CKelvaneManager::Instance()->GetAlgoCtrlParam(3) == 1 ? SetAudioHeatEffectParamsID()
+                                                                 : SetAudioVolumeEffectParamsID();
 }
 
 int CKelvanePostEngine::SetAudioVolumeEffectParamsID()
 {
-    const char* const pNewID = GetEffectParamsID(0);
+    return SetEffectParamsID(GetEffectParamsID(0));
+}
+
+int CKelvanePostEngine::SetAudioHeatEffectParamsID()
+{
+    const std::vector<CKelvaneMeanQueue>& vecMeans = m_oAverageQueue.Read();
+    if (vecMeans.empty() || !vecMeans[0].IsFull())
+        return 0;
+    bool bHigh = true;
+    bool bLow = true;
+    for (int i = 0; i < static_cast<int>(vecMeans.size()); ++i)
+    {
+        bHigh = bHigh && JudgeHighLimit(i, vecMeans[static_cast<size_t>(i)]) == 1;
+        bLow = bLow && JudgeLowLimit(i, vecMeans[static_cast<size_t>(i)]) == 1;
+    }
+    if (!bHigh && !bLow) // between the two limits
+        return 0;
+    ClearTemperatureQueue(m_oAverageQueue);
+    return SetEffectParamsID(GetEffectParamsID(bHigh ? 1 : 0));
+}
+
+int CKelvanePostEngine::JudgeHighLimit(const int& i, CKelvaneMeanQueue oQueue) const
+{
+    const std::vector<INT32>& vecLimit = CKelvaneManager::Instance()->m_vecSensorRangeNormal;
+    if (!oQueue.IsFull() || static_cast<size_t>(i) >= vecLimit.size())
+        return 0;
+    const INT32 iLimit = vecLimit[static_cast<size_t>(i)];
+    return std::all_of(oQueue.begin(), oQueue.end(), [=](INT32 iMean) { return iMean > iLimit; }) ? 1 : 0;
+}
+
+int CKelvanePostEngine::JudgeLowLimit(const int& i, CKelvaneMeanQueue oQueue) const
+{
+    const std::vector<INT32>& vecLimit = CKelvaneManager::Instance()->m_vecSensorRangeLow;
+    if (!oQueue.IsFull() || static_cast<size_t>(i) >= vecLimit.size())
+        return 0;
+    const INT32 iLimit = vecLimit[static_cast<size_t>(i)];
+    const INT32* const pAbove = std::find_if(oQueue.begin(), oQueue.end(), [=](INT32 iMean) { return iMean > iLimit; });
+    if (pAbove == oQueue.end())
+        return 1;
+    AUDIOLOG_DEBUG("iSenSorID:" + std::to_string(i) + ",Average Temperature:" + std::to_string(*pAbove) +
+                   "> Low Limit:" + std::to_string(iLimit));
+    return 0;
+}
+
+// The key is the new one even when the library refuses its set.
+int CKelvanePostEngine::SetEffectParamsID(const char* pNewID)
+{
     const char* const pOldID = m_strParamID;
     if (std::strcmp(pNewID, pOldID) == 0)
         return 0;

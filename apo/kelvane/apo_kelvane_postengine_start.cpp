@@ -34,6 +34,7 @@ CKelvanePostEngine::CKelvanePostEngine()
     m_fAudioKelvaneSetBatteryInfo = pManager->m_fAudioKelvaneSetBatteryInfo;
     m_fAudioKelvaneClearStatus = pManager->m_fAudioKelvaneClearStatus;
     m_fAudioKelvaneTemperature = pManager->m_fAudioKelvaneTemperature;
+    InitTemperatureQueue();
 }
 
 CKelvanePostEngine::~CKelvanePostEngine()

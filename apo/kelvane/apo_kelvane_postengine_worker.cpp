@@ -1,11 +1,63 @@
 // The engine's workers: one runs the algorithm on queued frames, one does the periodic parameter work.
+#include "apo/kelvane/apo_kelvane_manager.h"
 #include "apo/kelvane/apo_kelvane_postengine.h"
+#include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_log.h"
+
+#include <string>
 
 namespace
 {
-constexpr DWORD dwApplyWait = 10;       // milliseconds, then the run flag is looked at
-constexpr int iBatterySignalCount = 10; // signals of 10 ms of audio each
+constexpr DWORD dwApplyWait = 10; // milliseconds, then the run flag is looked at
+
+// In signals of 10 ms of audio each.
+constexpr int iPrintSignalCount = 100;
+constexpr int iBatterySignalCount = 10;
+
+// What the parameter worker keeps from signal to signal.
+struct ParameterWork
+{
+    std::string strText; // of the states since the last line
+    int iPrintCount = 0;
+    int iBatteryCount = 0;
+};
+
+// One signal's work. Memory that runs out costs that line.
+void CountParameterSignal(CKelvanePostEngine* pThis, ParameterWork& oWork)
+try
+{
+    ++oWork.iPrintCount;
+    ++oWork.iBatteryCount;
+    oWork.strText += pThis->AudioSmartPrintPara();
+    if (oWork.iPrintCount >= iPrintSignalCount)
+    {
+        oWork.iPrintCount = 0;
+        CKelvaneManager::Instance()->PrintSmartDebugLog(AUDIO_PARAMETERS_FILE, oWork.strText.c_str(),
+                                                        pThis->m_bInlineMode);
+        oWork.strText.clear();
+    }
+    if (oWork.iBatteryCount >= iBatterySignalCount)
+    {
+        oWork.iBatteryCount = 0;
+        AUDIO_CHECK(pThis->AudioKelvaneSetBatteryInfo());
+    }
+}
+catch (...)
+{
+    oWork.strText.clear();
+}
+
+// Waits for the next 10 ms of audio. False when the wait failed.
+bool WaitForSignal(HANDLE hEvent)
+{
+    if (WaitForSingleObject(hEvent, INFINITE) != WAIT_OBJECT_0)
+    {
+        Sleep(1);
+        return false;
+    }
+    ResetEvent(hEvent);
+    return true;
+}
 } // namespace
 
 void CKelvanePostEngine::CreateAlgorithmThread()
@@ -59,23 +111,15 @@ void CALLBACK CKelvanePostEngine::ProcessParameterThread(PTP_CALLBACK_INSTANCE, 
     CKelvanePostEngine* const pThis = static_cast<CKelvanePostEngine*>(pContext);
     if (AUDIO_MISSING(pThis, 87) || pThis->m_bInlineMode != 0)
         return;
-    int iBatteryCount = 0;
+    ParameterWork oWork;
     while (pThis->m_bParameterRun == 1)
     {
         if (AUDIO_MISSING(pThis->m_hParameterEvent, 6))
             return;
-        if (WaitForSingleObject(pThis->m_hParameterEvent, INFINITE) != WAIT_OBJECT_0)
-        {
-            Sleep(1);
+        if (!WaitForSignal(pThis->m_hParameterEvent))
             continue;
-        }
-        ResetEvent(pThis->m_hParameterEvent);
         if (pThis->m_bParameterRun == 0)
             return;
-        if (++iBatteryCount >= iBatterySignalCount)
-        {
-            iBatteryCount = 0;
-            AUDIO_CHECK(pThis->AudioKelvaneSetBatteryInfo());
-        }
+        CountParameterSignal(pThis, oWork);
     }
 }
