@@ -1,0 +1,47 @@
+// One power amplifier behind its driver: told whether to run active, under the algorithm's protection, or at low gain.
+#pragma once
+
+#include "audioapi/audio_api_lock.h"
+
+#include <windows.h>
+
+#include <winioctl.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+inline constexpr DWORD KELVANE_STATUS_ACTIVE = 0;
+inline constexpr DWORD KELVANE_STATUS_DEACTIVE = 2;
+
+inline constexpr DWORD IOCTL_KELVANE_SET_STATUS = CTL_CODE(0x0400U, 0x705U, METHOD_BUFFERED, FILE_ANY_ACCESS);
+
+// Opens its device once; without one every request is a success without effect.
+class CKelvaneIRP
+{
+public:
+    // strDeviceName as AUDIO_KELVANE_DEVICE0. Sets the amplifier active when the device opens.
+    explicit CKelvaneIRP(const std::string& strDeviceName);
+    // Sets the amplifier low first.
+    virtual ~CKelvaneIRP();
+    CKelvaneIRP(const CKelvaneIRP&) = delete;
+    CKelvaneIRP& operator=(const CKelvaneIRP&) = delete;
+
+    // Sends the status and waits until the driver has taken it, 2 s at most. 0, the driver's error code, or
+    // ERROR_TIMEOUT. Any thread but the processing thread; one request at a time.
+    DWORD SetKelvaneStatus(const DWORD& dwStatusCtrl);
+
+private:
+    // A pending request's record; the system writes into it until the request is completed.
+    using CRequest = std::unique_ptr<OVERLAPPED>;
+
+    void Initialize(const std::string& strDeviceName);
+    DWORD WaitForCompletion(CRequest& pRequest);
+    void AbandonRequest(CRequest& pRequest);
+    void ForgetCompleted();
+
+    HANDLE m_hDevice = INVALID_HANDLE_VALUE; // overlapped, exclusive
+    HANDLE m_hEvent = nullptr;               // manual reset; of the request in flight
+    std::vector<CRequest> m_vecAbandoned;    // requests that the driver neither completed nor let go
+    CAudioLock m_csRequest;                  // guards all of the above
+};
