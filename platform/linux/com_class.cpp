@@ -1,4 +1,6 @@
 // Component object model: apartments, and classes found through the registry.
+#include "platform/linux/wmi_objects.h"
+
 #include <windows.h>
 
 #include <objbase.h>
@@ -38,6 +40,12 @@ ComServers& Servers()
 thread_local int t_iInitCount = 0;
 thread_local DWORD t_dwApartment = 0;
 std::atomic<int> g_iMultiThreaded{0}; // threads in the multithreaded apartment, which every other thread may then use
+std::atomic<bool> g_bSecuritySet{false};
+
+bool IsInApartment()
+{
+    return t_iInitCount > 0 || g_iMultiThreaded > 0;
+}
 
 // The server's name in the registry, or empty.
 std::string ServerName(REFCLSID rclsid)
@@ -120,12 +128,30 @@ EXTERN_C void WINAPI CoUninitialize(void)
         g_iMultiThreaded--;
 }
 
+EXTERN_C HRESULT WINAPI CoInitializeSecurity(PSECURITY_DESCRIPTOR, LONG, SOLE_AUTHENTICATION_SERVICE*, void*, DWORD,
+                                             DWORD, void*, DWORD, void*)
+{
+    if (!IsInApartment())
+        return CO_E_NOTINITIALIZED;
+    return g_bSecuritySet.exchange(true) ? RPC_E_TOO_LATE : S_OK;
+}
+
+// Server and caller are one process, so that there is nothing to set.
+EXTERN_C HRESULT WINAPI CoSetProxyBlanket(IUnknown* pProxy, DWORD, DWORD, OLECHAR*, DWORD, DWORD,
+                                          RPC_AUTH_IDENTITY_HANDLE, DWORD)
+{
+    HRESULT hResult = S_OK;
+    if (pProxy == nullptr)
+        return E_INVALIDARG;
+    return IsRefused("CoSetProxyBlanket", hResult) ? hResult : S_OK;
+}
+
 EXTERN_C HRESULT WINAPI CoGetClassObject(REFCLSID rclsid, DWORD dwClsContext, LPVOID, REFIID riid, LPVOID* ppv)
 {
     if (ppv == nullptr)
         return E_INVALIDARG;
     *ppv = nullptr;
-    if (t_iInitCount == 0 && g_iMultiThreaded == 0)
+    if (!IsInApartment())
         return CO_E_NOTINITIALIZED;
     const std::string strName = (dwClsContext & CLSCTX_INPROC_SERVER) != 0 ? ServerName(rclsid) : "";
     if (strName.empty())
@@ -145,6 +171,8 @@ EXTERN_C HRESULT WINAPI CoCreateInstance(REFCLSID rclsid, LPUNKNOWN pUnkOuter, D
     if (ppv == nullptr)
         return E_POINTER;
     *ppv = nullptr;
+    if (rclsid == CLSID_WbemLocator && IsInApartment() && (dwClsContext & CLSCTX_INPROC_SERVER) != 0)
+        return CreateWbemLocator(pUnkOuter, riid, ppv);
     IClassFactory* pFactory = nullptr;
     HRESULT hResult =
         CoGetClassObject(rclsid, dwClsContext, nullptr, IID_IClassFactory, reinterpret_cast<LPVOID*>(&pFactory));

@@ -155,16 +155,19 @@ std::shared_ptr<CKernelObject> KernelObjectOf(HANDLE hObject)
 bool CloseKernelHandle(HANDLE hObject)
 {
     CKernelState& oState = State();
-    std::shared_ptr<CKernelObject> pLast; // goes after the lock
-    const CKernelLock oLock(oState.oMutex);
-    const auto itObject = oState.oObjects.find(ValueOf(hObject));
-    if (itObject == oState.oObjects.end())
+    std::shared_ptr<CKernelObject> pClosed; // goes after the lock
     {
-        SetLastError(ERROR_INVALID_HANDLE);
-        return false;
+        const CKernelLock oLock(oState.oMutex);
+        const auto itObject = oState.oObjects.find(ValueOf(hObject));
+        if (itObject == oState.oObjects.end())
+        {
+            SetLastError(ERROR_INVALID_HANDLE);
+            return false;
+        }
+        pClosed = std::move(itObject->second);
+        oState.oObjects.erase(itObject);
     }
-    pLast = std::move(itObject->second);
-    oState.oObjects.erase(itObject);
+    pClosed->HandleClosed();
     return true;
 }
 
@@ -179,6 +182,22 @@ void AddBusyCallbacks(const CKernelLock&, int iCount)
 void MarkPoolThread(bool bInCallback)
 {
     t_bPoolThread = bInCallback;
+}
+
+static void AddBusyThread(int iCount)
+{
+    if (t_bPoolThread)
+        AddBusyCallbacks(CKernelLock(KernelMutex()), iCount);
+}
+
+CKernelIdleScope::CKernelIdleScope()
+{
+    AddBusyThread(-1);
+}
+
+CKernelIdleScope::~CKernelIdleScope()
+{
+    AddBusyThread(1);
 }
 
 bool machine::WaitUntilIdle(DWORD dwMilliseconds)

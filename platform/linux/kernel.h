@@ -64,6 +64,8 @@ class CKernelObject
 {
 public:
     virtual ~CKernelObject() = default;
+    // A handle of it was closed; whoever waits may still hold it. Without the kernel's lock.
+    virtual void HandleClosed() {}
 };
 
 // One thread's wait for one object.
@@ -108,3 +110,13 @@ bool CloseKernelHandle(HANDLE hObject);
 // The pool's share in idleness. A callback counts as busy from its submission to its return, but for its waits.
 void AddBusyCallbacks(const CKernelLock& oLock, int iCount);
 void MarkPoolThread(bool bInCallback); // the calling thread
+
+// Around a wait for something of this system's own: a callback doesn't count as busy meanwhile.
+class CKernelIdleScope
+{
+public:
+    CKernelIdleScope();
+    ~CKernelIdleScope();
+    CKernelIdleScope(const CKernelIdleScope&) = delete;
+    CKernelIdleScope& operator=(const CKernelIdleScope&) = delete;
+};

@@ -1,4 +1,7 @@
-// The power status: what was set, else what this system reports of its supplies.
+// The power status: what was set, else what the machine declares, else what this system reports of its supplies.
+#include "platform/linux/power.h"
+
+#include "platform/linux/device_bus.h"
 #include "platform/linux/failure.h"
 #include "platform/linux/machine.h"
 
@@ -67,9 +70,21 @@ BOOL GetSystemPowerStatus(LPSYSTEM_POWER_STATUS lpSystemPowerStatus)
 {
     if (IsToldToFail("GetSystemPowerStatus"))
         return FALSE;
+    const std::optional<SYSTEM_POWER_STATUS> oDeclared = CDeviceBus::Instance().Power();
     const std::lock_guard<std::mutex> oLock(g_oPowerMutex);
-    *lpSystemPowerStatus = g_oSetStatus.has_value() ? *g_oSetStatus : ReadSupplies();
+    if (g_oSetStatus.has_value())
+        *lpSystemPowerStatus = *g_oSetStatus;
+    else
+        *lpSystemPowerStatus = oDeclared.has_value() ? *oDeclared : ReadSupplies();
     return TRUE;
+}
+
+SYSTEM_POWER_STATUS PowerStatusOf(BYTE iMains, BYTE iPercent)
+{
+    SYSTEM_POWER_STATUS stStatus{iMains, STATUS_UNKNOWN, iPercent, 0, INFINITE, INFINITE};
+    if (iPercent <= 100)
+        stStatus.BatteryFlag = BatteryFlagOf(iPercent, iMains == 1 && iPercent < 100);
+    return stStatus;
 }
 
 void machine::SetPowerStatus(const SYSTEM_POWER_STATUS& stStatus)

@@ -39,7 +39,6 @@ typedef struct tagVARIANT
         VARIANT_BOOL boolVal;
         SCODE scode;
         BSTR bstrVal;
-        IUnknown* punkVal;
         SAFEARRAY* parray;
         PVOID byref;
         CHAR cVal;

@@ -27,7 +27,7 @@ EXTERN_C HRESULT WINAPI SafeArrayGetLBound(SAFEARRAY* psa, UINT nDim, LONG* plLb
 EXTERN_C HRESULT WINAPI SafeArrayGetUBound(SAFEARRAY* psa, UINT nDim, LONG* plUbound);
 
 EXTERN_C void WINAPI VariantInit(VARIANTARG* pvarg);
-// Frees what the value owns, its text, object or array, and leaves it empty.
+// Frees what the value owns, its text or array, and leaves it empty.
 EXTERN_C HRESULT WINAPI VariantClear(VARIANTARG* pvarg);
 // The destination owns a copy; what it held is freed. DISP_E_BADVARTYPE for types that aren't carried here.
 EXTERN_C HRESULT WINAPI VariantCopy(VARIANTARG* pvargDest, VARIANTARG* pvargSrc);

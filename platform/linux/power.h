@@ -1,0 +1,7 @@
+// The power status from what is known of the supply.
+#pragma once
+
+#include <windows.h>
+
+// 255 for what isn't known, as on the platform.
+SYSTEM_POWER_STATUS PowerStatusOf(BYTE iMains, BYTE iPercent);
