@@ -17,7 +17,6 @@ struct CodecDesign
     ULONG ulHigh;
     ULONG ulLow;
     bool bTellReturned; // the number of bytes returned ends the success texts
-    const char* pFindRes;
     const char* pFindGuid;
     const char* pRequest;
     const char* pHigh;
@@ -29,8 +28,6 @@ struct CodecDesign
 class CCodecGainConfig
 {
 public:
-    // Finds the device and sets the gain high. Once.
-    void Initialize();
     // 12, without a line, when there is no device of the class; else leaves the first one in pDevInterfaceData and the
     // size of its detail record, in bytes, in ulSize.
     DWORD FindTargetGuid(const GUID& guidInterface, PSP_DEVICE_INTERFACE_DATA pDevInterfaceData, DWORD& ulSize);

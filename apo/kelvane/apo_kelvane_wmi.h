@@ -78,6 +78,7 @@ public:
     HRESULT PutCommond(const INT64& ulCmd);
 
 private:
+    HRESULT Connect();
     HRESULT PutByteArray(const INT64& ulCmd, HRESULT hTextResult);
     HRESULT ExecuteCommond(const INT64& ulCmd, BYTE (&uOutValue)[WMI_OUTPUT_BUFF_LENGTH]);
     static HRESULT ReadOutput(IWbemClassObject* pOutParams, BYTE (&uOutValue)[WMI_OUTPUT_BUFF_LENGTH]);

@@ -1,0 +1,115 @@
+// The body of the two codec gain classes: the search for the driver, its opening, the gain request.
+#include "apo/kelvane/apo_kelvane_codec.h"
+
+#include "audioapi/audio_api_log.h"
+
+#include <memory>
+
+namespace
+{
+constexpr INT64 NO_HANDLE = 6;
+constexpr DWORD NO_OBJECT = 12;
+constexpr DWORD BAD_ARGUMENT = 13;
+static_assert(sizeof(SP_DEVICE_INTERFACE_DATA) == 32 && sizeof(SP_DEVINFO_DATA) == 32 &&
+              sizeof(SP_DEVICE_INTERFACE_DETAIL_DATA_W) == 8);
+
+struct LocalMemory
+{
+    void operator()(HLOCAL hMemory) const { LocalFree(hMemory); }
+};
+} // namespace
+
+CCodecGainConfig::~CCodecGainConfig()
+{
+    try
+    {
+        SetLowHWGain();
+    }
+    catch (...) // no memory for its line; the handles go all the same
+    {
+    }
+    if (m_hDevicePath != INVALID_HANDLE_VALUE)
+    {
+        CancelIoEx(m_hDevicePath, nullptr);
+        CloseHandle(m_hDevicePath);
+    }
+    if (m_hDevInfo != INVALID_HANDLE_VALUE)
+        SetupDiDestroyDeviceInfoList(m_hDevInfo);
+}
+
+DWORD CCodecGainConfig::FindCodecRes()
+{
+    SP_DEVICE_INTERFACE_DATA oDevInterfaceData = {};
+    SP_DEVINFO_DATA oDevInfoData = {};
+    oDevInterfaceData.cbSize = sizeof(oDevInterfaceData);
+    oDevInfoData.cbSize = sizeof(oDevInfoData);
+    DWORD ulSize = 0;
+    SetLastError(ERROR_SUCCESS);
+    if (const DWORD dwResult = FindTargetGuid(m_oDesign.guidInterface, &oDevInterfaceData, ulSize))
+    {
+        AUDIOLOG_ERROR(dwResult, m_oDesign.pFindGuid);
+        return dwResult;
+    }
+    return AUDIO_CHECK(OpenDeviceInterface(oDevInterfaceData, oDevInfoData, ulSize));
+}
+
+// The walk leaves the record at the last interface; the first one is the one wanted.
+DWORD CCodecGainConfig::FindTargetGuid(const GUID& guidInterface, PSP_DEVICE_INTERFACE_DATA pDevInterfaceData,
+                                       DWORD& ulSize)
+{
+    m_hDevInfo = SetupDiGetClassDevsW(&guidInterface, nullptr, nullptr, DIGCF_PRESENT | DIGCF_DEVICEINTERFACE);
+    if (AUDIO_FAIL_IF((INVALID_HANDLE_VALUE == m_hDevInfo), NO_HANDLE))
+        return NO_HANDLE;
+    DWORD index = 0;
+    while (SetupDiEnumDeviceInterfaces(m_hDevInfo, nullptr, &guidInterface, index, pDevInterfaceData))
+        ++index;
+    if (index == 0)
+        return NO_OBJECT;
+    index = 0;
+    if (const DWORD dwResult = AUDIO_CHECK_WIN(
+            SetupDiEnumDeviceInterfaces(m_hDevInfo, nullptr, (LPGUID)&guidInterface, index, pDevInterfaceData)))
+        return dwResult;
+    if (SetupDiGetDeviceInterfaceDetailW(m_hDevInfo, pDevInterfaceData, nullptr, 0, &ulSize, nullptr))
+        return 0;
+    const DWORD dwError = GetLastError();
+    return dwError == ERROR_INSUFFICIENT_BUFFER ? 0 : dwError;
+}
+
+DWORD CCodecGainConfig::OpenDeviceInterface(SP_DEVICE_INTERFACE_DATA& oDevInterfaceData, SP_DEVINFO_DATA& oDevInfoData,
+                                            const DWORD& ulSize)
+{
+    if (AUDIO_FAIL_IF((ulSize == 0), BAD_ARGUMENT))
+        return BAD_ARGUMENT;
+    const std::unique_ptr<void, LocalMemory> pMemory(LocalAlloc(LPTR, ulSize));
+    auto* const pDevInterfaceDetailData = static_cast<PSP_DEVICE_INTERFACE_DETAIL_DATA_W>(pMemory.get());
+    if (AUDIO_MISSING(pDevInterfaceDetailData, NO_OBJECT))
+        return NO_OBJECT;
+    pDevInterfaceDetailData->cbSize = sizeof(*pDevInterfaceDetailData);
+    if (const DWORD dwResult =
+            AudioCheckWin(SetupDiGetDeviceInterfaceDetailW(m_hDevInfo, &oDevInterfaceData, pDevInterfaceDetailData,
+                                                           ulSize, nullptr, &oDevInfoData),
+                          AUDIO_LOG_SITE,
+                          "SetupDiGetDeviceInterfaceDetail(m_hDevInfo, &oDevInterfaceData, pDevInterfaceDetailData, "
+                          "ulSize, nullptr, &oDevInfoData)"))
+        return dwResult;
+    m_hDevicePath = CreateFileW(pDevInterfaceDetailData->DevicePath, GENERIC_READ | GENERIC_WRITE,
+                                FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr);
+    return AUDIO_FAIL_IF((INVALID_HANDLE_VALUE == m_hDevicePath), NO_HANDLE) ? NO_HANDLE : 0;
+}
+
+// The driver's answer, ulResult, is its own business.
+DWORD CCodecGainConfig::SetHWGain(ULONG ulGain, const char* pDone)
+{
+    if (m_hDevicePath == INVALID_HANDLE_VALUE)
+        return 0;
+    ULONG iGainStatus = ulGain; // little-endian: a request of one byte carries its first
+    ULONG ulResult = 1;
+    DWORD cbBytesReturned = 0;
+    if (const DWORD dwResult =
+            AudioCheckWin(DeviceIoControl(m_hDevicePath, m_oDesign.dwRequest, &iGainStatus, m_oDesign.dwSize, &ulResult,
+                                          m_oDesign.dwSize, &cbBytesReturned, nullptr),
+                          AUDIO_LOG_SITE, m_oDesign.pRequest))
+        return dwResult;
+    AUDIOLOG_DEBUG(pDone + (m_oDesign.bTellReturned ? std::to_string(cbBytesReturned) : std::string()));
+    return 0;
+}
