@@ -134,8 +134,9 @@ bool CAudioDATA::IsNearZeroEnergy(const FLOAT32* pData, INT32 iLen)
 
 INT32 CAudioDATA::AlignProcessDataLen(INT32 iDataLen, INT32 iChannel, INT32 iSampleRate)
 {
-    const INT32 iBlockDataLen = iSampleRate == 22050 ? iChannel * 441 : iChannel * iSampleRate / 100;
-    return iBlockDataLen > 0 ? iDataLen - iDataLen % iBlockDataLen : 0;
+    const INT64 iChannelCount = iChannel;
+    const INT64 iBlockDataLen = iSampleRate == 22050 ? iChannelCount * 441 : iChannelCount * iSampleRate / 100;
+    return iBlockDataLen > 0 ? iDataLen - static_cast<INT32>(iDataLen % iBlockDataLen) : 0;
 }
 
 INT32 CAudioDATA::CalcReSampleLen(INT32 iFrames, INT32 iFromRate, INT32 iToRate)

@@ -19,7 +19,7 @@ public:
     static INT64 GetTimeDiff(const SYSTEMTIME& stStart, const SYSTEMTIME& stEnd);
     static INT64 FileTimeToMs(const FILETIME& stFileTime);
 
-    // Empty, and logged, for a format with no conversion or too many, and for a text that is too long.
+    // Empty, and logged, for an empty format or one of more than seven conversions, and for a text that is too long.
     static std::string GetStrTime(const SYSTEMTIME& stTime, const std::string& strFormat);
     // Now, in local time.
     static std::string GetStrTime(const std::string& strFormat);
