@@ -108,8 +108,7 @@ int CBaseEngine::OutputDataFromQueue(FLOAT32* pf32OutputFrames, const int& iChan
 // go.
 CAudioFrame CBaseEngine::PopOutputFrame(int iSystemDataLen)
 {
-    // A stream taken off the algorithm gets no frame, so there is nothing to wait for.
-    for (int i = 0; i < iInlineWaitCount && m_bInlineMode == 1 && m_iBypassStatus == 0 && m_oOutputQueue.Empty(); ++i)
+    for (int i = 0; i < iInlineWaitCount && m_bInlineMode == 1 && m_oOutputQueue.Empty(); ++i)
         Sleep(dwInlineWait);
 
     CAudioFrame oFrame;

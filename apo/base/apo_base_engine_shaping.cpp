@@ -25,6 +25,14 @@ int PerSampleFrameLen(int iSampleRate)
 {
     return static_cast<int>(std::lround(static_cast<double>(iSampleRate) / 100.0));
 }
+
+// Floats of a system frame. 0 for one longer than any buffer, so that lengths can be added and converted in 32 bits.
+int SystemDataLen(int iChannel, UINT32 ulFrameCount)
+{
+    constexpr INT64 iMaxDataLen = 1 << 27;
+    const INT64 iDataLen = static_cast<INT64>(iChannel) * ulFrameCount;
+    return iDataLen > 0 && iDataLen <= iMaxDataLen ? static_cast<int>(iDataLen) : 0;
+}
 } // namespace
 
 void CBaseEngine::InitAudioCacheBuffer(const int& iChannel, const UINT32& ulFrameCount)
@@ -33,7 +41,7 @@ void CBaseEngine::InitAudioCacheBuffer(const int& iChannel, const UINT32& ulFram
         return;
     if (iChannel <= 0 || ulFrameCount == 0 || m_iOutputBlockLen == 0)
         return;
-    const int iSysDataLen = static_cast<int>(iChannel * ulFrameCount);
+    const int iSysDataLen = SystemDataLen(iChannel, ulFrameCount);
     if (AUDIO_FAIL_IF(iSysDataLen <= 0, 13))
         return;
     const int iSampleRate = GetSampleRate();
@@ -95,13 +103,12 @@ std::unique_ptr<FLOAT32[]> CBaseEngine::FormatNonStandardFrame(const FLOAT32* pI
 {
     const CTraceLog oTrace(__FUNCTION__, __FILE__, __LINE__, AUDIO_LEVEL_TRACE, {});
     iReSampleDataLen = 0;
-    const int iSysDataLen = static_cast<int>(iChannel * ulFrameCount);
+    const int iSysDataLen = SystemDataLen(iChannel, ulFrameCount);
     const int iSampleRate = GetSampleRate();
     // A rest is less than a block, and a block at most 20 ms.
     const int iRestDataLen = std::max(iChannel * PerSampleFrameLen(iSampleRate) * 2, m_iInputCacheDataLen);
-    if (AUDIO_FAIL_IF(iSysDataLen < 0, 13) ||
-        (m_iInputCacheDataLen + iSysDataLen > m_pInputCacheBuffer.GetCapacity() &&
-         !GrowCache(m_pInputCacheBuffer, iRestDataLen + iSysDataLen, m_iInputCacheDataLen, "m_pInputCacheBuffer")))
+    if (m_iInputCacheDataLen + iSysDataLen > m_pInputCacheBuffer.GetCapacity() &&
+        !GrowCache(m_pInputCacheBuffer, iRestDataLen + iSysDataLen, m_iInputCacheDataLen, "m_pInputCacheBuffer"))
         return nullptr;
     if (AUDIO_CHECK(memmove_s(m_pInputCacheBuffer + m_iInputCacheDataLen, sizeof(FLOAT32) * iSysDataLen,
                               pInputMicBuffer, sizeof(FLOAT32) * iSysDataLen)) != 0)
@@ -139,7 +146,7 @@ int CBaseEngine::FormatOutputFrameToQueue(const FLOAT32* pInputMicBuffer, const 
     AUDIO_CHECK(memmove_s(m_pAlgoOutputBuffer, sizeof(FLOAT32) * m_iAlgoOutputDataLen,
                           m_pAlgoOutputBuffer + iStandardDataLen, sizeof(FLOAT32) * m_iAlgoOutputDataLen));
 
-    const int iSystemDataLen = iOutChannelCount * m_iSystemFrameLen;
+    const int iSystemDataLen = SystemDataLen(iOutChannelCount, static_cast<UINT32>(int{m_iSystemFrameLen}));
     if (const int iResult = AppendOutputCache(pReSamplerBuffer.get(), iReSampleDataLen, iSystemDataLen))
         return iResult;
     return CutSystemFrames(iSystemDataLen);

@@ -89,3 +89,22 @@ TEST_F(ShapingTest, LongerCallbacksGrowTheCachesOnce)
     EXPECT_EQ(CountLog("m_pOutputCacheBuffer grown, SystemPerFrame Length:4096"), 1U);
     EXPECT_EQ(CountLog(" grown,"), 2U);
 }
+
+TEST_F(ShapingTest, FrameCountsBeyondAnyBufferAreRefused)
+{
+    StartLog(AUDIO_LEVEL_INFO);
+    const UINT32 aFrameCounts[] = {0x3FFFFFFF, 0x7FFFFFFF, 0xFFFFFFFF};
+    for (const UINT32 ulFrameCount : aFrameCounts)
+    {
+        MakeHandEngine(2, 44100);
+        EXPECT_EQ(m_pEngine->InputDataToQueue(nullptr, 2, ulFrameCount), 13);
+        // A period of such a count behind a good one: the worker has nothing to cut its output into.
+        MakeHandEngine();
+        Input(Ramp(480 * 4));
+        m_pEngine->m_iSystemFrameLen = static_cast<int>(ulFrameCount);
+        RunAlgorithm();
+        EXPECT_TRUE(m_pEngine->m_oOutputQueue.Empty());
+        EXPECT_EQ(m_pEngine->m_iOutputCacheDataLen, 960 * 4);
+    }
+    EXPECT_EQ(CountLog("iSysDataLen <= 0"), std::size(aFrameCounts));
+}
