@@ -31,6 +31,9 @@ typedef struct _OVERLAPPED
     HANDLE hEvent;
 } OVERLAPPED, *LPOVERLAPPED;
 
+typedef VOID(WINAPI* LPOVERLAPPED_COMPLETION_ROUTINE)(DWORD dwErrorCode, DWORD dwNumberOfBytesTransfered,
+                                                      LPOVERLAPPED lpOverlapped);
+
 typedef struct _SYSTEMTIME
 {
     WORD wYear;

@@ -95,6 +95,20 @@ extern "C"
     BOOL DeleteFileA(LPCSTR lpFileName);
     BOOL CopyFileA(LPCSTR lpExistingFileName, LPCSTR lpNewFileName, BOOL bFailIfExists);
 
+    // Waits for a change of names in a folder that CreateFile opened, and gives one a call; none, with no bytes, when
+    // changes were lost. A folder that is removed or moved away is told as the removal of its own name. lpOverlapped and
+    // lpCompletionRoutine must be null: CancelIoEx ends the wait, with ERROR_OPERATION_ABORTED.
+    BOOL ReadDirectoryChangesW(HANDLE hDirectory, LPVOID lpBuffer, DWORD nBufferLength, BOOL bWatchSubtree,
+                               DWORD dwNotifyFilter, LPDWORD lpBytesReturned, LPOVERLAPPED lpOverlapped,
+                               LPOVERLAPPED_COMPLETION_ROUTINE lpCompletionRoutine);
+
+    // The event log: eventlog.txt in the machine's folder, one record a line. A server's name, a user's id and raw data
+    // are refused.
+    HANDLE RegisterEventSourceA(LPCSTR lpUNCServerName, LPCSTR lpSourceName);
+    BOOL ReportEventA(HANDLE hEventLog, WORD wType, WORD wCategory, DWORD dwEventID, PVOID lpUserSid, WORD wNumStrings,
+                      DWORD dwDataSize, LPCSTR* lpStrings, LPVOID lpRawData);
+    BOOL DeregisterEventSource(HANDLE hEventLog);
+
     // Modules: shared objects whose exported DllMain, if any, is told of attach and detach.
     HMODULE LoadLibraryA(LPCSTR lpLibFileName);
     BOOL FreeLibrary(HMODULE hLibModule);
