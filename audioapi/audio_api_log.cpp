@@ -3,57 +3,52 @@
 
 #include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_monitor.h"
-#include "audioapi/audio_api_registry.h"
+#include "audioapi/audio_api_settings.h"
 #include "audioapi/audio_api_string.h"
 #include "audioapi/audio_api_system.h"
 
 #include <algorithm>
 #include <exception>
-#include <limits>
 #include <mutex>
 #include <new>
 
 namespace
 {
-constexpr UINT64 BYTES_PER_DEBUG_SIZE = 1000000; // the registry counts megabytes
-
 // By level, from 1 on.
 constexpr const char* LEVEL_WORDS[] = {"TRACE", "DEBUG", "INFO", "WARN", "ERROR", "FATA"};
-
-// The number under AUDIO_DEBUG_PATH, or iMissing when it can't be read.
-UINT32 ReadSetting(const char* pName, UINT32 iMissing)
-{
-    UINT32 iValue = iMissing;
-    CAudioREG::ReadRegValue(AUDIO_DEBUG_PATH, pName, iValue);
-    return iValue;
-}
 } // namespace
 
 CAudioLog::~CAudioLog()
 {
     CAudioMonitor::StopMonitorThread(&m_iLOGThreadRun, m_hLOGEvent, m_pLOGThreadWorker);
     CAudioMonitor::StopMonitorThread(&m_iDebugThreadRun, m_hRegistEvent, m_pDebugThreadWorker);
+    // While the queue is there, for their workers log.
+    m_pAudioDir.Reset();
+    m_pAudioEvent.Reset();
 }
 
 void CAudioLog::Initialize(HMODULE hModule)
 {
-    ReadSettings();
+    // The names before the folder's keeper, which tells the callers that all of it is there.
     m_dwProcessID = GetCurrentProcessId();
     m_strModuleName = CAudioSYS::GetModuleBaseName(hModule);
     m_strLogPath = CAudioSYS::GetDiagnosticsPath(m_strModuleName);
+    m_pAudioDir.Make();
+    ReadSettings();
     CreatLogThread();
+    if (m_pAudioDir != nullptr)
+        m_pAudioDir->Initialize(m_strModuleName, ".log", m_iDebugNum);
     m_pDebugThreadWorker = CAudioMonitor::CreateMonitorThread(ProcessDebugWorkerThread, this, &m_iDebugThreadRun);
+    if (CAudioEvent* const pAudioEvent = m_pAudioEvent.Make())
+        pAudioEvent->Initialize(m_strModuleName);
 }
 
 void CAudioLog::ReadSettings()
 {
-    m_iDebugLevel = ReadSetting(AUDIO_DEBUG_LEVEL, 0);
-    const UINT64 iDebugSize = ReadSetting(AUDIO_DEBUG_SIZE, 0) * BYTES_PER_DEBUG_SIZE;
-    const UINT64 iLargestSize = std::numeric_limits<UINT32>::max(); // a larger limit would wrap round to a small one
-    m_iDebugSize = iDebugSize == 0 ? DEFAULT_DEBUG_SIZE : static_cast<UINT32>(std::min(iDebugSize, iLargestSize));
-    const UINT32 iDebugNum = ReadSetting(AUDIO_DEBUG_NUM, 0);
-    m_iDebugNum = iDebugNum == 0 ? DEFAULT_DEBUG_NUM : iDebugNum;
-    m_iEventLevel = ReadSetting(AUDIO_EVENT_LEVEL, 1);
+    m_iDebugLevel = CAudioSettings::ReadNumber(AUDIO_DEBUG_PATH, AUDIO_DEBUG_LEVEL, 0);
+    m_iDebugSize = CAudioSettings::ReadMegabytes(AUDIO_DEBUG_PATH, AUDIO_DEBUG_SIZE, DEFAULT_DEBUG_SIZE);
+    m_iDebugNum = CAudioSettings::ReadCount(AUDIO_DEBUG_PATH, AUDIO_DEBUG_NUM, DEFAULT_DEBUG_NUM);
+    m_iEventLevel = CAudioSettings::ReadNumber(AUDIO_DEBUG_PATH, AUDIO_EVENT_LEVEL, 1);
 }
 
 void CAudioLog::CreatLogThread()
@@ -106,8 +101,11 @@ bool CAudioLog::QueueItem(std::string_view strFunction, std::string_view strFile
 
 void CAudioLog::RecordEventItem(const std::string& strFunction, const std::string& strFile, const UINT32& iLine,
                                 const UINT32& iLevel, const INT64& iErrorCode, const std::string& strMessage,
-                                const DWORD&, const DWORD&, INT64 pObject)
+                                const WORD& dwEventType, const DWORD& dwEventID, INT64 pObject)
 {
+    CAudioEvent* const pAudioEvent = m_pAudioEvent;
+    if (pAudioEvent != nullptr && m_iEventLevel != 0)
+        pAudioEvent->RecordItem(dwEventType, dwEventID, iErrorCode, strMessage, pObject);
     RecordItem(strFunction, strFile, iLine, iLevel, iErrorCode, strMessage, pObject);
 }
 

@@ -2,7 +2,10 @@
 #pragma once
 
 #include "audioapi/audio_api_atomic.h"
+#include "audioapi/audio_api_dir.h"
+#include "audioapi/audio_api_event.h"
 #include "audioapi/audio_api_lock.h"
+#include "audioapi/audio_api_published.h"
 #include "audioapi/audio_api_singleton.h"
 #include "audioapi/audio_api_worker_event.h"
 
@@ -43,7 +46,7 @@ struct FileInfo
 {
     std::string strKey;      // what the file belongs to; the log has one file and no key
     std::string strFileName; // whole path
-    UINT32 iSize = 0;        // bytes that this worker wrote under this name
+    UINT64 iSize = 0;        // bytes that this worker wrote under this name
 };
 
 // Writes nothing until the level is 1 to 6 and the log's folder exists. Usable before Initialize: each call returns at
@@ -54,11 +57,20 @@ public:
     // Reads the settings and starts the workers. hModule names the log's folder and files. Called once.
     void Initialize(HMODULE hModule);
 
-    // Whether a line of this level would be kept. Any thread, one load.
+    // Whether a line of this level would be kept. Any thread; one load for a level that is off.
     bool IsRecorded(UINT32 iLevel) const
     {
         const UINT32 iDebugLevel = m_iDebugLevel;
-        return iDebugLevel >= AUDIO_LEVEL_TRACE && iDebugLevel <= AUDIO_LEVEL_FATA && iLevel >= iDebugLevel;
+        if (iDebugLevel < AUDIO_LEVEL_TRACE || iDebugLevel > AUDIO_LEVEL_FATA || iLevel < iDebugLevel)
+            return false;
+        const CAudioDir* const pAudioDir = m_pAudioDir;
+        return pAudioDir != nullptr && pAudioDir->Exists();
+    }
+
+    // Whether a report would be kept, in the event log or as a line. Any thread.
+    bool IsEventRecorded(UINT32 iLevel) const
+    {
+        return (m_iEventLevel != 0 && m_pAudioEvent != nullptr) || IsRecorded(iLevel);
     }
 
     // Queues one line, whatever its length. Any thread; never touches a file. Code 0 selects the short form; pObject,
@@ -66,10 +78,10 @@ public:
     void RecordItem(const std::string& strFunction, const std::string& strFile, const UINT32& iLine,
                     const UINT32& iLevel, const INT64& iErrorCode, const std::string& strMessage, INT64 pObject = 0);
 
-    // Queues the line of a report.
+    // Puts a report into the event log, unless the setting turns events off, and queues its line. Any thread.
     void RecordEventItem(const std::string& strFunction, const std::string& strFile, const UINT32& iLine,
                          const UINT32& iLevel, const INT64& iErrorCode, const std::string& strMessage,
-                         const DWORD& dwEventType, const DWORD& dwEventID, INT64 pObject = 0);
+                         const WORD& dwEventType, const DWORD& dwEventID, INT64 pObject = 0);
 
 private:
     friend class CAudioSingleton<CAudioLog>;
@@ -90,13 +102,14 @@ private:
     std::string GetLogFileName() const;
 
     static void CALLBACK ProcessDebugWorkerThread(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK);
-    void FollowSettings(HKEY hKey);
     void ReadSettings();
 
     static constexpr UINT32 DEFAULT_DEBUG_SIZE = 20480000; // bytes
     static constexpr UINT32 DEFAULT_DEBUG_NUM = 200;
 
-    CAudioRelaxed<DWORD> m_dwProcessID{0};
+    CAudioPublished<CAudioDir> m_pAudioDir;
+    CAudioPublished<CAudioEvent> m_pAudioEvent;
+    DWORD m_dwProcessID = 0;
     std::string m_strLogPath;
     std::string m_strModuleName;
     CAudioRelaxed<UINT32> m_iDebugLevel{0};
@@ -143,11 +156,17 @@ void AudioLogFailure(const AudioLogSite& oSite, INT64 iErrorCode, const char* pT
 
 // Line and event log record in one: information, warning, error.
 #define AUDIO_LOG_EVENT(iLevel, iErrorCode, strText, dwEventType, dwEventID)                                           \
-    CAudioLog::Instance()->RecordEventItem(__FUNCTION__, __FILE__, __LINE__, iLevel, iErrorCode, strText, dwEventType, \
-                                           dwEventID)
-#define AUDIOLOG_EVENT_INFO(strText) AUDIO_LOG_EVENT(AUDIO_LEVEL_INFO, 0, strText, 4, 0x40020F01)
-#define AUDIOLOG_EVENT_WARN(strText) AUDIO_LOG_EVENT(AUDIO_LEVEL_WARN, 0, strText, 2, 0x80020F02)
-#define AUDIOLOG_EVENT_ERROR(iErrorCode, strText) AUDIO_LOG_EVENT(AUDIO_LEVEL_ERROR, iErrorCode, strText, 1, 0xC0020F03)
+    do                                                                                                                 \
+    {                                                                                                                  \
+        if (CAudioLog::Instance()->IsEventRecorded(iLevel))                                                            \
+            CAudioLog::Instance()->RecordEventItem(__FUNCTION__, __FILE__, __LINE__, iLevel, iErrorCode, strText,      \
+                                                   dwEventType, dwEventID);                                            \
+    } while (false)
+#define AUDIOLOG_EVENT_INFO(strText)                                                                                   \
+    AUDIO_LOG_EVENT(AUDIO_LEVEL_INFO, 0, strText, EVENTLOG_INFORMATION_TYPE, 0x40020F01)
+#define AUDIOLOG_EVENT_WARN(strText) AUDIO_LOG_EVENT(AUDIO_LEVEL_WARN, 0, strText, EVENTLOG_WARNING_TYPE, 0x80020F02)
+#define AUDIOLOG_EVENT_ERROR(iErrorCode, strText)                                                                      \
+    AUDIO_LOG_EVENT(AUDIO_LEVEL_ERROR, iErrorCode, strText, EVENTLOG_ERROR_TYPE, 0xC0020F03)
 
 template <class T> T AudioCheckResult(T tResult, const AudioLogSite& oSite, const char* pText)
 {

@@ -2,13 +2,14 @@
 #include "audioapi/audio_api_log.h"
 
 #include "audioapi/audio_api_const.h"
+#include "audioapi/audio_api_queue.h"
 #include "audioapi/audio_api_registry.h"
+#include "audioapi/audio_api_settings.h"
 #include "audioapi/audio_api_string.h"
 #include "audioapi/audio_api_time.h"
 
 #include <exception>
 #include <mutex>
-#include <utility>
 
 namespace
 {
@@ -35,26 +36,13 @@ void CALLBACK CAudioLog::ProcessLOGWorkerThread(PTP_CALLBACK_INSTANCE, PVOID pCo
     auto* pThis = static_cast<CAudioLog*>(pContext);
     if (AUDIO_MISSING(pThis, 87))
         return;
+    if (AUDIO_MISSING(pThis->m_hLOGEvent, 6))
+        return;
     try
     {
         FileInfo oFileInfo;
         oFileInfo.strFileName = pThis->GetLogFileName();
-        while (pThis->m_iLOGThreadRun == 1)
-        {
-            if (AUDIO_MISSING(pThis->m_hLOGEvent, 6))
-                return;
-            if (WaitForSingleObject(pThis->m_hLOGEvent, INFINITE) != WAIT_OBJECT_0)
-            {
-                Sleep(1);
-                continue;
-            }
-            // Before the batch, so that a line queued behind its last one wakes the worker again.
-            ResetEvent(pThis->m_hLOGEvent);
-            if (pThis->m_iLOGThreadRun == 0)
-                return;
-            pThis->WriteBatch(oFileInfo);
-            Sleep(0);
-        }
+        RunQueueWorker(pThis->m_iLOGThreadRun, pThis->m_hLOGEvent, [&] { pThis->WriteBatch(oFileInfo); });
     }
     catch (const std::exception&)
     {
@@ -65,11 +53,7 @@ void CALLBACK CAudioLog::ProcessLOGWorkerThread(PTP_CALLBACK_INSTANCE, PVOID pCo
 std::unique_ptr<CAudioLogItem> CAudioLog::TakeItem()
 {
     const std::lock_guard<CAudioLock> oGuard(m_oLogLock);
-    if (m_oLogQueue.empty())
-        return nullptr;
-    std::unique_ptr<CAudioLogItem> pItem = std::move(m_oLogQueue.front());
-    m_oLogQueue.pop_front();
-    return pItem;
+    return TakeFront(m_oLogQueue);
 }
 
 // Writes what is in the queue, and what comes while it does. A file that can't be opened queues one more line for each
@@ -91,7 +75,7 @@ void CAudioLog::WriteBatch(FileInfo& oFileInfo)
             }
             const int iCount = WriteItem(pFile, *pItem);
             if (iCount >= 1)
-                oFileInfo.iSize += static_cast<UINT32>(iCount);
+                oFileInfo.iSize += static_cast<UINT64>(iCount);
         }
     }
     catch (const std::exception&)
@@ -133,46 +117,11 @@ void CALLBACK CAudioLog::ProcessDebugWorkerThread(PTP_CALLBACK_INSTANCE, PVOID p
     auto* pThis = static_cast<CAudioLog*>(pContext);
     if (AUDIO_MISSING(pThis, 87))
         return;
+    pThis->m_hRegistEvent.Create();
+    if (AUDIO_MISSING(pThis->m_hRegistEvent, 6))
+        return;
     HKEY hKey = nullptr;
-    try
-    {
-        HANDLE hEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-        if (hEvent == nullptr)
-        {
-            AUDIOLOG_ERROR(6, "pThis->m_hRegistEvent");
-            return;
-        }
-        const DWORD dwResult = CAudioREG::RegNotifyStart(AUDIO_DEBUG_PATH, hKey, hEvent);
-        if (dwResult != 0)
-        {
-            AUDIOLOG_ERROR(dwResult, "CAudioREG::RegNotifyStart(AUDIO_DEBUG_PATH, hKey, pThis->m_hRegistEvent)");
-            return;
-        }
-        // Not earlier: a start that fails closes the event, which the owner could be signalling.
-        pThis->m_hRegistEvent.Publish(hEvent);
-        pThis->FollowSettings(hKey);
-    }
-    catch (const std::exception&)
-    {
-        // No exception leaves a worker; without memory the settings stay as they are.
-    }
-    if (hKey != nullptr)
-        RegCloseKey(hKey);
-}
-
-// Until the stop, which closes the event.
-void CAudioLog::FollowSettings(HKEY hKey)
-{
-    while (m_iDebugThreadRun == 1)
-    {
-        if (WaitForSingleObject(m_hRegistEvent, INFINITE) != WAIT_OBJECT_0)
-        {
-            Sleep(1);
-            continue;
-        }
-        if (m_iDebugThreadRun == 0)
-            return;
-        ReadSettings();
-        CAudioREG::RegNotifyReset(hKey, m_hRegistEvent);
-    }
+    if (AUDIO_CHECK(CAudioREG::RegNotifyStart(AUDIO_DEBUG_PATH, hKey, pThis->m_hRegistEvent)) == 0)
+        CAudioSettings::Follow(hKey, pThis->m_hRegistEvent, pThis->m_iDebugThreadRun,
+                               [pThis] { pThis->ReadSettings(); });
 }

@@ -2,6 +2,7 @@
 #include "audioapi/audio_api_system.h"
 
 #include "audioapi/audio_api_const.h"
+#include "audioapi/audio_api_file_search.h"
 #include "audioapi/audio_api_log.h"
 #include "audioapi/audio_api_string.h"
 #include "audioapi/audio_api_time.h"
@@ -9,34 +10,6 @@
 #include <algorithm>
 #include <functional>
 #include <map>
-
-namespace
-{
-constexpr DWORD PLAIN_DIRECTORY = 16; // attributes of a folder that is nothing else
-
-// Closes the search with the scope.
-class CFileSearch
-{
-public:
-    CFileSearch(const std::string& strWanted, WIN32_FIND_DATAA& stFound)
-        : m_hSearch(FindFirstFileA(strWanted.c_str(), &stFound))
-    {
-    }
-    ~CFileSearch()
-    {
-        if (IsOpen())
-            FindClose(m_hSearch);
-    }
-    CFileSearch(const CFileSearch&) = delete;
-    CFileSearch& operator=(const CFileSearch&) = delete;
-
-    bool IsOpen() const { return m_hSearch != INVALID_HANDLE_VALUE; }
-    bool Next(WIN32_FIND_DATAA& stFound) { return FindNextFileA(m_hSearch, &stFound) != FALSE; }
-
-private:
-    HANDLE m_hSearch;
-};
-} // namespace
 
 void CAudioSYS::GetMatchFileList(const std::string& strDir, const std::string& strPattern,
                                  std::vector<WIN32_FIND_DATAA>& oFileList)

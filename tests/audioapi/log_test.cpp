@@ -173,25 +173,25 @@ TEST_F(LogTest, LosesNothingAndKeepsEachThreadsOrder)
 
 TEST_F(LogTest, StopsAtOnceWhileItsFileCantBeOpened)
 {
-    SetRegistry(AUDIO_DEBUG_PATH, AUDIO_DEBUG_LEVEL, AUDIO_LEVEL_TRACE);
-    CAudioLog::Instance()->Initialize(nullptr);
+    StartLog();
+    machine::FailNext("fopen_s", 13, -1);
     for (int i = 0; i < 1000; ++i)
         Record(AUDIO_LEVEL_INFO, "nowhere to go");
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
     const auto oStart = std::chrono::steady_clock::now();
     CAudioLog::DeleteInstance();
     EXPECT_LT(std::chrono::steady_clock::now() - oStart, std::chrono::milliseconds(500));
-    EXPECT_TRUE(ListFiles(LogFolder()).empty());
+    machine::ClearFailures();
+    EXPECT_EQ(CountLog("nowhere to go"), 0u);
 
-    // Once there is a folder the failures themselves are read.
-    CAudioLog::Instance()->Initialize(nullptr);
+    // Once files open again the failures themselves are read.
+    StartLog();
+    machine::FailNext("fopen_s", 13, 5);
     Record(AUDIO_LEVEL_INFO, "lost");
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    MakeFolder(LogFolder());
     const std::vector<LogLine> vecFailures = FindLog("fopen_s(&pFile, oFileInfo.strFileName.c_str(), \"at+\")");
     ASSERT_FALSE(vecFailures.empty());
     EXPECT_EQ(vecFailures[0].strLevel, "ERROR");
-    EXPECT_EQ(vecFailures[0].iErrorCode, 2);
+    EXPECT_EQ(vecFailures[0].iErrorCode, 13);
     EXPECT_EQ(CountLog("lost"), 0u);
 }
 
@@ -201,20 +201,21 @@ TEST_F(LogTest, GoesOnWithoutWhatThePlatformRefuses)
     {
         const char* pCall;
         DWORD dwError;
+        int iTimes;
         int iSkip;
         const char* pText; // null: no writer, so no line at all
         long long iErrorCode;
     } oCases[] = {
-        {"CreateEventW", 8, 0, nullptr, 0},
-        {"CreateThreadpoolWork", 8, 0, nullptr, 0},
-        {"CreateThreadpoolWork", 8, 1, "Create Thread failed!", 6},
-        {"CreateEventW", 8, 1, "pThis->m_hRegistEvent", 6},
-        {"RegNotifyChangeKeyValue", 5, 0, "CAudioREG::RegNotifyStart(AUDIO_DEBUG_PATH, hKey, pThis->m_hRegistEvent)",
+        {"CreateEventW", 8, 1, 0, nullptr, 0},
+        {"CreateThreadpoolWork", 8, 1, 0, nullptr, 0},
+        {"CreateThreadpoolWork", 8, 1, 2, "Create Thread failed!", 6},
+        {"CreateEventW", 8, 2, 1, "pThis->m_hRegistEvent", 6}, // beside the event reporter's,
+        {"RegNotifyChangeKeyValue", 5, 1, 0, "CAudioREG::RegNotifyStart(AUDIO_DEBUG_PATH, hKey, pThis->m_hRegistEvent)",
          5},
     };
     for (const auto& oCase : oCases)
     {
-        machine::FailNext(oCase.pCall, oCase.dwError, 1, oCase.iSkip);
+        machine::FailNext(oCase.pCall, oCase.dwError, oCase.iTimes, oCase.iSkip);
         StartLog(AUDIO_LEVEL_ERROR);
         const std::string strCase = oCase.pText != nullptr ? oCase.pText : oCase.pCall;
         if (oCase.pText == nullptr)

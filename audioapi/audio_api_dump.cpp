@@ -1,0 +1,115 @@
+// The dump's calling side, which fills a bounded queue, and its start and stop.
+#include "audioapi/audio_api_dump.h"
+
+#include "audioapi/audio_api_const.h"
+#include "audioapi/audio_api_monitor.h"
+#include "audioapi/audio_api_settings.h"
+#include "audioapi/audio_api_system.h"
+
+#include <exception>
+#include <iterator>
+#include <mutex>
+#include <new>
+#include <utility>
+
+CAudioDump::~CAudioDump()
+{
+    m_iDumpThreadRun = 0;
+    CAudioMonitor::StopMonitorThread(&m_iDumpThreadRun, m_hPCMEvent, m_pPCMThreadWorker);
+    CAudioMonitor::StopMonitorThread(&m_iDumpThreadRun, m_hRegistEvent, m_pDumpThreadWorker);
+    ReportLost(m_iDropCount);
+    m_pAudioDir.Reset();
+}
+
+void CAudioDump::Initialize(HMODULE hModule)
+{
+    // The names before the folder's keeper, which tells the callers that all of it is there.
+    m_dwProcessID = GetCurrentProcessId();
+    m_strModuleName = CAudioSYS::GetModuleBaseName(hModule);
+    m_strDumpPath = CAudioSYS::GetDiagnosticsPath(m_strModuleName);
+    m_pAudioDir.Make();
+    ReadSettings();
+    CreatPCMThread();
+    CreatDumpThread();
+    if (m_pAudioDir != nullptr)
+        m_pAudioDir->Initialize(m_strModuleName, ".pcm", m_iDumpNum);
+}
+
+void CAudioDump::ReadSettings()
+{
+    m_iDumpLevel = static_cast<INT32>(CAudioSettings::ReadNumber(AUDIO_DUMP_PATH, AUDIO_DUMP_LEVEL, 0));
+    m_iDumpSize = CAudioSettings::ReadMegabytes(AUDIO_DUMP_PATH, AUDIO_DUMP_SIZE, DEFAULT_DUMP_SIZE);
+    m_iDumpNum = CAudioSettings::ReadCount(AUDIO_DUMP_PATH, AUDIO_DUMP_NUM, DEFAULT_DUMP_NUM);
+}
+
+void CAudioDump::CreatPCMThread()
+{
+    m_hPCMEvent.Create();
+    if (AUDIO_MISSING(m_hPCMEvent, 6))
+        return;
+    m_pPCMThreadWorker = CAudioMonitor::CreateMonitorThread(ProcessPCMWorkerThread, this, &m_iDumpThreadRun);
+}
+
+// Runs by the flag that the writer's start has set.
+void CAudioDump::CreatDumpThread()
+{
+    m_pDumpThreadWorker = CreateThreadpoolWork(ProcessDumpWorkerThread, this, nullptr);
+    if (AUDIO_MISSING(m_pDumpThreadWorker, 6))
+        return;
+    SubmitThreadpoolWork(m_pDumpThreadWorker);
+}
+
+void CAudioDump::RecordItem(const void* pData, const INT32& iLen, const INT32& iType)
+{
+    const bool bNamed = iType >= 0 && iType < static_cast<INT32>(std::size(AUDIO_DUMP_STREAM_NAME));
+    RecordItemByName(pData, iLen, bNamed ? AUDIO_DUMP_STREAM_NAME[iType] : "Unknow");
+}
+
+void CAudioDump::QueueItem(const void* pData, const INT32& iLen, std::string_view strName) noexcept
+try
+{
+    const CAudioDir* const pAudioDir = m_pAudioDir;
+    if (pData == nullptr || iLen <= 0 || pAudioDir == nullptr || !pAudioDir->Exists())
+        return;
+    std::unique_ptr<CAudioDumpItem> pItem(new (std::nothrow) CAudioDumpItem);
+    if (AUDIO_MISSING(pItem, 87))
+        return;
+    pItem->iLen = static_cast<UINT32>(iLen);
+    pItem->pData.reset(new (std::nothrow) BYTE[pItem->iLen]);
+    if (AUDIO_MISSING(pItem->pData, 13))
+        return;
+    if (memcpy_s(pItem->pData.get(), pItem->iLen, pData, pItem->iLen) != 0)
+    {
+        AUDIOLOG_ERROR(22, "memcpy_s(pItem->pData, iLen, pData, iLen)");
+        return;
+    }
+    pItem->strName = GetItemName(strName);
+    if (!PushItem(std::move(pItem)))
+        AUDIOLOG_WARN("Dump queue is full, blocks are lost");
+    if (m_hPCMEvent != nullptr)
+        SetEvent(m_hPCMEvent);
+}
+catch (const std::exception&)
+{
+    // Without memory for its name or its place in the queue the block is lost.
+}
+
+std::string CAudioDump::GetItemName(std::string_view strName) const
+{
+    std::string strItemName = m_strDumpPath + "\\" + m_strModuleName + "_";
+    strItemName.append(strName).append("_").append("P").append(std::to_string(m_dwProcessID));
+    if (m_iDumpLevel == LEVEL_PER_THREAD)
+        strItemName.append("_").append("T").append(std::to_string(GetCurrentThreadId()));
+    return strItemName.append("_").append(".pcm");
+}
+
+// False for the first block of an episode that the bound refuses.
+bool CAudioDump::PushItem(std::unique_ptr<CAudioDumpItem> pItem)
+{
+    const std::lock_guard<CAudioLock> oGuard(m_oDumpLock);
+    if (m_iQueueBytes + pItem->iLen > QUEUE_BOUND)
+        return m_iDropCount++ != 0;
+    m_iQueueBytes += pItem->iLen;
+    m_oDumpQueue.push_back(std::move(pItem));
+    return true;
+}
