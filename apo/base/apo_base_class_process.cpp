@@ -4,6 +4,7 @@
 
 #include "apo/base/apo_base_connections.h"
 #include "audioapi/audio_api_const.h"
+#include "audioapi/audio_api_dump.h"
 #include "audioapi/audio_api_log.h"
 
 #include <algorithm>
@@ -20,6 +21,16 @@ void SetOutput(APO_CONNECTION_PROPERTY* pOutput, UINT32 u32ValidFrameCount, APO_
 {
     pOutput->u32ValidFrameCount = u32ValidFrameCount;
     pOutput->u32BufferFlags = u32BufferFlags;
+}
+
+// Records one side of a period, when samples are dumped.
+void DumpFrames(const APO_CONNECTION_PROPERTY* pConnection, int iChannelCount, UINT32 u32FrameCount,
+                const std::string& strName)
+{
+    if (CAudioDump::Instance()->IsOn())
+        CAudioDump::Instance()->RecordItemByName(
+            Samples(pConnection),
+            static_cast<INT32>(static_cast<UINT32>(iChannelCount) * u32FrameCount * sizeof(FLOAT32)), strName);
 }
 } // namespace
 
@@ -85,7 +96,12 @@ RT_CODE int CBaseAPO::ProcessAudioBuffer(UINT32, APO_CONNECTION_PROPERTY** ppInp
         return 6;
     int iResult = m_bNeedUpdataPara == 1 ? AUDIO_CHECK(m_pEngine->RefreshAlgorithmParams()) : 0;
     if (iResult == 0)
+    {
+        const UINT32 u32FrameCount = ppInputConnections[0]->u32ValidFrameCount;
+        DumpFrames(ppInputConnections[0], m_pEngine->GetInChannelCount(), u32FrameCount, m_strDumpInName);
         iResult = ExchangeFrames(ppInputConnections, ppOutputConnections);
+        DumpFrames(ppOutputConnections[0], m_pEngine->GetOutChannelCount(), u32FrameCount, m_strDumpOutName);
+    }
     SetOutput(ppOutputConnections[0], ppInputConnections[0]->u32ValidFrameCount, ppInputConnections[0]->u32BufferFlags);
     return iResult;
 }

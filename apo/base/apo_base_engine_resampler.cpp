@@ -1,6 +1,7 @@
 // The choice of a conversion between the stream's rate and the algorithm's 48 kHz.
 #include "apo/base/apo_base_engine.h"
 
+#include "audioapi/audio_api_dump.h"
 #include "audioapi/audio_api_log.h"
 
 #include <algorithm>
@@ -43,6 +44,12 @@ std::unique_ptr<FLOAT32[]> NewFloats(int iDataLen)
 {
     return std::unique_ptr<FLOAT32[]>(new (std::nothrow) FLOAT32[static_cast<size_t>(iDataLen)]);
 }
+
+// Records a converted block, when samples are dumped.
+void DumpBlock(const FLOAT32* pFrames, int iDataLen, const char* pName)
+{
+    CAudioDump::Instance()->RecordItemByName(pFrames, iDataLen * static_cast<int>(sizeof(FLOAT32)), pName);
+}
 } // namespace
 
 std::unique_ptr<FLOAT32[]> CBaseEngine::ReSamplerDataTo48K(const FLOAT32* pMicInputFrames, const int& iChannel,
@@ -74,6 +81,7 @@ std::unique_ptr<FLOAT32[]> CBaseEngine::ReSamplerDataTo48K(const FLOAT32* pMicIn
         pReSampleOwner = pConversion->fnTo48K(pMicInputFrames, iChannel, iFramelen);
     }
     iReSampleDataLen *= iChannel;
+    DumpBlock(pReSampleOwner.get(), iReSampleDataLen, "InputSample");
     return pReSampleOwner;
 }
 
@@ -106,5 +114,6 @@ std::unique_ptr<FLOAT32[]> CBaseEngine::ReSamplerDataFrom48K(const FLOAT32* pMic
         pReSampleOwner = pConversion->fnFrom48K(pMicInputFrames, iChannel, iFramelen);
     }
     iReSampleDataLen *= iChannel;
+    DumpBlock(pReSampleOwner.get(), iReSampleDataLen, "OutputSample");
     return pReSampleOwner;
 }
