@@ -138,6 +138,9 @@ inline constexpr const char* AUDIO_SYSTEM_DEPENDENCE_DLL[] = {
 // 1: the watcher of this number is started.
 inline constexpr INT32 AUDIO_MONITOR_LIST[] = {1, 1, 1, 1, 0, 0, 0, 0, 1, 0, 0, 0, 1};
 
+// Another program's event, signalled when a stream is late.
+inline constexpr wchar_t AUDIO_CPU_STATUS_EVENT[] = L"Global\\MonitorCPUStatus";
+
 // The embedded controller channel.
 inline constexpr wchar_t AUDIO_WMI_ROOT_NAME[] = L"ROOT\\WMI";
 inline constexpr wchar_t AUDIO_WMI_CLASS_NAME[] = L"OemWMIMethod";

@@ -1,7 +1,9 @@
-// The start and the stop that every worker of the module goes through.
+// The start and the stop that every worker of the module goes through, and the one call that leaves the monitor.
 #include "audioapi/audio_api_monitor.h"
 
+#include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_log.h"
+#include "audioapi/audio_api_registry.h"
 
 PTP_WORK CAudioMonitor::CreateMonitorThread(PTP_WORK_CALLBACK pfnWorker, PVOID pContext, CAudioFlag* piRunFlag)
 {
@@ -28,4 +30,21 @@ void CAudioMonitor::StopMonitorThread(CAudioFlag* piRunFlag, CAudioWorkerEvent& 
         pWork = nullptr;
     }
     hEvent.Close();
+}
+
+// A missing event costs both lines: nobody else tells that the other program isn't there.
+void CAudioMonitor::SetGetCPUStatusEvent()
+{
+    std::string strCPUName;
+    if (AUDIO_CHECK(CAudioREG::ReadRegValue(CPU_INFO_PATH, CPU_NAME_STRING, strCPUName)) != 0)
+        return;
+    if (strCPUName.find("AMD") != std::string::npos)
+        return;
+    const HANDLE hEvent = OpenEventW(EVENT_ALL_ACCESS, FALSE, AUDIO_CPU_STATUS_EVENT);
+    if (hEvent == nullptr)
+        AUDIOLOG_ERROR(-1, "OpenEvent for 'Global\\MonitorCPUStatus' error");
+    if (!SetEvent(hEvent))
+        AUDIOLOG_ERROR(-1, "SetEvent(hEvent)");
+    if (hEvent != nullptr)
+        CloseHandle(hEvent);
 }
