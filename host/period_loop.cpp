@@ -100,18 +100,18 @@ void CPeriodLoop::Account(Clock::time_point tBegin, Clock::time_point tEnd)
     m_oResult.i64Late += bLate ? 1 : 0;
 }
 
-// Offline: lets the audio's time pass and every thread of the module do what the period gave it to do, so that every
-// run gives the same samples.
+// Offline: lets every thread of the module do what the period gave it to do, and then the audio's time pass, so that
+// every run gives the same samples and no work seems to take time.
 void CPeriodLoop::Settle()
 {
     if (m_bRealtime)
         return;
+    if (m_oResult.bSettled)
+        m_oResult.bSettled = machine::WaitUntilIdle(IDLE_LIMIT_MS);
     const PlayOptions& oOptions = m_oResult.oOptions;
     m_i64ClockRest += static_cast<int64_t>(oOptions.iPeriodFrames) * 1000;
     machine::AdvanceClock(m_i64ClockRest / oOptions.iRate);
     m_i64ClockRest %= oOptions.iRate;
-    if (m_oResult.bSettled)
-        m_oResult.bSettled = machine::WaitUntilIdle(IDLE_LIMIT_MS);
 }
 
 void CPeriodLoop::Collect(float* pf32Period)
