@@ -12,12 +12,6 @@
 #include <mutex>
 #include <new>
 
-namespace
-{
-// By level, from 1 on.
-constexpr const char* LEVEL_WORDS[] = {"TRACE", "DEBUG", "INFO", "WARN", "ERROR", "FATA"};
-} // namespace
-
 CAudioLog::~CAudioLog()
 {
     CAudioMonitor::StopMonitorThread(&m_iLOGThreadRun, m_hLOGEvent, m_pLOGThreadWorker);
@@ -85,7 +79,7 @@ bool CAudioLog::QueueItem(std::string_view strFunction, std::string_view strFile
         pSaveLog->strFunction = strFunction;
         pSaveLog->strFile = strFile.substr(strFile.find_last_of("\\/") + 1);
         pSaveLog->iErrorCode = iErrorCode;
-        pSaveLog->strLevel = LEVEL_WORDS[std::min<UINT32>(iLevel, AUDIO_LEVEL_FATA) - 1];
+        pSaveLog->strLevel = AUDIO_LOG_LEVEL_WORD[std::min<UINT32>(iLevel, AUDIO_LEVEL_FATA) - 1];
         pSaveLog->strMessage = CAudioSTR::ToHexTag(pObject).append(strMessage);
         const std::lock_guard<CAudioLock> oGuard(m_oLogLock);
         m_oLogQueue.push_back(std::move(pSaveLog));

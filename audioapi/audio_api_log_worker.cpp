@@ -107,9 +107,9 @@ int CAudioLog::GetFileInfo(FILE*& pFile, FileInfo& oFileInfo) const
 
 std::string CAudioLog::GetLogFileName() const
 {
-    return CAudioSTR::FormatPathString(m_strLogPath + "\\" + m_strModuleName + "_" + "P" +
+    return CAudioSTR::FormatPathString(m_strLogPath + "\\" + m_strModuleName + "_" + AUDIO_PROCESS_MARK +
                                        std::to_string(m_dwProcessID) + "_" +
-                                       CAudioTIME::GetStrTime("%d%02d%02d_%02d%02d%02d") + ".log");
+                                       CAudioTIME::GetStrTime(AUDIO_FILE_TIME_FORMAT) + AUDIO_LOG_SUFFIX);
 }
 
 void CALLBACK CAudioLog::ProcessDebugWorkerThread(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK)
