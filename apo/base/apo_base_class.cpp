@@ -72,7 +72,7 @@ STDMETHODIMP_(ULONG) CBaseAPO::Release()
     return m_pUnkOuter->Release();
 }
 
-HRESULT CBaseAPO::NonDelegatingQueryInterface(REFIID iid, void** ppv)
+STDMETHODIMP CBaseAPO::NonDelegatingQueryInterface(REFIID iid, void** ppv)
 try
 {
     if (AUDIO_MISSING(ppv, E_POINTER))
@@ -102,12 +102,12 @@ catch (...)
     return CaughtResult();
 }
 
-ULONG CBaseAPO::NonDelegatingAddRef()
+STDMETHODIMP_(ULONG) CBaseAPO::NonDelegatingAddRef()
 {
     return static_cast<ULONG>(++m_cRef);
 }
 
-ULONG CBaseAPO::NonDelegatingRelease()
+STDMETHODIMP_(ULONG) CBaseAPO::NonDelegatingRelease()
 {
     const LONG cRef = --m_cRef;
     if (cRef == 0)

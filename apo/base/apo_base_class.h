@@ -16,27 +16,32 @@
 // Places an operation of the periodic call in the code section that holds them all.
 #define RT_CODE [[gnu::section("RT_CODE")]]
 
-class CBaseAPO;
+// What the object itself answers, whether an outer object holds it or not. Any thread; the last release destroys it.
+struct INonDelegatingUnknown
+{
+    virtual HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID iid, void** ppv) = 0;
+    virtual ULONG STDMETHODCALLTYPE NonDelegatingAddRef() = 0;
+    virtual ULONG STDMETHODCALLTYPE NonDelegatingRelease() = 0;
+};
 
-// The object's own unknown: IUnknown's three slots, answered by the object itself. An aggregated object gives it to its
-// outer object alone.
+// The same three slots under IUnknown's names. An aggregated object gives it to its outer object alone.
 class CNonDelegatingUnknown final : public IUnknown
 {
 public:
-    explicit CNonDelegatingUnknown(CBaseAPO& oObject) : m_oObject(oObject) {}
+    explicit CNonDelegatingUnknown(INonDelegatingUnknown& oObject) : m_oObject(oObject) {}
 
     STDMETHODIMP QueryInterface(REFIID iid, void** ppv) override;
     STDMETHODIMP_(ULONG) AddRef() override;
     STDMETHODIMP_(ULONG) Release() override;
 
 private:
-    CBaseAPO& m_oObject;
+    INonDelegatingUnknown& m_oObject;
 };
 
 // Takes one connection each way, 32-bit float, in place or not. Audio is interleaved; lengths are sample frames per
 // channel. The platform calls the configuration operations from one thread at a time, and APOProcess from its
 // processing thread between LockForProcess and UnlockForProcess.
-class CBaseAPO : public CBaseAudioProcessingObject, public IAudioSystemEffects2
+class CBaseAPO : public CBaseAudioProcessingObject, public IAudioSystemEffects2, public INonDelegatingUnknown
 {
 public:
     // pUnkOuter may be null and isn't owned; pProperties must outlive the object.
@@ -49,10 +54,9 @@ public:
     STDMETHODIMP_(ULONG) AddRef() override;
     STDMETHODIMP_(ULONG) Release() override;
 
-    // The object's own unknown. Any thread; the last release destroys the object.
-    HRESULT NonDelegatingQueryInterface(REFIID iid, void** ppv);
-    ULONG NonDelegatingAddRef();
-    ULONG NonDelegatingRelease();
+    STDMETHODIMP NonDelegatingQueryInterface(REFIID iid, void** ppv) override;
+    STDMETHODIMP_(ULONG) NonDelegatingAddRef() override;
+    STDMETHODIMP_(ULONG) NonDelegatingRelease() override;
 
     // Always 0, in 100 ns. E_POINTER for null.
     STDMETHODIMP GetLatency(HNSTIME* pTime) override;
