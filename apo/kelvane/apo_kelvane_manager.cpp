@@ -1,7 +1,10 @@
 // The manager's life: the order of start-up and of going down, the protection library's entry points.
 #include "apo/kelvane/apo_kelvane_manager.h"
 
+#include "apo/kelvane/apo_kelvane_everest.h"
+#include "apo/kelvane/apo_kelvane_senary.h"
 #include "audioapi/audio_api_const.h"
+#include "audioapi/audio_api_dump.h"
 #include "audioapi/audio_api_log.h"
 #include "audioapi/audio_api_monitor.h"
 #include "audioapi/audio_api_registry.h"
@@ -9,6 +12,7 @@
 
 #include <cstdio>
 #include <exception>
+#include <iterator>
 
 // The log goes last, so that all the others can still report on their way down.
 CKelvaneManager::~CKelvaneManager()
@@ -19,32 +23,48 @@ CKelvaneManager::~CKelvaneManager()
         m_hDll = nullptr;
     }
     m_mapAlgoParam.clear();
+    m_pIRP0.reset();
+    m_pIRP1.reset();
     CAudioMonitor::Instance()->DeleteInstance();
+    CSenaryGainConfig::Instance()->DeleteInstance();
+    CEverestGainConfig::Instance()->DeleteInstance();
+    CAudioDump::Instance()->DeleteInstance();
     CAudioLog::Instance()->DeleteInstance();
 }
 
-// The order carries meaning: the library's version decides the tuning file, the tuning file decides about the codec
-// gain.
+namespace
+{
+// An exception ends its own step only.
+template <class Step> void RunStep(Step fStep)
+{
+    try
+    {
+        fStep();
+    }
+    catch (const std::exception& oException)
+    {
+        AudioLogFailure(AUDIO_LOG_SITE, 13, oException.what());
+    }
+}
+} // namespace
+
+// The order carries meaning: the library's version decides the tuning file, the tuning file decides about
+// amplifiers and codec gain.
 void CKelvaneManager::Initialize(HMODULE hModule)
 {
-    using Step = void (CKelvaneManager::*)();
-    static constexpr Step SETTING_STEPS[] = {&CKelvaneManager::LoadProcessDll, &CKelvaneManager::LoadConfigFile,
-                                             &CKelvaneManager::LoadSenaryGain, &CKelvaneManager::LoadEverestGain};
-
     m_hInstance = hModule;
-    CAudioLog::Instance()->Initialize(hModule);
-    CAudioREG::ReadRegValue(AUDIO_DEBUG_PATH, AUDIO_DEBUG_MODE, m_iDebugMode);
-    for (const Step fStep : SETTING_STEPS)
-    {
-        try
-        {
-            (this->*fStep)();
-        }
-        catch (const std::exception& oException)
-        {
-            AUDIOLOG_ERROR(13, oException.what());
-        }
-    }
+    RunStep([=] { CAudioLog::Instance()->Initialize(hModule); });
+    RunStep([=] { CAudioDump::Instance()->Initialize(hModule); });
+    RunStep([this] { CAudioREG::ReadRegValue(AUDIO_DEBUG_PATH, AUDIO_DEBUG_MODE, m_iDebugMode); });
+    RunStep([this] { LoadProcessDll(); });
+    RunStep([this] { LoadConfigFile(); });
+    RunStep(
+        [] {
+            CAudioMonitor::Instance()->Initialize({std::begin(AUDIO_MONITOR_LIST), std::end(AUDIO_MONITOR_LIST)});
+        });
+    RunStep([this] { InitializeIRP(); });
+    RunStep([this] { LoadSenaryGain(); });
+    RunStep([this] { LoadEverestGain(); });
 }
 
 INT64 CKelvaneManager::GetAlgoCtrlParam(UINT64 iIndex) const

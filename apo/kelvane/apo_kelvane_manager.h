@@ -1,6 +1,7 @@
 // The one object of the process: brings log, protection library and tuning data up, holds them, and goes down last.
 #pragma once
 
+#include "apo/kelvane/apo_kelvane_irp.h"
 #include "apo/kelvane/apo_kelvane_records.h"
 #include "audioapi/audio_api_singleton.h"
 
@@ -62,8 +63,16 @@ public:
     // Turns a brace list into a record and sets the control words; null when memory ran out. strKey is for the log.
     std::unique_ptr<KelvaneStruParam> ParseAlgorithmPara(const std::string& strValue, const std::string& strKey);
     void SetDIVModeFlag();
+    // Brings the make's gain object up when control word 0 is 1.
     void LoadSenaryGain();
     void LoadEverestGain();
+
+    // Makes as many amplifier objects, one or two, as control word 1 says.
+    void InitializeIRP();
+    // Sets every amplifier active, or low. The first failure's code, which spares the other one. Threads that may wait
+    // for a driver.
+    DWORD ActiveMutilPAGain();
+    DWORD DeactiveMutilPAGain();
 
     KelvaneInit m_fAudioKelvaneInit = nullptr;
     KelvaneApply m_fAudioKelvaneApply = nullptr;
@@ -75,6 +84,8 @@ public:
     KelvaneSetBatteryInfo m_fAudioKelvaneSetBatteryInfo = nullptr;
     KelvaneClearStatus m_fAudioKelvaneClearStatus = nullptr;
     KelvaneTemperature m_fAudioKelvaneTemperature = nullptr;
+    std::unique_ptr<CKelvaneIRP> m_pIRP0; // null where the tuning file declares none
+    std::unique_ptr<CKelvaneIRP> m_pIRP1;
     HMODULE m_hDll = nullptr;      // the protection library
     HMODULE m_hInstance = nullptr; // this module
     INT64 m_iAlgoCtrlParam[ALGO_CTRL_COUNT] = {};

@@ -79,7 +79,9 @@ std::unique_ptr<KelvaneStruParam> CKelvaneManager::ParseAlgorithmPara(const std:
         AUDIOLOG_WARN("Parameter strKey=" + strKey +
                       " has more tokens than its record, ignored:" + std::to_string(iIgnored));
 
-    auto pStruParam = std::make_unique<KelvaneStruParam>();
+    std::unique_ptr<KelvaneStruParam> pStruParam(new (std::nothrow) KelvaneStruParam());
+    if (AUDIO_MISSING(pStruParam, NO_DATA))
+        return nullptr;
     memcpy(pStruParam.get(), g_pShortData.get(), iShortCount * sizeof(INT16));
     memcpy(pStruParam->sLSMTvcCoef0, g_pDoubleData.get(), iDoubleCount * sizeof(double));
     return pStruParam;
@@ -112,16 +114,4 @@ void CKelvaneManager::SetDIVModeFlag()
     else if (const KelvaneStruParam* pFirst = m_mapAlgoParam.begin()->second.get())
         m_iDIVMode = pFirst->sDIVMode;
     AUDIOLOG_INFO(m_iDIVMode == 1 ? "DIVMode is Open!" : "DIVMode is Close!");
-}
-
-void CKelvaneManager::LoadSenaryGain()
-{
-    const char* pText = m_iAlgoCtrlParam[0] == 1 ? "Senary Gain is enable!" : "Senary Gain is Disable!";
-    AUDIOLOG_EVENT_INFO(std::string(AUDIO_EVENT_SENARY_GAIN) + pText);
-}
-
-void CKelvaneManager::LoadEverestGain()
-{
-    const char* pText = m_iAlgoCtrlParam[0] == 1 ? "Everest Gain is enable!" : "Everest Gain is Disable!";
-    AUDIOLOG_EVENT_INFO(std::string(AUDIO_EVENT_EVEREST_GAIN) + pText);
 }

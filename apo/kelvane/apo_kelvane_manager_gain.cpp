@@ -1,0 +1,76 @@
+// The manager's hardware: amplifiers treated as one, and the codec gain objects.
+#include "apo/kelvane/apo_kelvane_everest.h"
+#include "apo/kelvane/apo_kelvane_manager.h"
+#include "apo/kelvane/apo_kelvane_senary.h"
+#include "audioapi/audio_api_const.h"
+#include "audioapi/audio_api_log.h"
+
+#include <string>
+
+namespace
+{
+// Tells how a gain operation of all amplifiers ended; gives its code.
+DWORD ReportMutilPAGain(DWORD dwResult, const std::string& strFailed, const std::string& strDone)
+{
+    if (dwResult != 0)
+        AUDIOLOG_EVENT_WARN(strFailed + std::to_string(dwResult));
+    else
+        AUDIOLOG_EVENT_INFO(strDone);
+    return dwResult;
+}
+} // namespace
+
+void CKelvaneManager::InitializeIRP()
+{
+    const INT64 iNumber = GetAlgoCtrlParam(1);
+    AUDIOLOG_INFO("Config PA Number:" + std::to_string(iNumber));
+    if (iNumber != 1 && iNumber != 2)
+    {
+        AUDIOLOG_WARN("Not support " + std::to_string(iNumber) + " PA !");
+        return;
+    }
+    m_pIRP0 = std::make_unique<CKelvaneIRP>(AUDIO_KELVANE_DEVICE0);
+    if (iNumber == 2)
+        m_pIRP1 = std::make_unique<CKelvaneIRP>(AUDIO_KELVANE_DEVICE1);
+}
+
+DWORD CKelvaneManager::ActiveMutilPAGain()
+{
+    DWORD dwResult = 0;
+    if (m_pIRP0 != nullptr)
+        dwResult = AUDIO_CHECK(m_pIRP0->SetKelvaneStatus(KELVANE_STATUS_ACTIVE));
+    if (dwResult == 0 && m_pIRP1 != nullptr)
+        dwResult = AUDIO_CHECK(m_pIRP1->SetKelvaneStatus(KELVANE_STATUS_ACTIVE));
+    return ReportMutilPAGain(dwResult, std::string(AUDIO_EVENT_SET_GAIN_FAILED) + "Set MutilPA Gain Failed! Reason:",
+                             std::string(AUDIO_EVENT_SET_GAIN_OK) + "Set MutilPA Gain Success!");
+}
+
+DWORD CKelvaneManager::DeactiveMutilPAGain()
+{
+    DWORD dwResult = 0;
+    if (m_pIRP0 != nullptr)
+        dwResult = AUDIO_CHECK(m_pIRP0->SetKelvaneStatus(KELVANE_STATUS_DEACTIVE));
+    if (dwResult == 0 && m_pIRP1 != nullptr)
+        dwResult = AUDIO_CHECK(m_pIRP1->SetKelvaneStatus(KELVANE_STATUS_DEACTIVE));
+    return ReportMutilPAGain(dwResult,
+                             std::string(AUDIO_EVENT_CANCEL_GAIN_FAILED) + "Cancel MutilPA Gain Failed! Reason:",
+                             std::string(AUDIO_EVENT_CANCEL_GAIN_OK) + "Cancel MutilPA Gain Success!");
+}
+
+void CKelvaneManager::LoadSenaryGain()
+{
+    const bool bEnabled = GetAlgoCtrlParam(0) == 1;
+    AUDIOLOG_EVENT_INFO(std::string(AUDIO_EVENT_SENARY_GAIN) +
+                        (bEnabled ? "Senary Gain is enable!" : "Senary Gain is Disable!"));
+    if (bEnabled)
+        CSenaryGainConfig::Instance()->Initialize();
+}
+
+void CKelvaneManager::LoadEverestGain()
+{
+    const bool bEnabled = GetAlgoCtrlParam(0) == 1;
+    AUDIOLOG_EVENT_INFO(std::string(AUDIO_EVENT_EVEREST_GAIN) +
+                        (bEnabled ? "Everest Gain is enable!" : "Everest Gain is Disable!"));
+    if (bEnabled)
+        CEverestGainConfig::Instance()->Initialize();
+}
