@@ -45,6 +45,13 @@ std::unique_ptr<FLOAT32[]> NewFloats(int iDataLen)
     return std::unique_ptr<FLOAT32[]>(new (std::nothrow) FLOAT32[static_cast<size_t>(iDataLen)]);
 }
 
+// What a block that can't be copied becomes, if there is room for it at all: the stream keeps its time.
+void FillSilence(FLOAT32* pFrames, int iDataLen)
+{
+    if (pFrames != nullptr)
+        std::fill_n(pFrames, iDataLen, 0.0F);
+}
+
 // Records a converted block, when samples are dumped.
 void DumpBlock(const FLOAT32* pFrames, int iDataLen, const char* pName)
 {
@@ -67,7 +74,7 @@ std::unique_ptr<FLOAT32[]> CBaseEngine::ReSamplerDataTo48K(const FLOAT32* pMicIn
         FLOAT32* const pReSampleInputFrames = pReSampleOwner.get();
         if (AUDIO_CHECK(memmove_s(pReSampleInputFrames, sizeof(FLOAT32) * iChannel * iReSampleDataLen, pMicInputFrames,
                                   sizeof(FLOAT32) * iChannel * iReSampleDataLen)) != 0)
-            pReSampleOwner.reset();
+            FillSilence(pReSampleInputFrames, iChannel * iReSampleDataLen);
     }
     else if (iSampleRate == 22050)
     {
@@ -100,7 +107,7 @@ std::unique_ptr<FLOAT32[]> CBaseEngine::ReSamplerDataFrom48K(const FLOAT32* pMic
         FLOAT32* const pReSampleOutputFrames = pReSampleOwner.get();
         if (AUDIO_CHECK(memmove_s(pReSampleOutputFrames, sizeof(FLOAT32) * iChannel * iReSampleDataLen, pMicInputFrames,
                                   sizeof(FLOAT32) * iChannel * iReSampleDataLen)) != 0)
-            pReSampleOwner.reset();
+            FillSilence(pReSampleOutputFrames, iChannel * iReSampleDataLen);
     }
     else if (iSampleRate == 22050)
     {
