@@ -46,10 +46,11 @@ size_t BlockPeriods(const PlayResult& oResult)
     return static_cast<size_t>(std::clamp<int64_t>(BLOCK_FLOATS / i64PeriodLen, 1, i64Second));
 }
 
-void PrintRegistryErrors()
+void PrintMachineErrors()
 {
-    for (const std::string& strError : machine::RegistryErrors())
-        std::fprintf(stderr, "apohost: warning: %s\n", strError.c_str());
+    for (const auto& vecErrors : {machine::DeviceErrors(), machine::RegistryErrors()})
+        for (const std::string& strError : vecErrors)
+            std::fprintf(stderr, "apohost: warning: %s\n", strError.c_str());
 }
 
 // Blocks from file to file; the last period is padded with zeros, and as many frames are written as were read.
@@ -91,7 +92,7 @@ PlayResult Play(const PlayOptions& oOptions)
     CompleteOptions(oResult, oReader);
     for (const std::string& strSet : oOptions.vecSets)
         SetRegistryValue(strSet);
-    PrintRegistryErrors();
+    PrintMachineErrors();
     CatchInterrupts();
     std::optional<CAudioWriter> oWriter;
     const auto tBegin = std::filesystem::file_time_type::clock::now();
