@@ -15,10 +15,11 @@
 namespace
 {
 constexpr int iNoInstance = KELVANE_ERROR_NO_MEMORY;
-constexpr int iReportFrameCount = 1000;   // a timing period has one frame more
-constexpr INT64 i64GapTimeLimit = 10;     // milliseconds for two frames, which is their playing time
-constexpr int iParameterFrameCount = 200; // inline mode: a second of audio
-constexpr int iReleaseFrameCount = 2000;  // inline mode: the count starts over after ten seconds
+constexpr int iReportFrameCount = 1000;            // a timing period has one frame more
+constexpr INT64 i64GapTimeLimit = 10;              // milliseconds for two frames, which is their playing time
+constexpr int iParameterFrameCount = 200;          // inline mode: a second of audio
+constexpr int iReportTemperatureFrameCount = 1000; // inline mode: five seconds
+constexpr int iReleaseFrameCount = 2000;           // inline mode: the count starts over after ten seconds
 
 constexpr FLOAT32 aSilence[AUDIO_KELVANE_FRAME_LEN] = {};
 
@@ -90,9 +91,12 @@ void CKelvanePostEngine::ClearAllQueues()
         while (!m_oInputQueue.Empty())
             m_oInputQueue.Pop();
     }
-    const std::lock_guard<CAudioLock> oGuard(m_csOutputQueue);
-    while (!m_oOutputQueue.Empty())
-        m_oOutputQueue.Pop();
+    {
+        const std::lock_guard<CAudioLock> oGuard(m_csOutputQueue);
+        while (!m_oOutputQueue.Empty())
+            m_oOutputQueue.Pop();
+    }
+    AudioSmartCancelECTemperature();
 }
 
 int CKelvanePostEngine::SplitInputDataItem()
@@ -201,6 +205,7 @@ void CKelvanePostEngine::ParameterRelease()
     if (m_bInlineMode == 0)
     {
         m_iReleaseCount = 0;
+        SetEvent(m_hTemperatureEvent);
         SetEvent(m_hParameterEvent);
         return;
     }
@@ -210,8 +215,14 @@ void CKelvanePostEngine::ParameterRelease()
                                                         m_bInlineMode);
         AUDIO_CHECK(this->AudioKelvaneSetBatteryInfo());
     }
+    if (m_iReleaseCount % iReportTemperatureFrameCount == 0)
+        AUDIO_CHECK(this->AudioSmartSetECTemperature());
     if (m_iReleaseCount % iReleaseFrameCount == 0)
+    {
         m_iReleaseCount = 0;
+        AUDIO_CHECK(this->AudioKelvaneSetAlgoTemperature());
+        AUDIO_CHECK(this->AudioKelvanePrintTemperature());
+    }
 }
 
 int CKelvanePostEngine::MergerOutputDataItem()

@@ -13,6 +13,8 @@
 #include <string>
 #include <vector>
 
+class CKelvaneWMI;
+
 // A block of the general heap that the library works in; reads as a pointer to it.
 template <class T> class CKelvaneMemory
 {
@@ -82,8 +84,10 @@ public:
     void DeactiveKelvaneGain();
 
     void CreateAlgorithmThread();
+    void CreateTemperatureThread();
     void CreateParameterThread();
     static void CALLBACK ProcessAlgorithmThread(PTP_CALLBACK_INSTANCE pInstance, PVOID pContext, PTP_WORK pWork);
+    static void CALLBACK ProcessTemperatureThread(PTP_CALLBACK_INSTANCE pInstance, PVOID pContext, PTP_WORK pWork);
     static void CALLBACK ProcessParameterThread(PTP_CALLBACK_INSTANCE pInstance, PVOID pContext, PTP_WORK pWork);
 
     // The key of this moment's volume and sound modes, a constant; empty without volume bands. iHeatState 1: heated
@@ -92,6 +96,18 @@ public:
     int SetAudioVolumeEffectParamsID();
     // Chooses only when all sensors were hot, or all cool, in all of their last ten means; else keeps the set.
     int SetAudioHeatEffectParamsID();
+
+    // Connects to the embedded controller. Without it the jobs below do nothing, or fall back.
+    void InitializeWMI();
+    // The periodic jobs, on the temperature worker or inline. Codes.
+    // Reports the hottest coil to the embedded controller; a temperature that stays alternates with one 0.1 degree up.
+    int AudioSmartSetECTemperature();
+    // Takes the report back.
+    int AudioSmartCancelECTemperature();
+    // Tells the library a sensor's temperature less the tuning file's offset, 25 degrees when it can't be had.
+    int AudioKelvaneSetAlgoTemperature();
+    // In debug mode takes a sample of every sensor and records it; 0.
+    int AudioKelvanePrintTemperature();
 
     // 1 when the queue is full and every mean is above the hot limit, or at or below the cool limit, of sensor i. A
     // sensor without a limit is neither. Any thread.
@@ -113,6 +129,9 @@ public:
     KelvaneSetBatteryInfo m_fAudioKelvaneSetBatteryInfo = nullptr;
     KelvaneClearStatus m_fAudioKelvaneClearStatus = nullptr;
     KelvaneTemperature m_fAudioKelvaneTemperature = nullptr;
+    CAudioWorkerEvent m_hTemperatureEvent; // one signal per 10 ms of audio
+    CAudioFlag m_bTemperatureRun = 0;      // 1 while the temperature worker is to run
+    PTP_WORK m_pTemperatureWorker = nullptr;
     CAudioWorkerEvent m_hParameterEvent; // one signal per 10 ms of audio
     CAudioFlag m_bParameterRun = 0;      // 1 while the parameter worker is to run
     PTP_WORK m_pParameterWorker = nullptr;
@@ -126,6 +145,8 @@ public:
     CKelvaneMemory<BYTE> m_pScratchBuf;                   // the library's scratch memory
     CKelvaneMemory<KelvaneMemSize> m_pMemSize;
     KelvaneDataStruct* m_pDataStruct = nullptr; // owned, through the two operations above
+    std::unique_ptr<CKelvaneWMI> m_pWMIHandle;  // the temperature jobs' own
+    UINT16 m_iLastECTemperature = 0;            // last reported, tenths of a degree
     INT64 m_i64MaxTime = 0;                     // milliseconds, over the timing period
     INT64 m_i64MinTime = 0;
     INT64 m_i64TotalTime = 0;
@@ -144,6 +165,8 @@ private:
     void StopInstance();
     void ResetStream();
     void InitTemperatureQueue();
+    bool IsReporting() const;
+    int SendReport(const INT64& iSetTemperature);
     int SetEffectParamsID(const char* pNewID);
     std::string PrintSingleItemPara(const KelvaneStruParam& pStruParam);
     void ReportApplyTime();

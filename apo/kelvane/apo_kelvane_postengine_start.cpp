@@ -1,6 +1,7 @@
 // The life of one library instance in a stream: memory, first parameter set, frame record, workers, and the way back.
 #include "apo/kelvane/apo_kelvane_manager.h"
 #include "apo/kelvane/apo_kelvane_postengine.h"
+#include "apo/kelvane/apo_kelvane_wmi.h"
 #include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_data.h"
 #include "audioapi/audio_api_log.h"
@@ -55,6 +56,8 @@ int CKelvanePostEngine::InitAlgorithmParameter()
     if (iResult == 0)
     {
         CreateAlgorithmThread();
+        InitializeWMI();
+        CreateTemperatureThread();
         CreateParameterThread();
         return 0;
     }
@@ -83,12 +86,15 @@ int CKelvanePostEngine::StartInstance()
 void CKelvanePostEngine::StopInstance()
 {
     m_bThreadRun = 0;
+    m_bTemperatureRun = 0;
     m_bParameterRun = 0;
     CAudioMonitor::StopMonitorThread(&m_bThreadRun, m_hApplyEvent, m_pThreadWorker);
+    CAudioMonitor::StopMonitorThread(&m_bTemperatureRun, m_hTemperatureEvent, m_pTemperatureWorker);
     CAudioMonitor::StopMonitorThread(&m_bParameterRun, m_hParameterEvent, m_pParameterWorker);
     ClearAllQueues();
     ReleaseDataStruct(&m_pDataStruct);
     ReleaseMemory();
+    m_pWMIHandle.reset();
 }
 
 // As constructed, for a second start; the format comes behind it, perhaps another one. The inline variant stays one.
@@ -102,6 +108,7 @@ void CKelvanePostEngine::ResetStream()
     ReleaseAudioCacheBuffer();
     m_iApplyFrameCount = 0;
     m_iReleaseCount = 0;
+    m_iLastECTemperature = 0;
     m_i64MaxTime = 0;
     m_i64MinTime = 0;
     m_i64TotalTime = 0;

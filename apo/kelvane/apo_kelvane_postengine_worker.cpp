@@ -1,4 +1,4 @@
-// The engine's workers: one runs the algorithm on queued frames, one does the periodic parameter work.
+// The engine's workers: one runs the algorithm on queued frames, two do periodic work by counting 10 ms of audio.
 #include "apo/kelvane/apo_kelvane_manager.h"
 #include "apo/kelvane/apo_kelvane_postengine.h"
 #include "audioapi/audio_api_const.h"
@@ -11,8 +11,38 @@ namespace
 constexpr DWORD dwApplyWait = 10; // milliseconds, then the run flag is looked at
 
 // In signals of 10 ms of audio each.
+constexpr int iReportSignalCount = 500;
+constexpr int iSampleSignalCount = 1000;
 constexpr int iPrintSignalCount = 100;
 constexpr int iBatterySignalCount = 10;
+
+struct TemperatureWork
+{
+    int iReportCount = 0;
+    int iSampleCount = 0;
+};
+
+// One signal's work. Memory that runs out costs that job's round.
+void CountTemperatureSignal(CKelvanePostEngine* pThis, TemperatureWork& oWork)
+try
+{
+    ++oWork.iReportCount;
+    ++oWork.iSampleCount;
+    if (oWork.iReportCount >= iReportSignalCount)
+    {
+        oWork.iReportCount = 0;
+        AUDIO_CHECK(pThis->AudioSmartSetECTemperature());
+    }
+    if (oWork.iSampleCount >= iSampleSignalCount)
+    {
+        oWork.iSampleCount = 0;
+        AUDIO_CHECK(pThis->AudioKelvaneSetAlgoTemperature());
+        AUDIO_CHECK(pThis->AudioKelvanePrintTemperature());
+    }
+}
+catch (...)
+{
+}
 
 // What the parameter worker keeps from signal to signal.
 struct ParameterWork
@@ -73,6 +103,15 @@ void CKelvanePostEngine::CreateAlgorithmThread()
     }
 }
 
+void CKelvanePostEngine::CreateTemperatureThread()
+{
+    m_hTemperatureEvent.Create();
+    if (AUDIO_MISSING(m_hTemperatureEvent, 6))
+        return;
+    m_pTemperatureWorker = CAudioMonitor::CreateMonitorThread(ProcessTemperatureThread, this, &m_bTemperatureRun);
+    AUDIO_MISSING(m_pTemperatureWorker, 6);
+}
+
 void CKelvanePostEngine::CreateParameterThread()
 {
     m_hParameterEvent.Create();
@@ -103,6 +142,24 @@ void CALLBACK CKelvanePostEngine::ProcessAlgorithmThread(PTP_CALLBACK_INSTANCE, 
         {
             // Out of memory for a line or a queue's growth: that frame is lost, the next signal goes on.
         }
+    }
+}
+
+void CALLBACK CKelvanePostEngine::ProcessTemperatureThread(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK)
+{
+    CKelvanePostEngine* const pThis = static_cast<CKelvanePostEngine*>(pContext);
+    if (AUDIO_MISSING(pThis, 87) || pThis->m_bInlineMode != 0)
+        return;
+    TemperatureWork oWork;
+    while (pThis->m_bTemperatureRun == 1)
+    {
+        if (AUDIO_MISSING(pThis->m_hTemperatureEvent, 6))
+            return;
+        if (!WaitForSignal(pThis->m_hTemperatureEvent))
+            continue;
+        if (pThis->m_bTemperatureRun == 0)
+            return;
+        CountTemperatureSignal(pThis, oWork);
     }
 }
 
