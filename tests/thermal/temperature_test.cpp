@@ -1,0 +1,169 @@
+// Temperature told to the embedded controller and to the library, when each job runs, and what is recorded.
+#include "tests/thermal/thermal_test.h"
+
+TEST_F(ThermalTest, HottestCoilIsReportedAndTakenBack)
+{
+    struct Row
+    {
+        int16_t iLastCoil, iOtherCoils;
+        UINT64 ulWord;
+        int iLast;
+    };
+    const Row aRows[] = {{4530, 4410, 0x01C50F02, 453}, {4530, 4410, 0x01C60F02, 454}, {4530, 4410, 0x01C50F02, 453},
+                         {-300, -1, 0x0F02, 0},         {8009, -9, 0x03200F02, 800},   {0, 8010, 0x03210F02, 801}};
+    StartLog(AUDIO_LEVEL_INFO);
+    MakeThermalEngine();
+    for (const Row& oRow : aRows)
+    {
+        std::fill_n(g_oState.sLSMCoilTemp, 7, oRow.iOtherCoils);
+        g_oState.sLSMCoilTemp[7] = oRow.iLastCoil;
+        EXPECT_EQ(m_pEngine->AudioSmartSetECTemperature(), 0);
+        EXPECT_EQ(TakeWords(), std::vector<UINT64>{oRow.ulWord});
+        EXPECT_EQ(m_pEngine->m_iLastECTemperature, oRow.iLast);
+    }
+    EXPECT_EQ(CountLog("3841119 Set EC Temperature to "), 1U);
+    m_bRefusing = true;
+    EXPECT_EQ(m_pEngine->AudioSmartSetECTemperature(), 13);
+    EXPECT_EQ(m_pEngine->m_iLastECTemperature, 801);
+    EXPECT_EQ(FindLog("m_pWMIHandle->SetECTemperature(iSetTemperature)").at(0).iErrorCode, 13);
+    m_pEngine.reset();
+    EXPECT_EQ(TakeWords().back(), 0x0F02U);
+    m_pManager->m_iAlgoCtrlParam[5] = 0;
+    EXPECT_EQ(MakeThermalEngine().AudioSmartSetECTemperature(), 0);
+    m_pEngine.reset();
+    EXPECT_TRUE(TakeWords().empty());
+}
+
+TEST_F(ThermalTest, LibraryIsToldTheSensorsTemperature)
+{
+    struct Row
+    {
+        INT64 iSensor, iOffset;
+        int iTenths, iTold;
+    };
+    const Row aRows[] = {{0x1A, 5, 300, 2500}, {0x1A, -5, 300, 3500}, {0x1A, 5, -52, -1020},
+                         {0, 5, 300, 2500},    {-3, 5, 300, 2500},    {0x1B, 5, 300, 2500}};
+    MakeThermalEngine();
+    for (const Row& oRow : aRows)
+    {
+        m_pManager->m_iAlgoCtrlParam[7] = oRow.iSensor;
+        m_pManager->m_iAlgoCtrlParam[2] = oRow.iOffset;
+        m_mapTenths[0x1A] = oRow.iTenths;
+        EXPECT_EQ(m_pEngine->AudioKelvaneSetAlgoTemperature(), 0);
+        EXPECT_EQ(g_iTold, oRow.iTold) << oRow.iSensor << " " << oRow.iOffset;
+    }
+    m_mapTenths[0x1B] = 1040; // which this library refuses
+    EXPECT_EQ(m_pEngine->AudioKelvaneSetAlgoTemperature(), 21);
+    machine::RemoveController();
+    EXPECT_EQ(MakeThermalEngine().AudioKelvaneSetAlgoTemperature(), 0);
+    EXPECT_EQ(g_iTold, 2500);
+}
+
+static size_t Count(const std::string& strText, const std::string& strPart)
+{
+    size_t iCount = 0;
+    for (size_t i = strText.find(strPart); i != std::string::npos; i = strText.find(strPart, i + 1))
+        ++iCount;
+    return iCount;
+}
+
+TEST_F(ThermalTest, JobsRunByTheAudiosTimeInBothModes)
+{
+    MakeFolder(AUDIO_VOICE_LOG_DIR);
+    m_pManager->m_iDebugMode = 1;
+    std::fill_n(g_oState.sLSMCoilTemp, 8, static_cast<int16_t>(3000));
+    m_mapTenths = {{1, 350}, {0x1A, 350}}; // sensor 2 can't be had
+    for (const std::string strOffload : {"", AUDIO_OFFLOAD_PREFIX})
+    {
+        const bool bInline = !strOffload.empty();
+        MakeEngine(2, 48000, bInline);
+        ASSERT_EQ(m_pEngine->InitAlgorithmParameter(), 0);
+        const std::vector<float> vecFrame = Ramp(480);
+        for (int i = 1; i <= 2000; ++i)
+        {
+            Input(vecFrame);
+            WaitForWorkers();
+            Output(480);
+            std::vector<UINT64> vecExpected;
+            if (i % 500 == 0)
+                vecExpected = {i / 500 % 2 == 1 ? 0x012C0F02U : 0x012D0F02U};
+            if (i % 1000 == 0)
+                vecExpected.insert(vecExpected.end(), {0x1A0202, 0x010202, 0x020202});
+            ASSERT_EQ(TakeWords(), vecExpected) << i;
+        }
+        EXPECT_EQ(g_iTold.exchange(0), 3500);
+        EXPECT_EQ(Count(Record("Parameters_" + strOffload), "KelvParamID:30080;"), bInline ? 20U : 2000U);
+        EXPECT_EQ(Count(Record("Performance_" + strOffload), "of Per 1001 frames.\n"), 3U); // of 4000 frames
+        EXPECT_EQ(Record("Temperature_" + strOffload), "3500,2499\n3500,2499\n");
+        m_pEngine.reset();
+        EXPECT_EQ(TakeWords(), std::vector<UINT64>{0x0F02});
+    }
+}
+
+TEST_F(ThermalTest, RecordsGoToTheDaysFileInDebugModeOnly)
+{
+    StartLog(AUDIO_LEVEL_WARN);
+    const auto fnPrint = [this](const char* pText)
+    { m_pManager->PrintSmartDebugLog(AUDIO_TEMPERATURE_FILE, pText, 0); };
+    m_pManager->m_iDebugMode = 1;
+    fnPrint("no folder");
+    MakeFolder(AUDIO_VOICE_LOG_DIR);
+    m_pManager->m_iDebugMode = 0;
+    fnPrint("not in debug mode");
+    m_pManager->m_iDebugMode = 1;
+    machine::SetClock({2026, 3, 2, 17, 23, 59, 59, 0});
+    machine::FreezeClock();
+    fnPrint("1,2");
+    fnPrint("3,4");
+    machine::AdvanceClock(1000);
+    fnPrint("5,6");
+    machine::FailNext("fopen_s", 13);
+    fnPrint("lost");
+    const std::string strNext = AUDIO_TEMPERATURE_FILE + std::string("20260318.txt");
+    EXPECT_EQ(Record("Temperature_"), "1,2\n3,4\n");
+    EXPECT_EQ(GetFile(strNext), "5,6\n");
+    ASSERT_EQ(ReadLog().size(), 1U);
+    EXPECT_EQ(ReadLog()[0].strMessage, "open file failed! FileName:" + strNext);
+    EXPECT_EQ(ReadLog()[0].iErrorCode, 13);
+}
+
+TEST_F(ThermalTest, StateTextShowsEachFieldInItsUnit)
+{
+    struct Row
+    {
+        const char* pField;
+        int iWord;
+        float fDivisor;
+    };
+    const Row aRows[] = {{"sFFModule", 1, 1},           {"sIPWCurrentGain", 5053, 10000},
+                         {"sIPWPCurrent", 5061, 1000},  {"sIPWPctmax", 5069, 1000},
+                         {"sLSMRe", 2814, 100},         {"sLSMReWire", 2838, 100},
+                         {"sLSMCoilTemp", 2854, 100},   {"sPOWPrms", 3405, 100},
+                         {"sPOWTargetGain", 3517, 100}, {"sTEPCurrentGain", 3639, 100},
+                         {"sANDCurrentGain", 4160, 100}};
+    MakeThermalEngine();
+    EXPECT_EQ(m_pEngine->AudioSmartPrintPara(), "");
+    m_pManager->m_iDebugMode = 1;
+    m_pEngine->m_strParamID = "";
+    machine::SetPowerStatus({1, 0, 77, 0, 0, 0});
+    m_pEngine->AudioKelvaneSetBatteryInfo();
+    CAudioMonitor::Instance()->StatusRecord().m_fSpeakerVolumeDB = -10.5F;
+    int16_t* const pWords = reinterpret_cast<int16_t*>(&g_oState);
+    pWords[2894] = 3100;
+    pWords[4892] = -50;
+    std::string strExpected = "KelvParamID:;";
+    for (const Row& oRow : aRows)
+    {
+        pWords[oRow.iWord] = -12345;
+        pWords[oRow.iWord + 7] = 100;
+        char szText[128];
+        snprintf(szText, sizeof(szText), "%s[8]=%.2f,0.00,0.00,0.00,0.00,0.00,0.00,%.2f;", oRow.pField,
+                 -12345 / oRow.fDivisor, 100 / oRow.fDivisor);
+        strExpected += szText;
+    }
+    const std::string strGap(30, ' ');
+    strExpected += "sLSMMonitorTemp = 3100.00;" + strGap + "sBCNCurrentGain = -0.50;" + strGap +
+                   "SpeakerDBVolume = -10.50," + strGap + "SpeakerPersentVolume = 0," + strGap +
+                   "BatteryLifePercent = 77," + strGap + "ACLineStatus = 1\n";
+    EXPECT_EQ(m_pEngine->AudioSmartPrintPara(), strExpected);
+}
