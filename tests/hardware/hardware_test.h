@@ -1,0 +1,68 @@
+// The fixture of the hardware classes' tests: scripted devices, what they were sent as short texts, log lines checked.
+#pragma once
+
+#include "audioapi/audio_api_string.h"
+#include "platform/linux/machine.h"
+#include "tests/engine/engine_test.h"
+
+#include <string>
+#include <vector>
+
+// How a device takes its requests from now on; a test changes it between calls.
+struct DeviceMood
+{
+    machine::DeviceAnswer oAnswer;
+    DWORD dwOpenError = 0;
+    bool bCompleteHung = false; // the request's arrival completes those that the device held back
+};
+
+class HardwareTest : public EngineTest
+{
+protected:
+    static constexpr machine::Completion AT_ONCE = machine::Completion::AtOnce;
+    static constexpr machine::Completion LATE = machine::Completion::Late;
+
+    // The device answers by the mood, which outlives it.
+    static void Attach(const std::string& strName, const DeviceMood& oMood, const std::string& strInterface = "")
+    {
+        machine::AttachDevice({strName, strInterface, oMood.dwOpenError,
+                               [&oMood](const machine::DeviceRequest&)
+                               {
+                                   if (oMood.bCompleteHung)
+                                       machine::CompleteHungRequests();
+                                   return oMood.oAnswer;
+                               }});
+    }
+
+    // What the device was sent since the last ForgetSent: "open", "close", "cancel", and a request's bytes in hex.
+    static std::string SentTo(const std::string& strDevice)
+    {
+        std::string strAll;
+        for (const machine::SentItem& oItem : machine::Sent(strDevice))
+        {
+            strAll += strAll.empty() ? "" : " ";
+            strAll += oItem.strWhat != "request" ? oItem.strWhat
+                                                 : CAudioSTR::ToHexString(oItem.vecData.data(), oItem.vecData.size());
+        }
+        return strAll;
+    }
+
+    // Whether the log has the whole message at the level with the code, an ERROR unless told otherwise.
+    static bool HasLine(const std::string& strMessage, long long iCode, const std::string& strLevel = "ERROR")
+    {
+        for (const LogLine& oLine : FindLog(strMessage))
+            if (oLine.strMessage == strMessage && oLine.iErrorCode == iCode && oLine.strLevel == strLevel)
+                return true;
+        return false;
+    }
+
+    // A log of its own for each case.
+    static void RestartLog()
+    {
+        CAudioLog::DeleteInstance();
+        for (const std::string& strName : ListFiles(LogFolder()))
+            DeleteFileA((LogFolder() + "\\" + strName).c_str());
+        StartLog(AUDIO_LEVEL_DEBUG);
+        machine::ForgetSent();
+    }
+};

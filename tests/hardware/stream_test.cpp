@@ -1,0 +1,171 @@
+// The hardware under a stream: where a failed start leaves amplifiers and audio, and which threads meet devices.
+#include "tests/hardware/hardware_test.h"
+
+#include "apo/kelvane/apo_kelvane_everest.h"
+#include "apo/kelvane/apo_kelvane_factory.h"
+#include "apo/kelvane/apo_kelvane_postefx.h"
+#include "apo/kelvane/apo_kelvane_senary.h"
+#include "tests/support/apo_connections.h"
+
+#include <thread>
+
+namespace
+{
+class StreamHardwareTest : public HardwareTest
+{
+protected:
+    struct ReleaseCall
+    {
+        void operator()(CKelvanePostEFX* pObject) const { pObject->NonDelegatingRelease(); }
+    };
+    using CObject = std::unique_ptr<CKelvanePostEFX, ReleaseCall>;
+
+    // Both codecs and one amplifier, brought up by the manager's own steps.
+    void BringUp()
+    {
+        Attach("KELVANE_DEVICE0", m_oAmplifier);
+        Attach("senary", m_oSenary, "{54C9343C-2A17-42E8-B4FD-9F9DA27B94D6}");
+        Attach("everest", m_oEverest, "{F27CDC00-203E-4107-A503-21211537EA43}");
+        CKelvaneManager* const pManager = CKelvaneManager::Instance();
+        pManager->m_iAlgoCtrlParam[0] = 1;
+        pManager->m_iAlgoCtrlParam[1] = 1;
+        pManager->InitializeIRP();
+        pManager->LoadSenaryGain();
+        pManager->LoadEverestGain();
+    }
+    void TakeDown()
+    {
+        CKelvaneManager::Instance()->m_pIRP0.reset();
+        CSenaryGainConfig::DeleteInstance();
+        CEverestGainConfig::DeleteInstance();
+        m_oAmplifier = m_oSenary = m_oEverest = {};
+    }
+
+    static CObject MakeLocked()
+    {
+        CObject pObject(new CKelvanePostEFX(nullptr, CKelvaneClassFactory::KelvanePostEFX_Property));
+        BYTE aInit[sizeof(APOInitSystemEffects)] = {};
+        EXPECT_EQ(pObject->Initialize(sizeof(aInit), aInit), S_OK);
+        EXPECT_EQ(CFormatPair(2, 48000).Lock(*pObject), S_OK);
+        return pObject;
+    }
+
+    // The last status or gain that the device was sent.
+    static std::string LastOf(const std::string& strDevice)
+    {
+        const std::string strSent = SentTo(strDevice);
+        return strSent.substr(strSent.rfind(' ') + 1);
+    }
+
+    DeviceMood m_oAmplifier, m_oSenary, m_oEverest;
+};
+
+TEST_F(StreamHardwareTest, AFailedStartLeavesTheStreamWhereItDoesNoHarm)
+{
+    CKelvaneManager* const pManager = CKelvaneManager::Instance();
+    const struct
+    {
+        const char* pStep;
+        std::function<void()> fnBreak;
+    } aSteps[] = {
+        {"FALSE == CKelvaneManager::Instance()->GetLoadDLLStatus()", [&] { pManager->m_bLoadDLL = FALSE; }},
+        {"AudioKelvaneGetSize()", [&] { m_oLibrary.iSizeCode = 5; }},
+        {"AudioKelvaneInit()", [&] { m_oLibrary.iInitCode = 7; }},
+        {"AudioKelvaneSetPara()", [&] { m_oLibrary.iSetParaCode = 8; }},
+        {"AudioKelvaneSetBatteryInfo()", [] { machine::FailNext("GetSystemPowerStatus", 31); }},
+    };
+    enum LowGain
+    {
+        WORKS,
+        CODEC_FAILS,
+        AMPLIFIER_FAILS,
+        EVEREST_FAILS // is not asked
+    };
+    for (const auto& oStep : aSteps)
+        for (const int iDebugMode : {0, 1})
+            for (const LowGain eLowGain : {WORKS, CODEC_FAILS, AMPLIFIER_FAILS, EVEREST_FAILS})
+            {
+                SCOPED_TRACE(std::string(oStep.pStep) + " " + std::to_string(iDebugMode) + std::to_string(eLowGain));
+                RestartLog();
+                Mend();
+                pManager->m_iDebugMode = iDebugMode;
+                BringUp();
+                m_oSenary.oAnswer.dwError = eLowGain == CODEC_FAILS ? 31 : 0;
+                m_oAmplifier.oAnswer.dwError = eLowGain == AMPLIFIER_FAILS ? 31 : 0;
+                m_oEverest.oAnswer.dwError = eLowGain == EVEREST_FAILS ? 31 : 0;
+                machine::ForgetSent();
+                oStep.fnBreak();
+                const CObject pObject = MakeLocked();
+                CPeriod oPeriod(2, 480, BUFFER_VALID, true); // in place: silence is written over the input
+                oPeriod.Run(*pObject);
+
+                const bool bLow = iDebugMode == 0 && (eLowGain == WORKS || eLowGain == EVEREST_FAILS);
+                EXPECT_TRUE(CPeriod::IsAll(oPeriod.m_vecInput, bLow || !pManager->m_bLoadDLL ? 1.0F : 0.0F));
+                const bool bAsked = iDebugMode == 0 && eLowGain != CODEC_FAILS;
+                EXPECT_EQ(LastOf("KELVANE_DEVICE0"), bAsked ? "0000000002000000" : "");
+                EXPECT_EQ(LastOf("senary"), iDebugMode == 0 ? "02000000" : "");
+                EXPECT_EQ(LastOf("everest"), "");
+                EXPECT_EQ(CountLog(oStep.pStep), 1U);
+                EXPECT_EQ(HasLine("Set Low Gain failed then Will be Silented!", 0, "WARN"), iDebugMode == 0 && !bLow);
+                EXPECT_EQ(HasLine("CSenaryGainConfig::Instance()->SetLowSenaryHWGain()", 31),
+                          iDebugMode == 0 && eLowGain == CODEC_FAILS);
+                EXPECT_EQ(HasLine("CKelvaneManager::Instance()->DeactiveMutilPAGain()", 31),
+                          iDebugMode == 0 && eLowGain == AMPLIFIER_FAILS);
+                m_oSenary = m_oAmplifier = m_oEverest = {};
+                TakeDown();
+            }
+}
+
+// High gain that fails is told, each of the three is tried, and the stream is processed all the same.
+TEST_F(StreamHardwareTest, AStartSetsEveryGainHigh)
+{
+    for (const DWORD dwError : {0U, 31U})
+    {
+        RestartLog();
+        BringUp();
+        m_oSenary.oAnswer.dwError = m_oAmplifier.oAnswer.dwError = m_oEverest.oAnswer.dwError = dwError;
+        machine::ForgetSent();
+        EXPECT_EQ(MakeEngine().InitAlgorithmParameter(), 0);
+        EXPECT_EQ(m_pEngine->GetSilentStatus() + m_pEngine->GetBypassStatus(), 0);
+        m_pEngine.reset(); // takes nothing back
+        EXPECT_EQ(SentTo("senary"), "00000000");
+        EXPECT_EQ(SentTo("everest"), "01");
+        EXPECT_EQ(SentTo("KELVANE_DEVICE0"), "0000000000000000");
+        for (const char* pCall : {"CSenaryGainConfig::Instance()->SetHighSenaryHWGain()",
+                                  "CEverestGainConfig::Instance()->SetHighEverestHWGain()",
+                                  "CKelvaneManager::Instance()->ActiveMutilPAGain()"})
+            EXPECT_EQ(HasLine(pCall, 31), dwError != 0) << pCall;
+        TakeDown();
+    }
+}
+
+TEST_F(StreamHardwareTest, TheProcessingThreadOfTheWorkerVariantMeetsNoDevice)
+{
+    BringUp();
+    machine::Controller oController;
+    oController.fScript = [](UINT64) { return machine::TemperatureAnswer(315); };
+    machine::AttachController(oController);
+    CKelvaneManager* const pManager = CKelvaneManager::Instance();
+    pManager->m_fAudioKelvaneGetPara = [](void*, KelvaneStruParam*) { return 0; };
+    pManager->m_fAudioKelvaneTemperature = [](void*, int32_t) { return 0; };
+    pManager->m_iAlgoCtrlParam[5] = 1; // temperatures are reported
+    const CObject pObject = MakeLocked();
+    DWORD dwThread = 0;
+    std::thread(
+        [&]
+        {
+            dwThread = GetCurrentThreadId();
+            CPeriod oPeriod(2, 480);
+            for (int i = 0; i < 1100; ++i) // eleven seconds of audio: each slow clock strikes
+            {
+                oPeriod.Run(*pObject);
+                WaitForWorkers();
+                CAudioMonitor::Instance()->StatusRecord().m_iSpeakerVolume = i % 100;
+            }
+        })
+        .join();
+    EXPECT_FALSE(machine::Sent("controller").empty());
+    for (const machine::SentItem& oItem : machine::Sent())
+        EXPECT_NE(oItem.dwThread, dwThread) << oItem.strDevice << " " << oItem.strWhat;
+}
+} // namespace
