@@ -66,6 +66,8 @@ public:
 
     // Takes the oldest input frame apart into psDataIn. 13 when there is none.
     int SplitInputDataItem();
+    // Records the frame in psDataIn, interleaved, at dump level 3.
+    void DumpInputDataItem(const KelvaneDataStruct* pDataStruct, int iDataLen);
     // Runs the library on the frame in psDataIn. The library's code, 1001 without an instance.
     int AudioKelvaneApply();
     // The periodic work, after every second frame: 10 ms of audio.
@@ -80,7 +82,9 @@ public:
     int AudioKelvaneSetPara();
     // Reads the power status that the library is told on every frame. Also the periodic refresh, on its thread.
     int AudioKelvaneSetBatteryInfo();
-    // Takes the stream off the algorithm: bypass.
+    // Sets codecs and amplifiers high for the protected stream. Failures are told; the stream runs on.
+    void ActiveKelvaneGain();
+    // Sets them low for a stream without protection, and bypasses the algorithm; silences the stream if that fails.
     void DeactiveKelvaneGain();
 
     void CreateAlgorithmThread();

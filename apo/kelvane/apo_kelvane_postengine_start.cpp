@@ -1,6 +1,8 @@
 // The life of one library instance in a stream: memory, first parameter set, frame record, workers, and the way back.
+#include "apo/kelvane/apo_kelvane_everest.h"
 #include "apo/kelvane/apo_kelvane_manager.h"
 #include "apo/kelvane/apo_kelvane_postengine.h"
+#include "apo/kelvane/apo_kelvane_senary.h"
 #include "apo/kelvane/apo_kelvane_wmi.h"
 #include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_data.h"
@@ -55,6 +57,7 @@ int CKelvanePostEngine::InitAlgorithmParameter()
     const int iResult = StartInstance();
     if (iResult == 0)
     {
+        ActiveKelvaneGain();
         CreateAlgorithmThread();
         InitializeWMI();
         CreateTemperatureThread();
@@ -190,9 +193,23 @@ int CKelvanePostEngine::AudioKelvaneSetBatteryInfo()
     return 0;
 }
 
+void CKelvanePostEngine::ActiveKelvaneGain()
+{
+    AUDIO_CHECK(CSenaryGainConfig::Instance()->SetHighSenaryHWGain());
+    AUDIO_CHECK(CEverestGainConfig::Instance()->SetHighEverestHWGain());
+    AUDIO_CHECK(CKelvaneManager::Instance()->ActiveMutilPAGain());
+}
+
 void CKelvanePostEngine::DeactiveKelvaneGain()
 {
-    SetBypassStatus(1);
+    if (AUDIO_CHECK(CSenaryGainConfig::Instance()->SetLowSenaryHWGain()) == 0 &&
+        AUDIO_CHECK(CKelvaneManager::Instance()->DeactiveMutilPAGain()) == 0)
+    {
+        SetBypassStatus(1);
+        return;
+    }
+    AUDIOLOG_WARN("Set Low Gain failed then Will be Silented!");
+    SetSilentStatus(1);
 }
 
 int CKelvanePostEngine::SetInChannelCount(const int& iChannelCount)
