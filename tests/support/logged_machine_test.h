@@ -81,6 +81,8 @@ protected:
         std::vector<LogLine> vecLines;
         for (const std::string& strName : ListFiles(LogFolder()))
         {
+            if (strName.find(".log") == std::string::npos)
+                continue;
             std::istringstream oFile(GetFile(LogFolder() + "\\" + strName));
             for (std::string strLine; std::getline(oFile, strLine);)
                 vecLines.push_back(ParseLogLine(strLine));

@@ -1,0 +1,95 @@
+// The diagnostics tests' fixture: log, dump and event log on a machine of the test's own, and the files they leave.
+#pragma once
+
+#include "audioapi/audio_api_dump.h"
+#include "platform/linux/machine.h"
+#include "tests/engine/engine_test.h"
+
+#include <chrono>
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr int iSlowness = 5;
+#else
+constexpr int iSlowness = 1;
+#endif
+
+class DiagnosticsTest : public EngineTest
+{
+protected:
+    void TearDown() override
+    {
+        m_pEngine.reset();
+        CAudioDump::DeleteInstance();
+        EngineTest::TearDown();
+    }
+
+    static CAudioDump& Dump() { return *CAudioDump::Instance(); }
+    static void StartDump(DWORD dwLevel, DWORD dwSize = 0)
+    {
+        MakeFolder(LogFolder());
+        SetDump(dwLevel, dwSize);
+        Dump().Initialize(nullptr);
+        WaitForWorkers();
+    }
+    static void SetDump(DWORD dwLevel, DWORD dwSize = 0)
+    {
+        SetRegistry(AUDIO_DUMP_PATH, AUDIO_DUMP_LEVEL, dwLevel);
+        SetRegistry(AUDIO_DUMP_PATH, AUDIO_DUMP_SIZE, dwSize);
+        SetRegistry(AUDIO_DUMP_PATH, AUDIO_DUMP_NUM, 0);
+    }
+
+    // Stands the clock still at 2024-03-14 09:26:53.
+    static void FreezeClock()
+    {
+        SYSTEMTIME stTime{};
+        stTime.wYear = 2024;
+        stTime.wMonth = 3;
+        stTime.wDay = 14;
+        stTime.wHour = 9;
+        stTime.wMinute = 26;
+        stTime.wSecond = 53;
+        machine::FreezeClock();
+        machine::SetClock(stTime);
+    }
+
+    // The files of the type, by the order of their names, without the module's name in front.
+    static std::vector<std::string> FilesOf(const std::string& strType)
+    {
+        const size_t iModule = CAudioSYS::GetModuleBaseName(nullptr).size() + 1;
+        std::vector<std::string> vecNames;
+        for (const std::string& strName : ListFiles(LogFolder()))
+            if (strName.size() > strType.size() && strName.substr(strName.size() - strType.size()) == strType)
+                vecNames.push_back(strName.substr(std::min(iModule, strName.size())));
+        return vecNames;
+    }
+    // The content of the item's one dump file; another number of files is a failure.
+    static std::string ContentOf(const std::string& strItem)
+    {
+        WaitForWorkers();
+        std::vector<std::string> vecNames = FilesOf(".pcm");
+        const auto fOther = [&](const std::string& strName) { return strName.rfind(strItem + "_P", 0) != 0; };
+        vecNames.erase(std::remove_if(vecNames.begin(), vecNames.end(), fOther), vecNames.end());
+        EXPECT_EQ(vecNames.size(), 1u) << strItem;
+        if (vecNames.size() != 1)
+            return {};
+        return GetFile(LogFolder() + "\\" + CAudioSYS::GetModuleBaseName(nullptr) + "_" + vecNames[0]);
+    }
+    static std::string BytesOf(const std::vector<FLOAT32>& vecSamples)
+    {
+        return {reinterpret_cast<const char*>(vecSamples.data()), vecSamples.size() * sizeof(FLOAT32)};
+    }
+
+    // The records of the event log behind their time: source, type, number, text.
+    static std::vector<std::string> ReadEvents()
+    {
+        WaitForWorkers();
+        std::vector<std::string> vecRecords;
+        std::istringstream oFile(GetFile(machine::PlatformPath(machine::Folder() + "/eventlog.txt")));
+        for (std::string strLine; std::getline(oFile, strLine);)
+            vecRecords.push_back(strLine.substr(strLine.find('\t') + 1));
+        return vecRecords;
+    }
+
+    static std::string HostFolder() { return machine::Folder() + "/c/PROGRAMDATA/ZVAudio/" + ModuleName(); }
+    static std::string ModuleName() { return CAudioSYS::GetModuleBaseName(nullptr); }
+};

@@ -1,0 +1,254 @@
+// The diagnostics folder: its coming and going switches log and dump, and the oldest files beyond the limit go.
+#include "tests/diagnostics/diagnostics_test.h"
+
+#include <sys/resource.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <thread>
+
+namespace
+{
+namespace fs = std::filesystem;
+
+class DirTest : public DiagnosticsTest
+{
+protected:
+    static fs::path Folder() { return fs::path(HostFolder()); }
+
+    // Log and dump on, whatever is there of the folder.
+    static void StartBoth()
+    {
+        SetRegistry(AUDIO_DEBUG_PATH, AUDIO_DEBUG_LEVEL, AUDIO_LEVEL_INFO);
+        SetDump(1);
+        CAudioLog::Instance()->Initialize(nullptr);
+        Dump().Initialize(nullptr);
+        WaitForWorkers();
+    }
+    static bool IsLogOn() { return CAudioLog::Instance()->IsRecorded(AUDIO_LEVEL_FATA); }
+    // Whether a block recorded now leaves a file.
+    static bool IsDumpOn()
+    {
+        const std::string strItem = "Probe" + std::to_string(m_iProbe++);
+        Dump().RecordItemByName("probe", 5, strItem);
+        WaitForWorkers();
+        const std::vector<std::string> vecNames = FilesOf(".pcm");
+        return std::any_of(vecNames.begin(), vecNames.end(),
+                           [&](const std::string& strName) { return strName.rfind(strItem + "_", 0) == 0; });
+    }
+
+    // Writes beyond it fail as on a full disk.
+    static void LimitFileSize(rlim_t iBytes)
+    {
+        signal(SIGXFSZ, SIG_IGN);
+        rlimit oLimit{};
+        getrlimit(RLIMIT_FSIZE, &oLimit);
+        oLimit.rlim_cur = iBytes == RLIM_INFINITY ? oLimit.rlim_max : iBytes;
+        ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &oLimit), 0);
+    }
+
+    // Files named 000 and on, each a second older than the next.
+    static void MakeFiles(int iCount, const std::string& strType)
+    {
+        fs::create_directories(Folder());
+        const auto oNow = fs::file_time_type::clock::now();
+        for (int i = 0; i < iCount; ++i)
+        {
+            const fs::path oFile = Folder() / (std::to_string(1000 + i).substr(1) + strType);
+            std::ofstream(oFile).put('x');
+            fs::last_write_time(oFile, oNow - std::chrono::hours(1) + std::chrono::seconds(i));
+        }
+    }
+    static size_t CountFiles(const std::string& strType)
+    {
+        size_t iCount = 0;
+        for (const auto& oEntry : fs::directory_iterator(Folder()))
+            iCount += oEntry.path().extension() == strType && oEntry.is_regular_file() ? 1u : 0u;
+        return iCount;
+    }
+
+    static inline int m_iProbe = 0;
+};
+} // namespace
+
+TEST_F(DirTest, RemovalSwitchesOffAndReturnSwitchesOn)
+{
+    fs::create_directories(Folder());
+    StartBoth();
+    EXPECT_TRUE(IsLogOn() && IsDumpOn());
+    const fs::path oAway = Folder().parent_path() / "away";
+    const struct
+    {
+        const char* pName;
+        std::function<void()> fnGone, fnBack;
+    } oCases[] = {
+        {"removed", [] { fs::remove_all(Folder()); }, [] { fs::create_directory(Folder()); }},
+        {"removed again", [] { fs::remove_all(Folder()); }, [] { fs::create_directory(Folder()); }},
+        {"renamed", [&] { fs::rename(Folder(), oAway); }, [] { fs::create_directory(Folder()); }},
+        {"moved back", [] { fs::remove_all(Folder()); },
+         [&]
+         {
+             fs::rename(oAway, Folder().parent_path().parent_path() / "outside");
+             fs::rename(Folder().parent_path().parent_path() / "outside", Folder());
+         }},
+    };
+    for (const auto& oCase : oCases)
+    {
+        oCase.fnGone();
+        EXPECT_TRUE(WaitFor([] { return !IsLogOn() && !IsDumpOn(); })) << oCase.pName;
+        oCase.fnBack();
+        EXPECT_TRUE(WaitFor([] { return IsLogOn() && IsDumpOn(); })) << oCase.pName;
+        AUDIOLOG_INFO(std::string("after ") + oCase.pName);
+        EXPECT_EQ(CountLog(std::string("after ") + oCase.pName), 1u);
+    }
+}
+
+TEST_F(DirTest, WithoutTheFolderTheFirstStartAloneWatches)
+{
+    fs::create_directories(Folder().parent_path().parent_path());
+    StartBoth(); // the log's keeper makes the parent and watches it; the dump's finds it there
+    EXPECT_TRUE(fs::is_directory(Folder().parent_path()));
+    EXPECT_FALSE(fs::exists(Folder()));
+    EXPECT_FALSE(IsLogOn());
+    fs::create_directory(Folder().parent_path() / "other");
+    fs::create_directory(Folder());
+    EXPECT_TRUE(WaitFor([] { return IsLogOn(); }));
+    EXPECT_FALSE(IsDumpOn());
+    CAudioDump::DeleteInstance();
+    CAudioLog::DeleteInstance();
+
+    fs::remove_all(Folder());
+    StartBoth(); // nobody watches
+    fs::create_directory(Folder());
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_FALSE(IsLogOn() || IsDumpOn());
+}
+
+TEST_F(DirTest, ABadFolderTurnsDiagnosticsOffAndNothingElse)
+{
+    fs::create_directories(Folder().parent_path());
+    std::ofstream(Folder()).put('x'); // a file in the folder's place
+    StartBoth();
+    EXPECT_FALSE(IsLogOn() || IsDumpOn());
+    AUDIOLOG_INFO("nowhere");
+    CAudioDump::DeleteInstance();
+    CAudioLog::DeleteInstance();
+
+    fs::remove(Folder());
+    fs::create_directory(Folder());
+    // A watch that fails: the line comes first, then the switch.
+    machine::FailNext("ReadDirectoryChangesW", 5, 1);
+    SetRegistry(AUDIO_DEBUG_PATH, AUDIO_DEBUG_LEVEL, AUDIO_LEVEL_INFO);
+    CAudioLog::Instance()->Initialize(nullptr);
+    EXPECT_TRUE(WaitFor([] { return !IsLogOn(); }));
+    EXPECT_EQ(CountLog("Read Directory Changes failed!"), 1u);
+    CAudioLog::DeleteInstance();
+
+    // A folder that can't be opened for its changes is still there.
+    machine::FailNext("CreateFileA", 5, 4);
+    CAudioLog::Instance()->Initialize(nullptr);
+    EXPECT_EQ(CountLog("Fail to Create File for monitor Directory:" + LogFolder()), 1u);
+    EXPECT_EQ(CountLog("pThis->CreateDirectoryHandle()"), 1u);
+    EXPECT_TRUE(IsLogOn());
+}
+
+TEST_F(DirTest, TheOldestFilesBeyondTheLimitGo)
+{
+    MakeFiles(205, ".log");
+    MakeFiles(200, ".pcm");
+    fs::create_directory(Folder() / "folder.log");
+    fs::last_write_time(Folder() / "folder.log", fs::file_time_type::clock::now() - std::chrono::hours(2));
+    StartLog(AUDIO_LEVEL_FATA); // at the start already
+    StartDump(1);
+    EXPECT_EQ(CountFiles(".log"), 200u);
+    EXPECT_FALSE(fs::exists(Folder() / "004.log"));
+    EXPECT_TRUE(fs::exists(Folder() / "005.log") && fs::exists(Folder() / "folder.log"));
+    EXPECT_EQ(CountFiles(".pcm"), 200u);
+
+    // A new file costs the oldest of its type.
+    CAudioLog::Instance()->RecordItem("f", "f", 1, AUDIO_LEVEL_FATA, 0, "line");
+    Dump().RecordItemByName("block", 5, "Item");
+    EXPECT_TRUE(WaitFor([] { return !fs::exists(Folder() / "005.log") && !fs::exists(Folder() / "000.pcm"); }));
+    EXPECT_EQ(CountFiles(".log"), 200u);
+    EXPECT_EQ(CountFiles(".pcm"), 200u);
+}
+
+TEST_F(DirTest, AFileThatStaysIsTriedAgainAtTheNextEvent)
+{
+    MakeFiles(3, ".log");
+    SetRegistry(AUDIO_DEBUG_PATH, AUDIO_DEBUG_LEVEL, AUDIO_LEVEL_ERROR);
+    SetRegistry(AUDIO_DEBUG_PATH, AUDIO_DEBUG_NUM, 3);
+    machine::FailNext("DeleteFileA", 32, 1);
+    CAudioLog::Instance()->Initialize(nullptr);
+    AUDIOLOG_ERROR(1, "a fourth file");
+    EXPECT_TRUE(WaitFor([] { return CountLog("DeleteFileA(strFilePath.c_str())") == 1; }));
+    std::ofstream(Folder() / "fifth.log").put('x');
+    EXPECT_TRUE(WaitFor([] { return CountFiles(".log") == 3; }));
+    EXPECT_FALSE(fs::exists(Folder() / "001.log"));
+}
+
+// A stop ends every worker whatever holds it up, and frees what is queued.
+TEST_F(DirTest, StopsWithinATenthOfASecond)
+{
+    const struct
+    {
+        const char* pName;
+        std::function<void()> fnTrouble;
+    } oCases[] = {
+        {"at rest", [] {}},
+        {"files can't be opened", [] { machine::FailNext("fopen_s", 13, -1); }},
+        {"disk takes no byte", [] { LimitFileSize(0); }},
+        {"folder gone", [] { fs::remove_all(Folder()); }},
+        {"folder gone unseen",
+         []
+         {
+             machine::FailNext("ReadDirectoryChangesW", 5, -1);
+             fs::remove_all(Folder());
+         }},
+        {"folder read-only", [] { fs::permissions(Folder(), fs::perms::owner_read | fs::perms::owner_exec); }},
+    };
+    for (const auto& oCase : oCases)
+    {
+        fs::create_directories(Folder());
+        StartBoth();
+        oCase.fnTrouble();
+        for (int i = 0; i < 500; ++i)
+        {
+            AUDIOLOG_EVENT_ERROR(i + 1, "report");
+            Dump().RecordItemByName("block", 5, "Item");
+        }
+        const auto oStart = std::chrono::steady_clock::now();
+        CAudioDump::DeleteInstance();
+        const auto oDumpGone = std::chrono::steady_clock::now();
+        CAudioLog::DeleteInstance();
+        const auto oLogGone = std::chrono::steady_clock::now();
+        machine::ClearFailures();
+        LimitFileSize(RLIM_INFINITY);
+        EXPECT_LT(oDumpGone - oStart, std::chrono::milliseconds(100 * iSlowness)) << oCase.pName;
+        EXPECT_LT(oLogGone - oDumpGone, std::chrono::milliseconds(100 * iSlowness)) << oCase.pName;
+        fs::create_directories(Folder());
+        fs::permissions(Folder(), fs::perms::owner_all);
+    }
+}
+
+// Files come into the folder faster than they are looked through.
+TEST_F(DirTest, StopsWhileFilesRainIn)
+{
+    fs::create_directories(Folder());
+    StartBoth();
+    std::atomic<bool> bStop{false};
+    std::thread oRain(
+        [&]
+        {
+            for (int i = 0; !bStop; ++i)
+                std::ofstream(Folder() / (std::to_string(i % 500) + "_" + std::to_string(i) + ".log")).put('x');
+        });
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    const auto oStart = std::chrono::steady_clock::now();
+    CAudioDump::DeleteInstance();
+    CAudioLog::DeleteInstance();
+    EXPECT_LT(std::chrono::steady_clock::now() - oStart, std::chrono::milliseconds(200 * iSlowness));
+    bStop = true;
+    oRain.join();
+}
