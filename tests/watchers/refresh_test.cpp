@@ -1,0 +1,187 @@
+// What each refresh makes of its values, and what it says.
+#include "tests/watchers/watcher_test.h"
+
+namespace
+{
+using RefreshTest = WatcherTest;
+
+// What a step sets; the type REG_NONE deletes.
+struct Value
+{
+    DWORD dwType;
+    std::string strBytes;
+};
+Value Number(DWORD dwValue)
+{
+    return {REG_DWORD, std::string(reinterpret_cast<const char*>(&dwValue), sizeof(dwValue))};
+}
+Value Text(const char* pText)
+{
+    return {REG_SZ, std::string(pText) + '\0'};
+}
+const Value oGone = {REG_NONE, ""};
+
+struct Step
+{
+    const char* pName;
+    Value oValue;
+    const char*
+        pLines; // with "|" between them; null before the start. Reads that fail are "Fail:" and the value's name
+};
+
+// A watcher's key; the steps before its start and behind it.
+const struct
+{
+    int iIndex;
+    const char* pPath;
+    std::vector<Step> vecBefore, vecSteps;
+} SCENARIO[] = {
+    {0,
+     AUDIO_MODE_PATH,
+     {{APO_MULTI_RENDER, Number(3), nullptr}, {APO_SMART_MODE, Text("AudioMode:1"), nullptr}},
+     {{APO_SMART_MODE, Text("AudioMode:3,PreTime:0,PostTime:0"),
+       "APO mode change to AudioMode:3,PreTime:0,PostTime:0|multiRender: 3 change to 3|"
+       "APO mode CaptureMode:0,RenderMode:2"},
+      {APO_SMART_MODE, Text("PostTime:9,AudioMode:3,PreTime:00"),
+       "APO mode change to PostTime:9,AudioMode:3,PreTime:00|multiRender: 3 change to 3|"
+       "APO mode CaptureMode:3,RenderMode:3"},
+      {APO_SMART_MODE, Text(""), "APO mode change to |multiRender: 3 change to 3|APO mode CaptureMode:0,RenderMode:0"},
+      {APO_SMART_MODE, Text("AudioMode:4"),
+       "APO mode change to AudioMode:4|multiRender: 3 change to 3|APO mode CaptureMode:4,RenderMode:4"},
+      {APO_MULTI_RENDER, oGone,
+       "APO mode change to AudioMode:4|Fail:MultiRender|"
+       "CAudioREG::ReadRegValue(AUDIO_MODE_PATH, APO_MULTI_RENDER, dwMultiRenderValue)"},
+      {APO_SMART_MODE, oGone, "Fail:SmartMode|CAudioREG::ReadRegValue(AUDIO_MODE_PATH, APO_SMART_MODE, strValue)"}}},
+    {3,
+     AUDIO_BYPASS_PATH,
+     {{AUDIO_KELVANE_STATUS, Number(1), nullptr}},
+     {{LYRANA_STATUS, Number(1), "Kelvane Bypass Status 1 change to 1|Lyrana Bypass Status 0 change to 1"},
+      {AUDIO_KELVANE_STATUS, oGone, "Fail:KelvaneStatus|Lyrana Bypass Status 1 change to 1"},
+      {AUDIO_KELVANE_STATUS, Number(2), "Kelvane Bypass Status 1 change to 2|Lyrana Bypass Status 1 change to 1"}}},
+    {4,
+     DEVICE_CLSID_PATH,
+     {},
+     {{AUDIO_RENDER_CLSID, Text("R"),
+       "Fail:CaptureCLSID|CAudioREG::ReadRegValue(DEVICE_CLSID_PATH, AUDIO_CAPTURE_CLSID, strCaptureValue)"},
+      {AUDIO_CAPTURE_CLSID, Text("C"),
+       "Default Capture Endpoint CLSID  change to C|Default Render Endpoint CLSID  change to R"},
+      {AUDIO_CAPTURE_CLSID, Text("C"), ""}}},
+    {7,
+     LYRANA_MODE_PATH,
+     {},
+     {{LYRANA_APO_MODE, Number(0xFFFFFFFF), "Lyrana mode 2 change to 4294967295"},
+      {LYRANA_APO_MODE, oGone, "Fail:LyranaMode|CAudioREG::ReadRegValue(LYRANA_MODE_PATH, LYRANA_APO_MODE, dwValue)"},
+      {LYRANA_APO_MODE, Number(1), "Lyrana mode 4294967295 change to 1"}}},
+    {2,
+     AUDIO_SPEAKER_VOLUME_PATH,
+     {{AUDIO_VOLUME_MUTE, Number(0), nullptr},
+      {AUDIO_VOLUME_NUM, Number(50), nullptr},
+      {AUDIO_VOLUME_DB, Text("-12.5"), nullptr}},
+     {{AUDIO_VOLUME_NUM, Number(60), "Speaker Percent Volume(50) change to (60)"},
+      {AUDIO_VOLUME_MUTE, Number(1), "Speaker Mute status(0) change to (1)"},
+      {AUDIO_VOLUME_DB, Text("-12.50"), "Speaker DB Volume (-12.5) change to (-12.50)"},
+      {AUDIO_VOLUME_DB, Text("loud"), "Speaker DB Volume (-12.5) change to (loud)"},
+      {AUDIO_VOLUME_DB, Text("0"), ""},
+      {AUDIO_VOLUME_NUM, oGone,
+       "Fail:VolumeNum|CAudioREG::ReadRegValue(AUDIO_SPEAKER_VOLUME_PATH, AUDIO_VOLUME_NUM, dwVolumeValue)|"
+       "Speaker Percent Volume(60) change to (0)"}}},
+    {10,
+     AUDIO_MICROPHONE_VOLUME_PATH,
+     {{AUDIO_VOLUME_MUTE, Number(0), nullptr},
+      {AUDIO_VOLUME_NUM, Number(50), nullptr},
+      {AUDIO_VOLUME_DB, Text("-2"), nullptr}},
+     {{AUDIO_VOLUME_MUTE, Number(1), "Microphone Mute status(0) change to (1)"},
+      {AUDIO_VOLUME_MUTE, Number(0),
+       "Microphone Mute status(1) change to (0)|Microphone Percent Volume(0) change to (50)|"
+       "Microphone DB Volume (0) change to (-2)"}}},
+    {1,
+     AUDIO_REALTEK_HEADSET_PATH,
+     {{APO_INTERNAL_SPEAKER, Number(0), nullptr}},
+     {{APO_INTERNAL_SPEAKER, Number(1),
+       "Fail:ExternalMicrophoneInput|"
+       "CAudioREG::ReadRegValue(AUDIO_REALTEK_HEADSET_PATH, APO_EXTERNAL_MICROPHONE, dwMicroPhoneValue)"},
+      {APO_EXTERNAL_MICROPHONE, Number(2), "HeadSet Status:0,ExternalMic Status: 1"},
+      {APO_INTERNAL_SPEAKER, Number(0), "HeadSet Status:1,ExternalMic Status: 1"}}},
+    {12,
+     AUDIO_ZVSOUND_PATH,
+     {{AUDIO_ZVSOUND_STATUS, Number(1), nullptr},
+      {AUDIO_ZVSOUND_SPEAKER_MODE, Number(2), nullptr},
+      {AUDIO_ZVSOUND_HEADPHONE_MODE, Number(2), nullptr},
+      {AUDIO_ZVSOUND_SHARE_STATUS, Number(2), nullptr},
+      {AUDIO_ZVSOUND_MICROPHONE_MODE, Number(2), nullptr}},
+     {{AUDIO_ZVSOUND_STATUS, Number(1), ""},
+      {AUDIO_ZVSOUND_MICROPHONE_MODE, Number(5), "ZvSound Micophone Status 2 change to 5"},
+      {AUDIO_ZVSOUND_MICROPHONE_MODE, Number(1), "ZvSound Micophone Status 5 change to 1"},
+      {AUDIO_ZVSOUND_SHARE_STATUS, oGone,
+       "Fail:ShareVoiceStatus|CAudioREG::ReadRegValue(AUDIO_ZVSOUND_PATH, AUDIO_ZVSOUND_SHARE_STATUS, dwShareValue)|"
+       "ZvSound Share Voice Status 2 change to 0"}}},
+};
+
+TEST_F(RefreshTest, EachStepSaysWhatItRead)
+{
+    StartLog();
+    for (const auto& oScenario : SCENARIO)
+    {
+        const std::string strFailure = std::string("Fail to Read Reg Value KeyPath:") + oScenario.pPath + "\\";
+        CAudioREG::CreateRegKey(oScenario.pPath);
+        for (const Step& oStep : oScenario.vecBefore)
+            Set(oScenario.pPath, oStep.pName, oStep.oValue.dwType, oStep.oValue.strBytes);
+        Monitor().StartMonitor(oScenario.iIndex);
+        TakeLog();
+        for (const Step& oStep : oScenario.vecSteps)
+        {
+            if (oStep.oValue.dwType == REG_NONE)
+                Delete(oScenario.pPath, oStep.pName);
+            else
+                Set(oScenario.pPath, oStep.pName, oStep.oValue.dwType, oStep.oValue.strBytes);
+            std::string strLines;
+            for (const std::string& strLine : TakeLog())
+            {
+                if (strLine.rfind("RegQueryValueExA(", 0) == 0)
+                    continue; // the registry layer's second line
+                strLines += (strLines.empty() ? "" : "|") +
+                            (strLine.rfind(strFailure, 0) == 0 ? "Fail:" + strLine.substr(strFailure.size()) : strLine);
+            }
+            EXPECT_EQ(strLines, oStep.pLines);
+        }
+    }
+    EXPECT_EQ(Status().m_iLastMicrophoneMode, 2) << "5 is no ordinary mode";
+    EXPECT_EQ(Status().m_iRenderMode, 4) << "a refresh without MultiRender stored a mode";
+}
+
+// Of the instances the first that has the value, of its bytes the first.
+TEST_F(RefreshTest, ExternalMicrophone)
+{
+    const std::string strClass = std::string(AUDIO_MEDIA_CLASS_PATH) + "\\";
+    CAudioREG::CreateRegKey(strClass + "0000\\Settings\\OEM");
+    Set(strClass + "0002\\Settings\\OEM", SENARY_EXTERNAL_MIC, REG_BINARY, "\x0A");
+    const std::string strPath = strClass + "0001\\Settings\\OEM";
+    Set(strPath, SENARY_EXTERNAL_MIC, REG_BINARY, "");
+    Monitor().StartMonitor(11);
+    for (const std::string& strBytes :
+         {std::string(), std::string("\x0A\0", 2), std::string("\0\x0A", 2), std::string("\x0A")})
+    {
+        Set(strPath, SENARY_EXTERNAL_MIC, REG_BINARY, strBytes);
+        EXPECT_EQ(Status().m_iExternalMICStatus, !strBytes.empty() && strBytes[0] == 0x0A ? 1 : 0);
+    }
+}
+
+TEST_F(RefreshTest, ProcessorEvent)
+{
+    StartLog(AUDIO_LEVEL_ERROR);
+    CAudioMonitor::SetGetCPUStatusEvent();
+    EXPECT_EQ(CountLog("CAudioREG::ReadRegValue(CPU_INFO_PATH, CPU_NAME_STRING, strCPUName)"), 1U);
+    for (const char* pName : {"An AMD one", "amd Another"})
+    {
+        SetRegistry(CPU_INFO_PATH, CPU_NAME_STRING, std::string(pName));
+        CAudioMonitor::SetGetCPUStatusEvent();
+        EXPECT_EQ(CountLog("OpenEvent for 'Global\\MonitorCPUStatus' error"), pName[0] == 'a' ? 1U : 0U);
+        EXPECT_EQ(CountLog("SetEvent(hEvent)"), pName[0] == 'a' ? 1U : 0U);
+    }
+    const HANDLE hEvent = CreateEventW(nullptr, TRUE, FALSE, L"Global\\MonitorCPUStatus");
+    CAudioMonitor::SetGetCPUStatusEvent();
+    EXPECT_EQ(WaitForSingleObject(hEvent, 0), static_cast<DWORD>(WAIT_OBJECT_0));
+    CloseHandle(hEvent);
+    EXPECT_EQ(CountLog("SetEvent(hEvent)"), 1U);
+}
+} // namespace

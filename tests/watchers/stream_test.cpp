@@ -1,0 +1,68 @@
+// A running stream follows what another program sets, from its next period on.
+#include "apo/kelvane/apo_kelvane_factory.h"
+#include "apo/kelvane/apo_kelvane_postefx.h"
+#include "tests/engine/engine_test.h"
+#include "tests/support/apo_connections.h"
+#include "tests/watchers/watcher_test.h"
+
+#include <iterator>
+
+namespace
+{
+using StreamTest = EngineTest;
+
+TEST_F(StreamTest, FollowsBypassHeadsetModeAndVolume)
+{
+    StartLog();
+    for (const char* pPath : {AUDIO_BYPASS_PATH, AUDIO_HEADSET_PATH, AUDIO_ZVSOUND_PATH, AUDIO_SPEAKER_VOLUME_PATH})
+        CAudioREG::CreateRegKey(pPath);
+    CKelvaneManager::Instance()->m_mapAlgoParam["50000"] = std::make_unique<KelvaneStruParam>();
+    m_oLibrary.fnApply = [](KelvaneDataStruct& oData)
+    {
+        for (int ch = 0; ch < 2; ++ch)
+            for (int s = 0; s < oData.iFrameLen; ++s)
+                oData.psDataOut[ch][s] *= 0.5F;
+    };
+    CAudioStatus& oStatus = CAudioMonitor::Instance()->StatusRecord();
+    CAudioMonitor::Instance()->Initialize({std::begin(AUDIO_MONITOR_LIST), std::end(AUDIO_MONITOR_LIST)});
+    WaitForWorkers();
+    auto* const pObject = new CKelvanePostEFX(nullptr, CKelvaneClassFactory::KelvanePostEFX_Property);
+    BYTE aInit[sizeof(APOInitSystemEffects)] = {};
+    ASSERT_EQ(pObject->Initialize(sizeof(aInit), aInit), S_OK);
+    ASSERT_EQ(CFormatPair(2, 48000).Lock(*pObject), S_OK);
+    const auto fPlay = [&]
+    {
+        CPeriod oPeriod(2, 480);
+        oPeriod.Run(*pObject);
+        WaitForWorkers();
+        return oPeriod.m_vecOutput[0];
+    };
+    for (int i = 0; i < 4; ++i)
+        fPlay();
+
+    const struct
+    {
+        const char* pSetting;
+        CAudioInt CAudioStatus::*piField;
+        int iValue;
+        FLOAT32 f32Output; // of ones: 1 is bypassed, 0.5 processed
+        const char* pLine;
+    } aCases[] = {
+        {"Bypass\\KelvaneStatus=1", &CAudioStatus::m_iKelvaneBypass, 1, 1.0F, "Kelvane Bypass Status 0 change to 1"},
+        {"Bypass\\KelvaneStatus=2", &CAudioStatus::m_iKelvaneBypass, 2, 0.5F, "Kelvane Bypass Status 1 change to 2"},
+        {"Headset\\HeadsetStatus=7", &CAudioStatus::m_iHeadSetStatus, 1, 1.0F, ",Headset Status:1"},
+        {"Headset\\HeadsetStatus=0", &CAudioStatus::m_iHeadSetStatus, 0, 0.5F, ",Headset Status:0"},
+        {"Volume\\Speaker\\VolumeNum=30", &CAudioStatus::m_iSpeakerVolume, 30, 0.5F, "from 30080 to 30020"},
+        {"ZVSound\\ZvSoundStatus=1", &CAudioStatus::m_iZvSoundStatus, 1, 0.5F, "Support ZvSound Status 0 change to 1"},
+        {"ZVSound\\SpeakerMode=4", &CAudioStatus::m_iSpeakerMode, 4, 0.5F, "from 30020 to 50000"},
+    };
+    for (const auto& oCase : aCases)
+    {
+        SetElsewhere(oCase.pSetting);
+        EXPECT_TRUE(WaitFor([&] { return oStatus.*oCase.piField == oCase.iValue; })) << oCase.pSetting;
+        EXPECT_EQ(fPlay(), oCase.f32Output) << oCase.pSetting;
+        EXPECT_GE(CountLog(oCase.pLine), 1U) << oCase.pLine;
+    }
+    pObject->Release();
+}
+} // namespace

@@ -1,0 +1,62 @@
+// The watchers' fixture: the keys that they follow, values of any type, changes one at a time or by another program.
+#pragma once
+
+#include "audioapi/audio_api_registry.h"
+#include "platform/linux/machine.h"
+#include "tests/support/logged_machine_test.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+// Sets a value below SOFTWARE\ZVAudio from another process: 'Bypass\KelvaneStatus=1'.
+inline void SetElsewhere(const std::string& strSetting)
+{
+    const auto oBin = std::filesystem::read_symlink("/proc/self/exe").parent_path();
+    const std::string strCommand =
+        "KELVANE_MACHINE='" + machine::Folder() + "' '" + (oBin / "apohost").string() + "' reg set '" + strSetting;
+    ASSERT_EQ(std::system((strCommand + "' >/dev/null").c_str()), 0) << strSetting;
+}
+
+class WatcherTest : public LoggedMachineTest
+{
+protected:
+    static CAudioMonitor& Monitor() { return *CAudioMonitor::Instance(); }
+    static CAudioStatus& Status() { return Monitor().StatusRecord(); }
+
+    // Sets one value, of type and bytes, and lets every watcher see it.
+    static void Set(const std::string& strPath, const char* pName, DWORD dwType, const std::string& strBytes)
+    {
+        HKEY hKey = nullptr;
+        CAudioREG::CreateRegKey(strPath);
+        ASSERT_EQ(CAudioREG::OpenRegKey(strPath, KEY_SET_VALUE | KEY_WOW64_64KEY, hKey), 0U) << strPath;
+        EXPECT_EQ(RegSetValueExA(hKey, pName, 0, dwType, reinterpret_cast<const BYTE*>(strBytes.data()),
+                                 static_cast<DWORD>(strBytes.size())),
+                  0);
+        RegCloseKey(hKey);
+        WaitForWorkers();
+    }
+    static void Delete(const std::string& strPath, const char* pName)
+    {
+        DeleteRegistryValue(strPath, pName);
+        WaitForWorkers();
+    }
+
+    // The messages that the log took since the last call, in order, of levels INFO and ERROR.
+    std::vector<std::string> TakeLog()
+    {
+        std::vector<std::string> vecText;
+        const std::vector<LogLine> vecLines = ReadLog();
+        for (; m_iTaken < vecLines.size(); ++m_iTaken)
+        {
+            const LogLine& oLine = vecLines[m_iTaken];
+            if (oLine.strLevel == "INFO" || oLine.strLevel == "ERROR")
+                vecText.push_back(oLine.strMessage);
+        }
+        return vecText;
+    }
+
+private:
+    size_t m_iTaken = 0;
+};
