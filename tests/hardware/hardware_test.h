@@ -19,8 +19,11 @@ struct DeviceMood
 class HardwareTest : public EngineTest
 {
 protected:
-    static constexpr machine::Completion AT_ONCE = machine::Completion::AtOnce;
-    static constexpr machine::Completion LATE = machine::Completion::Late;
+    void SetUp() override
+    {
+        EngineTest::SetUp();
+        StartLog(AUDIO_LEVEL_DEBUG);
+    }
 
     // The device answers by the mood, which outlives it.
     static void Attach(const std::string& strName, const DeviceMood& oMood, const std::string& strInterface = "")
@@ -47,22 +50,22 @@ protected:
         return strAll;
     }
 
-    // Whether the log has the whole message at the level with the code, an ERROR unless told otherwise.
-    static bool HasLine(const std::string& strMessage, long long iCode, const std::string& strLevel = "ERROR")
+    // The WARN and ERROR lines since the last call, as "code text" joined by "|"; an event's WARN has code 0.
+    static std::string TakeFailures()
     {
-        for (const LogLine& oLine : FindLog(strMessage))
-            if (oLine.strMessage == strMessage && oLine.iErrorCode == iCode && oLine.strLevel == strLevel)
-                return true;
-        return false;
+        std::string strAll;
+        for (const LogLine& oLine : ReadLog())
+            if (oLine.strLevel == "WARN" || oLine.strLevel == "ERROR")
+                strAll += (strAll.empty() ? "" : "|") + std::to_string(oLine.iErrorCode) + " " + oLine.strMessage;
+        RestartLog();
+        return strAll;
     }
 
-    // A log of its own for each case.
     static void RestartLog()
     {
         CAudioLog::DeleteInstance();
         for (const std::string& strName : ListFiles(LogFolder()))
             DeleteFileA((LogFolder() + "\\" + strName).c_str());
         StartLog(AUDIO_LEVEL_DEBUG);
-        machine::ForgetSent();
     }
 };
