@@ -3,7 +3,9 @@
 
 #include "apo/kelvane/apo_kelvane_manager.h"
 #include "audioapi/audio_api_const.h"
+#include "audioapi/audio_api_dump.h"
 #include "audioapi/audio_api_log.h"
+#include "audioapi/audio_api_monitor.h"
 #include "audioapi/audio_api_time.h"
 
 #include <algorithm>
@@ -21,6 +23,7 @@ constexpr int iParameterFrameCount = 200;          // inline mode: a second of a
 constexpr int iReportTemperatureFrameCount = 1000; // inline mode: five seconds
 constexpr int iReleaseFrameCount = 2000;           // inline mode: the count starts over after ten seconds
 
+constexpr int iFrameBytes = AUDIO_KELVANE_FRAME_LEN * static_cast<int>(sizeof(FLOAT32)); // of one channel
 constexpr FLOAT32 aSilence[AUDIO_KELVANE_FRAME_LEN] = {};
 
 // Whether no sample is infinite or not a number: all exponent bits set stand for these.
@@ -68,9 +71,11 @@ int CKelvanePostEngine::InputStandardFrameToQueue(const FLOAT32* pMicInputFrames
 // The worker is late. The caller holds m_csInputQueue.
 void CKelvanePostEngine::ReportInputQueueSize()
 {
-    if (m_bInlineMode == 0 && m_oInputQueue.Size() >= m_iInputQueueHigh)
-        AUDIOLOG_EVENT_INFO(std::string(AUDIO_EVENT_INPUT_SIZE) +
-                            "KelvaneInpuSize:" + std::to_string(m_oInputQueue.Size()));
+    if (m_bInlineMode != 0 || m_oInputQueue.Size() < m_iInputQueueHigh)
+        return;
+    CAudioMonitor::SetGetCPUStatusEvent();
+    AUDIOLOG_EVENT_INFO(std::string(AUDIO_EVENT_INPUT_SIZE) +
+                        "KelvaneInpuSize:" + std::to_string(m_oInputQueue.Size()));
 }
 
 // Runs the algorithm on every queued frame. A frame that the library failed on goes out as it stands.
@@ -120,7 +125,20 @@ int CKelvanePostEngine::SplitInputDataItem()
         if (bDIVMode || n == 4)
             SplitChannel(oFrame.pData.get(), n, ch, ch + 2);
     }
+    DumpInputDataItem(m_pDataStruct, n * AUDIO_KELVANE_FRAME_LEN);
     return 0;
+}
+
+// As the library sees the channels; one without an array is silent.
+void CKelvanePostEngine::DumpInputDataItem(const KelvaneDataStruct* pDataStruct, int iDataLen)
+{
+    if (!CAudioDump::Instance()->IsDetailOn() || iDataLen == 0 || pDataStruct == nullptr)
+        return;
+    const int iChannelCount = std::min(GetInChannelCount(), KELVANE_MAX_CHANNELS);
+    FLOAT32 pInBuf[KELVANE_MAX_CHANNELS * AUDIO_KELVANE_FRAME_LEN];
+    for (int ch = 0; ch < iChannelCount; ++ch)
+        MergeChannel(HasChannel(ch) ? pDataStruct->psDataIn[ch] : aSilence, iChannelCount, ch, pInBuf);
+    CAudioDump::Instance()->RecordItemByName(pInBuf, iChannelCount * iFrameBytes, m_strDumpInName);
 }
 
 // Copies channel ch of an interleaved frame of n channels to the library's channel iTarget, if it has an array.
@@ -239,6 +257,7 @@ int CKelvanePostEngine::MergerOutputDataItem()
         const bool bSilent = !bPlayable || !HasChannel(ch);
         MergeChannel(bSilent ? aSilence : m_pDataStruct->psDataOut[ch], iChannelCount, ch, pOutBuf);
     }
+    CAudioDump::Instance()->RecordDetailItem(pOutBuf, iChannelCount * iFrameBytes, m_strDumpOutName);
     return AUDIO_CHECK(FormatOutputFrameToQueue(pOutBuf, iChannelCount, AUDIO_KELVANE_FRAME_LEN));
 }
 
