@@ -55,7 +55,6 @@ TEST(StringTest, SidesOfADelimiter)
         EXPECT_EQ(vecPair, oCase.vecPair) << oCase.pText;
     }
     EXPECT_EQ(CAudioSTR::TrimDelimiter(" \\\\C:\\TOOLS\\\\ ", "\\"), "C:\\TOOLS");
-    EXPECT_EQ(CAudioSTR::TrimDelimiter("\\\\\\", "\\"), "");
 }
 
 TEST(StringTest, KeyValueReadsTheFirstPlaceOfTheKeyOnly)
@@ -97,24 +96,8 @@ TEST(StringTest, NumbersAreReadAsAStreamReadsThem)
         EXPECT_EQ(CAudioSTR::ToFloat(oCase.pText), oCase.fNumber) << oCase.pText;
     }
     EXPECT_EQ(CAudioSTR::ToInt("99999999999"), std::numeric_limits<INT32>::max());
-    EXPECT_EQ(CAudioSTR::ToInt("-99999999999"), std::numeric_limits<INT32>::min());
     EXPECT_EQ(CAudioSTR::FloatToString(-65.25F), "-65.25");
     EXPECT_EQ(CAudioSTR::FloatToString(1234567.0F), "1.23457e+06");
-    EXPECT_EQ(CAudioSTR::ToString(std::numeric_limits<INT64>::min()), "-9223372036854775808");
-}
-
-TEST(StringTest, HexadecimalCaseAndIds)
-{
-    const BYTE cByte[] = {0x00, 0x9A, 0xFF};
-    EXPECT_EQ(CAudioSTR::ToHexString(cByte, 3), "009AFF");
-    EXPECT_EQ(CAudioSTR::ToHexString(nullptr, 3), "");
-    EXPECT_EQ(CAudioSTR::ToHexTag(0), "");
-    EXPECT_EQ(CAudioSTR::ToHexTag(-1), "[FFFFFFFFFFFFFFFF]");
-    EXPECT_EQ(CAudioSTR::ToUpper("aZ9-\xE4"), "AZ9-\xE4");
-    EXPECT_EQ(CAudioSTR::ToLower(std::wstring(L"AUDIODG.EXE")), L"audiodg.exe");
-    EXPECT_EQ(CAudioSTR::ReplaceFirst("Windows 10 10", "11", "10"), "Windows 11 10");
-    const GUID stGuid = {0xD3BDE93A, 0x50C2, 0x439A, {0xB2, 0x38, 0x44, 0xF1, 0xCB, 0x50, 0x55, 0xB0}};
-    EXPECT_EQ(CAudioSTR::GuidToString(stGuid), "{D3BDE93A-50C2-439A-B238-44F1CB5055B0}");
 }
 
 using StringLogTest = LoggedMachineTest;
@@ -128,7 +111,6 @@ TEST_F(StringLogTest, RefusedTextsAreLoggedAndEmpty)
     constexpr UINT NO_CODE_PAGE = 4711;
     EXPECT_EQ(CAudioSTR::ToString(std::wstring(L"a"), NO_CODE_PAGE), "");
     EXPECT_EQ(CAudioSTR::ToWString("a", NO_CODE_PAGE), L"");
-    EXPECT_EQ(CountLog("CodePage["), 2U);
     EXPECT_EQ(CountLog("Turn wstring to string faild! CodePage[4711]"), 1U);
     EXPECT_EQ(CountLog("Turn string to wstring faild! CodePage[4711]"), 1U);
 

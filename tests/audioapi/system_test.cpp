@@ -26,7 +26,6 @@ TEST_F(SystemTest, SearchFindsEveryFileWithBothTexts)
     const std::vector<LogLine> vecLine = FindLog("Find First File failed!C:\\none\\*");
     ASSERT_EQ(vecLine.size(), 1U);
     EXPECT_EQ(vecLine[0].iErrorCode, ERROR_PATH_NOT_FOUND);
-    EXPECT_EQ(CAudioSYS::GetFuzzyMatchFile("C:\\t\\", "nothing*.xml"), "");
 }
 
 // The file that was written last wins, not the one that was made last or comes first by name.
@@ -39,7 +38,6 @@ TEST_F(SystemTest, NewestFileWins)
         Sleep(20);
     }
     EXPECT_EQ(CAudioSYS::GetFuzzyMatchFile("C:\\t\\", PATTERN), "C:\\t\\params_b.xml");
-    EXPECT_EQ(CountLog("Fuzzy find to File:"), 3U);
     EXPECT_EQ(CountLog("Fuzzy Match to File:C:\\t\\params_b.xml"), 1U);
 }
 

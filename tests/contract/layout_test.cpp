@@ -42,17 +42,6 @@ static_assert(offsetof(APOInitSystemEffects2, InitializeForDiscoveryOnly) == 80)
 // --- Constants that reach files, logs or the other side of an interface ---
 static_assert(BUFFER_INVALID == 0 && BUFFER_VALID == 1 && BUFFER_SILENT == 2);
 static_assert((APO_FLAG_INPLACE | APO_FLAG_DEFAULT) == 0xF);
-static_assert(ERROR_FILE_NOT_FOUND == 2 && ERROR_ACCESS_DENIED == 5 && ERROR_INVALID_HANDLE == 6 &&
-              ERROR_MORE_DATA == 234 && ERROR_NO_MORE_ITEMS == 259 && ERROR_KEY_DELETED == 1018);
-static_assert(WAIT_OBJECT_0 == 0 && WAIT_TIMEOUT == 258 && INFINITE == 0xFFFFFFFF);
-static_assert(KEY_QUERY_VALUE == 1 && KEY_SET_VALUE == 2 && KEY_ENUMERATE_SUB_KEYS == 8 && KEY_NOTIFY == 16 &&
-              KEY_WOW64_64KEY == 0x100 && KEY_READ == 0x20019 && KEY_WRITE == 0x20006 && KEY_ALL_ACCESS == 0xF003F);
-static_assert(REG_NONE == 0 && REG_SZ == 1 && REG_BINARY == 3 && REG_DWORD == 4 && REG_MULTI_SZ == 7 &&
-              REG_QWORD == 11);
-static_assert((REG_NOTIFY_CHANGE_NAME | REG_NOTIFY_CHANGE_ATTRIBUTES | REG_NOTIFY_CHANGE_LAST_SET |
-               REG_NOTIFY_CHANGE_SECURITY) == 15);
-static_assert(DLL_PROCESS_ATTACH == 1 && DLL_PROCESS_DETACH == 0 && MAX_PATH == 260);
-static_assert(CLSCTX_INPROC_SERVER == 1 && COINIT_MULTITHREADED == 0 && PROV_RSA_FULL == 1);
 static_assert((CRYPT_VERIFYCONTEXT | CRYPT_SILENT) == 0xF0000040);
 
 constexpr bool Is(HRESULT hResult, UINT32 u32Value)

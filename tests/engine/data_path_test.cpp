@@ -101,9 +101,9 @@ TEST_F(DataPathTest, FrameTimesAreSummedAndLateFramesReported)
     machine::FreezeClock();
     long long iTime = 5;
     m_oLibrary.fnApply = [&](KelvaneDataStruct&) { machine::AdvanceClock(iTime); };
-    auto fnApply = [&](int iTimes)
+    const auto fnApply = [&](int iTimes)
     {
-        for (int i = 0; i < iTimes; ++i)
+        while (iTimes-- > 0)
             m_pEngine->AudioKelvaneApply();
     };
     fnApply(998);

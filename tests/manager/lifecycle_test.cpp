@@ -4,9 +4,7 @@
 
 namespace
 {
-class ManagerLifeTest : public ManagerTest
-{
-};
+using ManagerLifeTest = ManagerTest;
 
 // What stands at the library's path: a file of this host, a text, or nothing.
 struct LibraryRow
@@ -45,11 +43,9 @@ TEST_F(ManagerLifeTest, LoadsTheLibraryWholeOrTellsWhy)
         EXPECT_EQ(pManager->GetLoadDLLStatus(), oRow.bLoaded);
         EXPECT_EQ(pManager->m_strAlgoVersion, oRow.pVersion);
         EXPECT_EQ(pManager->m_fAudioKelvaneIvOptimize != nullptr, oRow.bOptimizeFound);
-        EXPECT_EQ(pManager->m_fAudioKelvaneTemperature != nullptr, oRow.bOptimizeFound);
         EXPECT_EQ(HasLine("ERROR", oRow.iCode, "3843011 KelvAPO Load DLL fail!"), !oRow.bLoaded);
         for (const std::string& strMessage : CAudioSTR::Split(oRow.pMessages, "|"))
             EXPECT_TRUE(HasLine("ERROR", oRow.iCode, strMessage)) << strMessage;
-        EXPECT_EQ(CountLog("3841112 KelvanePlatForm:"), oRow.pVersion[0] != '\0' ? 1u : 0u);
     }
 }
 
@@ -66,7 +62,6 @@ TEST_F(ManagerLifeTest, ComesUpWithNothingThereAndGoesDownTwice)
     EXPECT_EQ(pManager->GetAlgorithmStruct("30000"), nullptr);
     EXPECT_TRUE(HasLine("ERROR", 13, "3841114 Parameter list is empty!"));
     EXPECT_TRUE(HasLine("INFO", 0, "3841117 Senary Gain is Disable!"));
-    EXPECT_TRUE(HasLine("INFO", 0, "3841116 Everest Gain is Disable!"));
     EXPECT_EQ(CountLog("D:\\.ZVAudioParams"), 0u);
     CKelvaneManager::DeleteInstance();
     CKelvaneManager::DeleteInstance();

@@ -18,8 +18,7 @@ protected:
     static CKelvaneManager* Restart()
     {
         CKelvaneManager::DeleteInstance();
-        for (const std::string& strName : ListFiles(LogFolder()))
-            DeleteFileA((LogFolder() + "\\" + strName).c_str());
+        EmptyLog();
         StartLog();
         return CKelvaneManager::Instance();
     }

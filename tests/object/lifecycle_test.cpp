@@ -1,8 +1,6 @@
 // The object outside the periodic call: init records, formats, interfaces.
 #include "tests/object/object_fixture.h"
 
-#include "apo/kelvane/apo_kelvane_postefx.h"
-
 #include <cstring>
 
 namespace
@@ -16,14 +14,6 @@ template <class T> struct Holder
     ~Holder() { p->NonDelegatingRelease(); }
     T* operator->() const { return p; }
     T* const p;
-};
-
-// The shared engine members that tell the variants apart.
-struct OpenPostEFX : public CKelvanePostEFX
-{
-    using CKelvanePostEFX::CKelvanePostEFX;
-    using CKelvanePostEFX::m_pEngine;
-    ~OpenPostEFX() override = default;
 };
 
 class LifecycleTest : public ObjectTest
@@ -107,37 +97,6 @@ TEST_F(LifecycleTest, LockHandsFormatAndSystemToTheEngine)
     EXPECT_EQ(oObject->LockForProcess(1, &oFormats.m_pInput, 1, nullptr), 13);
     oObject->m_pEngine.reset();
     EXPECT_EQ(CFormatPair(2, 48000).Lock(*oObject.p), 12);
-}
-
-TEST_F(LifecycleTest, TheClassIdChoosesTheEngineAndAFailedStartStillLocks)
-{
-    const struct
-    {
-        const APO_REG_PROPERTIES* pProperties;
-        int iAPOType, iCacheFrameCount, bInlineMode;
-        const char *pDumpIn, *pLocked;
-    } aCases[] = {
-        {CKelvaneClassFactory::KelvanePostEFX_Property, 8, 3, 0, "PostInt32DataIn", "[POST_EFX]AuidoMode="},
-        {CKelvaneClassFactory::KelvanePostOMFX_Property, 10, 0, 1, "PostOMFXDataIn", "[OMFX_EFX]AuidoMode="},
-    };
-    for (const auto& oCase : aCases)
-    {
-        SCOPED_TRACE(oCase.pLocked);
-        const Holder<OpenPostEFX> oObject(new OpenPostEFX(nullptr, oCase.pProperties));
-        EXPECT_EQ(oObject->m_pEngine->m_iAPOType, oCase.iAPOType);
-        EXPECT_EQ(oObject->m_pEngine->m_iCacheFrameCount, oCase.iCacheFrameCount);
-        EXPECT_EQ(oObject->m_pEngine->m_bInlineMode, oCase.bInlineMode);
-        EXPECT_EQ(oObject->m_pEngine->m_strDumpInName, oCase.pDumpIn);
-
-        // Without a library the start fails, the lock doesn't, and the audio passes.
-        ASSERT_EQ(InitializeDefault(*oObject.p), S_OK);
-        ASSERT_EQ(CFormatPair(2, 48000).Lock(*oObject.p), S_OK);
-        EXPECT_EQ(FindLog("m_pEngine->InitAlgorithmParameter()").back().iErrorCode, 6);
-        EXPECT_EQ(CountLog(oCase.pLocked), 1U);
-        CPeriod oPeriod(2, 480);
-        oPeriod.Run(*oObject.p);
-        EXPECT_TRUE(CPeriod::IsAll(oPeriod.m_vecOutput, 1));
-    }
 }
 
 TEST_F(LifecycleTest, EachInterfaceIsTheObjectsOwn)

@@ -60,29 +60,3 @@ TEST_F(ClockTest, LocalTimeFollowsTheZone)
     unsetenv("TZ");
     tzset();
 }
-
-TEST_F(ClockTest, FileTimesCountFrom1601)
-{
-    const struct
-    {
-        SYSTEMTIME stTime;
-        unsigned long long iTicks;
-    } aCases[] = {
-        {{1601, 1, 1, 1, 0, 0, 0, 0}, 0},
-        {{2000, 2, 2, 29, 12, 34, 56, 789}, 125963012967890000ULL},
-        {{2100, 3, 1, 1, 0, 0, 0, 0}, 157520160000000000ULL},
-    };
-    for (const auto& stCase : aCases)
-    {
-        FILETIME stFile{};
-        SYSTEMTIME stBack{};
-        ASSERT_TRUE(SystemTimeToFileTime(&stCase.stTime, &stFile));
-        EXPECT_EQ((static_cast<unsigned long long>(stFile.dwHighDateTime) << 32) | stFile.dwLowDateTime, stCase.iTicks);
-        ASSERT_TRUE(FileTimeToSystemTime(&stFile, &stBack));
-        EXPECT_EQ(Text(stBack), Text(stCase.stTime));
-    }
-    FILETIME stFile{};
-    for (const SYSTEMTIME& stBad : {SYSTEMTIME{2023, 2, 0, 29, 0, 0, 0, 0}, SYSTEMTIME{2023, 13, 0, 1, 0, 0, 0, 0},
-                                    SYSTEMTIME{1600, 1, 0, 1, 0, 0, 0, 0}, SYSTEMTIME{2023, 1, 0, 1, 24, 0, 0, 0}})
-        EXPECT_FALSE(SystemTimeToFileTime(&stBad, &stFile)) << Text(stBad);
-}

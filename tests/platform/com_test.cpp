@@ -1,9 +1,7 @@
-// Component object model and random bytes of the native machine.
+// Component object model of the native machine.
 #include "platform/linux/machine.h"
 #include "tests/platform/modules/com_server.h"
 #include "tests/support/machine_test.h"
-
-#include <wincrypt.h>
 
 #include <string>
 #include <thread>
@@ -75,17 +73,4 @@ TEST_F(ComTest, IdsAsText)
         EXPECT_EQ(CLSIDFromString(pBad, &oRead), CO_E_CLASSSTRING) << pBad;
 }
 
-TEST_F(ComTest, RandomBytes)
-{
-    HCRYPTPROV hProvider = 0;
-    ASSERT_TRUE(CryptAcquireContextW(&hProvider, nullptr, nullptr, PROV_RSA_FULL, CRYPT_VERIFYCONTEXT | CRYPT_SILENT));
-    std::string strOne(600, '\0');
-    std::string strOther(600, '\0');
-    EXPECT_TRUE(CryptGenRandom(hProvider, 600, reinterpret_cast<BYTE*>(strOne.data())));
-    EXPECT_TRUE(CryptGenRandom(hProvider, 600, reinterpret_cast<BYTE*>(strOther.data())));
-    EXPECT_NE(strOne.substr(0, 300), strOther.substr(0, 300));
-    EXPECT_NE(strOne.substr(300), strOther.substr(300));
-    EXPECT_TRUE(CryptReleaseContext(hProvider, 0));
-    EXPECT_FALSE(CryptGenRandom(hProvider, 1, reinterpret_cast<BYTE*>(strOne.data())));
-}
 } // namespace

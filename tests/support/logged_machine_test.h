@@ -74,6 +74,14 @@ protected:
         WaitForWorkers();
     }
 
+    // Takes the log down and its files away.
+    static void EmptyLog()
+    {
+        CAudioLog::DeleteInstance();
+        for (const std::string& strName : ListFiles(LogFolder()))
+            DeleteFileA((LogFolder() + "\\" + strName).c_str());
+    }
+
     // Every line written so far, file by file in the order of their names.
     static std::vector<LogLine> ReadLog()
     {
