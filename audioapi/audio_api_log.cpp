@@ -67,6 +67,7 @@ void CAudioLog::RecordItem(const std::string& strFunction, const std::string& st
 bool CAudioLog::QueueItem(std::string_view strFunction, std::string_view strFile, UINT32 iLine, UINT32 iLevel,
                           INT64 iErrorCode, std::string_view strMessage, INT64 pObject) noexcept
 {
+    bool bFirst = false; // the worker takes the queue whole: one signal serves all that follow
     try
     {
         std::unique_ptr<CAudioLogItem> pSaveLog(new (std::nothrow) CAudioLogItem);
@@ -83,12 +84,13 @@ bool CAudioLog::QueueItem(std::string_view strFunction, std::string_view strFile
         pSaveLog->strMessage = CAudioSTR::ToHexTag(pObject).append(strMessage);
         const std::lock_guard<CAudioLock> oGuard(m_oLogLock);
         m_oLogQueue.push_back(std::move(pSaveLog));
+        bFirst = m_oLogQueue.size() == 1;
     }
     catch (const std::exception&)
     {
         return false;
     }
-    if (m_hLOGEvent != nullptr)
+    if (bFirst && m_hLOGEvent != nullptr)
         SetEvent(m_hLOGEvent);
     return true;
 }

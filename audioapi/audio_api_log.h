@@ -86,6 +86,7 @@ public:
 private:
     friend class CAudioSingleton<CAudioLog>;
     friend std::default_delete<CAudioLog>;
+    using Queue = std::deque<std::unique_ptr<CAudioLogItem>>;
     CAudioLog() = default;
     // Stops the workers. What is still queued is lost.
     ~CAudioLog();
@@ -97,7 +98,8 @@ private:
     void CreatLogThread();
     static void CALLBACK ProcessLOGWorkerThread(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK);
     void WriteBatch(FileInfo& oFileInfo);
-    std::unique_ptr<CAudioLogItem> TakeItem();
+    void WriteLine(FILE*& pFile, FileInfo& oFileInfo, const CAudioLogItem& oItem) noexcept;
+    Queue TakeItems();
     int GetFileInfo(FILE*& pFile, FileInfo& oFileInfo) const;
     std::string GetLogFileName() const;
 
@@ -117,7 +119,7 @@ private:
     CAudioRelaxed<UINT32> m_iDebugSize{DEFAULT_DEBUG_SIZE}; // bytes
     CAudioRelaxed<UINT32> m_iDebugNum{DEFAULT_DEBUG_NUM};
     CAudioLock m_oLogLock; // guards m_oLogQueue
-    std::deque<std::unique_ptr<CAudioLogItem>> m_oLogQueue;
+    Queue m_oLogQueue;
     PTP_WORK m_pDebugThreadWorker = nullptr;
     PTP_WORK m_pLOGThreadWorker = nullptr;
     CAudioWorkerEvent m_hLOGEvent;

@@ -10,6 +10,7 @@
 
 #include <exception>
 #include <mutex>
+#include <utility>
 
 namespace
 {
@@ -50,10 +51,11 @@ void CALLBACK CAudioLog::ProcessLOGWorkerThread(PTP_CALLBACK_INSTANCE, PVOID pCo
     }
 }
 
-std::unique_ptr<CAudioLogItem> CAudioLog::TakeItem()
+// All at once, so that callers seldom meet the worker at the lock.
+CAudioLog::Queue CAudioLog::TakeItems()
 {
     const std::lock_guard<CAudioLock> oGuard(m_oLogLock);
-    return TakeFront(m_oLogQueue);
+    return std::exchange(m_oLogQueue, Queue());
 }
 
 // Writes what is in the queue, and what comes while it does. A file that can't be opened queues one more line for each
@@ -61,29 +63,28 @@ std::unique_ptr<CAudioLogItem> CAudioLog::TakeItem()
 void CAudioLog::WriteBatch(FileInfo& oFileInfo)
 {
     FILE* pFile = nullptr;
-    try
-    {
-        while (m_iLOGThreadRun == 1)
-        {
-            const std::unique_ptr<CAudioLogItem> pItem = TakeItem();
-            if (pItem == nullptr)
-                break;
-            if (GetFileInfo(pFile, oFileInfo) != 0)
-            {
-                Sleep(5);
-                continue;
-            }
-            const int iCount = WriteItem(pFile, *pItem);
-            if (iCount >= 1)
-                oFileInfo.iSize += static_cast<UINT64>(iCount);
-        }
-    }
-    catch (const std::exception&)
-    {
-        // One line lost for want of memory; the next wake goes on with the queue.
-    }
+    for (Queue oItems = TakeItems(); !oItems.empty() && m_iLOGThreadRun == 1; oItems = TakeItems())
+        for (; !oItems.empty() && m_iLOGThreadRun == 1; oItems.pop_front())
+            WriteLine(pFile, oFileInfo, *oItems.front());
     if (pFile != nullptr)
         fclose(pFile);
+}
+
+void CAudioLog::WriteLine(FILE*& pFile, FileInfo& oFileInfo, const CAudioLogItem& oItem) noexcept
+try
+{
+    if (GetFileInfo(pFile, oFileInfo) != 0)
+    {
+        Sleep(5);
+        return;
+    }
+    const int iCount = WriteItem(pFile, oItem);
+    if (iCount >= 1)
+        oFileInfo.iSize += static_cast<UINT64>(iCount);
+}
+catch (const std::exception&)
+{
+    // One line lost for want of memory.
 }
 
 // 0 with the file open in pFile, else the code. A full file gives way to a new one.
