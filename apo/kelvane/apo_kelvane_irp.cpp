@@ -99,8 +99,9 @@ DWORD CKelvaneIRP::SetKelvaneStatus(const DWORD& dwStatusCtrl)
             SetEvent(m_hEvent);
             return dwError;
         }
-        if (const DWORD dwResult = WaitForCompletion(pRequest))
+        if (const DWORD dwResult = WaitForCompletion(*pRequest))
         {
+            AbandonRequest(pRequest);
             LogRequestFailure("Execute GetOverlappedResult failed! dwStatusCtrl:", dwStatusCtrl, dwResult);
             return dwResult;
         }
@@ -112,27 +113,28 @@ DWORD CKelvaneIRP::SetKelvaneStatus(const DWORD& dwStatusCtrl)
 }
 
 // A driver that is late beyond the wait is asked to let the request go. One that finishes it all the same was in time.
-DWORD CKelvaneIRP::WaitForCompletion(CRequest& pRequest)
+DWORD CKelvaneIRP::WaitForCompletion(OVERLAPPED& oRequest)
 {
     DWORD dwBytes = 0;
-    if (GetOverlappedResultEx(m_hDevice, pRequest.get(), &dwBytes, REQUEST_WAIT, FALSE))
+    if (GetOverlappedResultEx(m_hDevice, &oRequest, &dwBytes, REQUEST_WAIT, FALSE))
         return 0;
-    DWORD dwError = GetLastError();
-    if (dwError != WAIT_TIMEOUT)
+    if (const DWORD dwError = GetLastError(); dwError != WAIT_TIMEOUT)
         return dwError;
-    CancelIoEx(m_hDevice, pRequest.get());
-    if (GetOverlappedResultEx(m_hDevice, pRequest.get(), &dwBytes, CANCEL_WAIT, FALSE))
+    CancelIoEx(m_hDevice, &oRequest);
+    if (GetOverlappedResultEx(m_hDevice, &oRequest, &dwBytes, CANCEL_WAIT, FALSE))
         return 0;
-    dwError = GetLastError();
-    if (dwError == WAIT_TIMEOUT)
-        AbandonRequest(pRequest);
+    const DWORD dwError = GetLastError();
     return dwError == WAIT_TIMEOUT || dwError == ERROR_OPERATION_ABORTED ? ERROR_TIMEOUT : dwError;
 }
 
-// Keeps the record for the system. Its late completion signals the old event, so the next request gets one of its own.
+// Keeps the record for the system while the request is pending. Its late completion signals the event that it was sent
+// with, so the next request gets one of its own.
 void CKelvaneIRP::AbandonRequest(CRequest& pRequest)
 {
     m_vecAbandoned.push_back(std::move(pRequest));
+    ForgetCompleted();
+    if (m_vecAbandoned.empty())
+        return;
     CloseHandle(m_hEvent);
     m_hEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     AUDIO_MISSING(m_hEvent, NO_HANDLE);

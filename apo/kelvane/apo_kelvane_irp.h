@@ -36,7 +36,7 @@ private:
     using CRequest = std::unique_ptr<OVERLAPPED>;
 
     void Initialize(const std::string& strDeviceName);
-    DWORD WaitForCompletion(CRequest& pRequest);
+    DWORD WaitForCompletion(OVERLAPPED& oRequest);
     void AbandonRequest(CRequest& pRequest);
     void ForgetCompleted();
 
