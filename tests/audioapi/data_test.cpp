@@ -28,8 +28,6 @@ TEST(DataTest, BlockLengthsAndRates)
 TEST(DataTest, SilenceIsAMeanMagnitude)
 {
     EXPECT_TRUE(CAudioDATA::IsNearZeroEnergy(nullptr, 4));
-    const FLOAT32 fLoud[] = {1.0F};
-    EXPECT_TRUE(CAudioDATA::IsNearZeroEnergy(fLoud, 0));
     const FLOAT32 fBelow[] = {1.5258e-5F, -1.5258e-5F};
     const FLOAT32 fLimit[] = {1.5259e-5F, -1.5259e-5F}; // opposite signs must not cancel
     EXPECT_TRUE(CAudioDATA::IsNearZeroEnergy(fBelow, 2));
@@ -80,8 +78,6 @@ TEST_F(DataLogTest, ParameterFilesHaveExactlyTheirSize)
     CAudioDATA::ReadBinFileParam("C:\\p\\byte.bin", 3, pByte);
     ASSERT_NE(pByte, nullptr);
     EXPECT_EQ(pByte[2], 'c');
-    CAudioDATA::ReadBinFileParam("C:\\p\\byte.bin", 0, pByte);
-    EXPECT_EQ(CountLog("iParaLength <= 0"), 1U);
     EXPECT_EQ(CountLog("Read file param failed!"), 0U);
 
     for (const INT32 iLen : {2, 4})
@@ -93,7 +89,6 @@ TEST_F(DataLogTest, ParameterFilesHaveExactlyTheirSize)
     }
     CAudioDATA::ReadBinFileParam("C:\\p\\none.bin", 3, pByte);
     EXPECT_EQ(CountLog("bfFileSize / static_cast<long>(sizeof(float)) != static_cast<long>(bfParamSize)"), 2U);
-    EXPECT_EQ(CountLog("bfFileSize / static_cast<long>(sizeof(unsigned char)) != static_cast<long>(bfParamSize)"), 2U);
     EXPECT_EQ(CountLog("Read file param failed! Path:C:\\p\\none.bin"), 1U);
     EXPECT_EQ(CountLog("3842006 ReadRECBinFileParam Fail!"), 3U);
 }

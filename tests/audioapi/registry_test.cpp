@@ -180,10 +180,4 @@ TEST_F(RegistryTest, FailedWatchLeavesNothingOpen)
     ExpectErrors({"pEventHandle", "Fail to Regist Notify Change KeyPath:HKEY_LOCAL_MACHINE\\SOFTWARE\\Other"}, 6);
 }
 
-TEST_F(RegistryTest, NothingIsRegisteredWithoutProperties)
-{
-    StartLog();
-    EXPECT_EQ(CAudioREG::RegisterAudioAPO(nullptr, "Class", "Module"), 13);
-    ExpectErrors({"pAPOReg"}, 13);
-}
 } // namespace

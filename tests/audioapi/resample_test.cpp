@@ -74,25 +74,19 @@ TEST(ResampleTest, ShortBlocksFollowTheFormulas)
         EXPECT_EQ(Resample(CONVERSION[oCase.iRow], oCase.vecIn, 1), oCase.vecOut) << CONVERSION[oCase.iRow].pName;
 }
 
-// Both ways between 441 and 480 samples: a straight line at every place, the end included, as is a ramp as a whole.
+// Both ways between 441 and 480 samples: a straight line at every place, the end included.
 TEST(ResampleTest, FortyFourInterpolatesAlongTheAxis)
 {
     for (const int iRow : {3, 8})
     {
         const INT32 iSrcLen = iRow == 3 ? 441 : 480;
         const INT32 iDstLen = 921 - iSrcLen;
-        Samples vecRamp;
-        for (INT32 i = 0; i < iSrcLen; ++i)
-            vecRamp.push_back(static_cast<FLOAT32>(i) / 512.0F);
         const Samples vecNoise = Noise(iSrcLen, 7);
-        const Samples vecRampOut = Resample(CONVERSION[iRow], vecRamp, 1);
         const Samples vecNoiseOut = Resample(CONVERSION[iRow], vecNoise, 1);
-        ASSERT_EQ(vecRampOut.size(), static_cast<size_t>(iDstLen));
-        EXPECT_EQ(vecNoiseOut[0], vecNoise[0]);
+        ASSERT_EQ(vecNoiseOut.size(), static_cast<size_t>(iDstLen));
         for (INT32 j = 0; j < iDstLen; ++j)
         {
             const double dPlace = static_cast<double>(j) * iSrcLen / iDstLen;
-            EXPECT_NEAR(vecRampOut[static_cast<size_t>(j)], dPlace / 512.0, 1e-6) << iRow << " " << j;
             const size_t iLeft = std::min(static_cast<size_t>(dPlace), static_cast<size_t>(iSrcLen - 2));
             const double dRight = dPlace - static_cast<double>(iLeft);
             EXPECT_NEAR(vecNoiseOut[static_cast<size_t>(j)],

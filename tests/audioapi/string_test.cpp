@@ -115,6 +115,7 @@ TEST_F(StringLogTest, RefusedTextsAreLoggedAndEmpty)
     EXPECT_EQ(CountLog("Turn string to wstring faild! CodePage[4711]"), 1U);
 
     EXPECT_EQ(CAudioSTR::FormatPathString("C:\\a\\.\\b\\..\\c"), "C:\\a\\c");
+    EXPECT_EQ(CAudioSTR::FormatPathString("C:\\a\\b\\..\\..\\..\\.c"), "C:\\.c");
     const std::string strLong = "C:\\" + std::string(400, 'x');
     EXPECT_EQ(CAudioSTR::FormatPathString(strLong), strLong);
     EXPECT_EQ(CountLog("PathCanonicalizeA(strPathBuffer, strPath.c_str())"), 1U);

@@ -28,19 +28,6 @@ TEST_F(SystemTest, SearchFindsEveryFileWithBothTexts)
     EXPECT_EQ(vecLine[0].iErrorCode, ERROR_PATH_NOT_FOUND);
 }
 
-// The file that was written last wins, not the one that was made last or comes first by name.
-TEST_F(SystemTest, NewestFileWins)
-{
-    StartLog();
-    for (const char* pName : {"params_b.xml", "params_a.xml", "params_c.xml", "params_b.xml"})
-    {
-        PutFile(std::string("C:\\t\\") + pName, "x");
-        Sleep(20);
-    }
-    EXPECT_EQ(CAudioSYS::GetFuzzyMatchFile("C:\\t\\", PATTERN), "C:\\t\\params_b.xml");
-    EXPECT_EQ(CountLog("Fuzzy Match to File:C:\\t\\params_b.xml"), 1U);
-}
-
 TEST_F(SystemTest, ModuleNameIsCutAtItsFirstDot)
 {
     EXPECT_EQ(CAudioSYS::GetModuleBaseName(nullptr), "test_audioapi");

@@ -93,35 +93,6 @@ TEST_F(DataPathTest, FailedFramesPassOnAndUnusableOnesAreSilenced)
     EXPECT_EQ(PlayChannels(2), (std::vector<float>{1, 2}));
 }
 
-TEST_F(DataPathTest, FrameTimesAreSummedAndLateFramesReported)
-{
-    StartLog(AUDIO_LEVEL_WARN);
-    MakeHandEngine();
-    m_pEngine->m_bInlineMode = 1; // inline, so that nothing is signalled
-    machine::FreezeClock();
-    long long iTime = 5;
-    m_oLibrary.fnApply = [&](KelvaneDataStruct&) { machine::AdvanceClock(iTime); };
-    const auto fnApply = [&](int iTimes)
-    {
-        while (iTimes-- > 0)
-            m_pEngine->AudioKelvaneApply();
-    };
-    fnApply(998);
-    EXPECT_EQ(CountLog("time gap"), 0U);
-    iTime = 6;
-    fnApply(2);
-    EXPECT_EQ(CountLog("Audio Kelvane Apply time gap:12"), 1U);
-    EXPECT_EQ(m_pEngine->m_iApplyFrameCount, 1000);
-    EXPECT_EQ(m_pEngine->m_i64TotalTime, 998 * 5 + 12);
-    EXPECT_EQ(m_pEngine->m_i64MaxTime, 6);
-    EXPECT_EQ(m_pEngine->m_i64MinTime, 5);
-    fnApply(1);
-    EXPECT_EQ(m_pEngine->m_iApplyFrameCount, 0);
-    EXPECT_EQ(m_pEngine->m_i64TotalTime, 0);
-    fnApply(1);
-    EXPECT_EQ(m_pEngine->m_i64MinTime, 6);
-}
-
 TEST_F(DataPathTest, WorkerPlaysTheStreamThreePeriodsLateAndRenewsTheBattery)
 {
     StartLog(AUDIO_LEVEL_WARN);

@@ -52,26 +52,6 @@ TEST_F(ShapingTest, EveryGeometryKeepsTheStreamWhole)
             }
 }
 
-TEST_F(ShapingTest, FirstCallbacksOfOddGeometries)
-{
-    StartLog(AUDIO_LEVEL_INFO);
-    MakeHandEngine();
-    EXPECT_EQ(Input(Ramp(441)), 0);
-    EXPECT_EQ(m_pEngine->m_oInputQueue.Size(), 6);
-    EXPECT_EQ(m_pEngine->m_iInputCacheDataLen, 882);
-    EXPECT_EQ(CountLog("SystemPerFrame Length:441,FrameSample:48000,PerSampleFrameLen:480,iCacheFrameDataLen:4242,"
-                       "AdditionInputCacheDataLen:2880"),
-              1U);
-
-    // Half a block per callback: every other one has nothing to give, and its samples stay.
-    MakeHandEngine(2, 16000);
-    std::vector<int> vecCodes;
-    for (int i = 0; i < 5; ++i)
-        vecCodes.push_back(Input(Ramp(80)));
-    EXPECT_EQ(vecCodes, (std::vector<int>{0, 0, 13, 0, 13}));
-    EXPECT_EQ(CountLog("InputNonStandardFrameToQueue(pMicInputFrames, iInputChannelNum, ulFrameCount)"), 2U);
-}
-
 TEST_F(ShapingTest, LongerCallbacksGrowTheCachesOnce)
 {
     StartLog(AUDIO_LEVEL_INFO);

@@ -22,7 +22,7 @@ protected:
     void SetUp() override
     {
         m_hDll = LoadLibraryA(KELVANE_LIBRARY_FILE);
-        ASSERT_NE(m_hDll, nullptr) << GetLastError();
+        ASSERT_NE(m_hDll, nullptr);
         m_fApply = Find<KelvaneApply>("AudioKelvaneApply");
         m_fSetPara = Find<KelvaneSetPara>("AudioKelvaneSetParams");
         m_fGetPara = Find<KelvaneGetPara>("AudioKelvaneGetParams");

@@ -50,6 +50,12 @@ TEST_F(FactoryTest, AFactoryBuildsCountsAndAggregates)
     EXPECT_EQ(pAggregated->QueryInterface(IID_IUnknown, &pObject), E_NOINTERFACE);
     EXPECT_EQ(oOuter.iQueries, 1);
     EXPECT_EQ(pAggregated->Release(), 1U);
+    IAudioSystemEffects2* pEffects = nullptr;
+    ASSERT_EQ(pInner->QueryInterface(IID_IAudioSystemEffects2, reinterpret_cast<void**>(&pEffects)), S_OK);
+    UINT cEffects = 7;
+    EXPECT_EQ(pEffects->GetEffectsList(nullptr, &cEffects, nullptr), S_OK);
+    EXPECT_EQ(cEffects, 0U);
+    EXPECT_EQ(pEffects->Release(), 1U);
     EXPECT_EQ(pInner->Release(), 0U);
     EXPECT_EQ(g_lObjectCount, 0);
 

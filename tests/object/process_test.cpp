@@ -186,11 +186,6 @@ TEST_F(ProcessTest, MissingRecordsAndBuffersAreReportedAndNothingIsWritten)
     oNoBuffer.m_oInput.pBuffer = 0;
     oNoBuffer.Run(*m_pObject);
     EXPECT_EQ(oNoBuffer.m_oOutput.u32ValidFrameCount, 0U);
-    // Silence of no buffer has nothing to clear.
-    Engine().SetBypassStatus(0);
-    oNoBuffer.m_oInput.u32BufferFlags = BUFFER_SILENT;
-    oNoBuffer.Run(*m_pObject);
-    EXPECT_EQ(oNoBuffer.m_oOutput.u32ValidFrameCount, 480U);
 
     m_pObject->m_pEngine.reset();
     m_pObject->APOProcess(1, &oPeriod.m_pInput, 1, &oPeriod.m_pOutput);

@@ -59,18 +59,4 @@ TEST_F(ComTest, FindsAClassThroughTheRegistry)
     CoUninitialize();
 }
 
-TEST_F(ComTest, IdsAsText)
-{
-    LPOLESTR pText = nullptr;
-    ASSERT_EQ(StringFromCLSID(CLSID_TestServer, &pText), S_OK);
-    EXPECT_STREQ(pText, L"{8A0B6F32-51D4-4C0E-9B1A-2C3D4E5F6071}");
-    CLSID oRead{};
-    CoTaskMemFree(pText);
-    EXPECT_EQ(CLSIDFromString(L"{8a0b6f32-51d4-4c0e-9b1a-2c3d4e5f6071}", &oRead), S_OK);
-    EXPECT_EQ(oRead, CLSID_TestServer);
-    for (const wchar_t* pBad : {L"", L"8A0B6F32-51D4-4C0E-9B1A-2C3D4E5F6071", L"{8A0B6F32-51D4-4C0E-9B1A-2C3D4E5F6071",
-                                L"{8A0B6F32-51D4-4C0E-9B1A-2C3D4E5F607G}", L"{8A0B6F32-51D4-4C0E-9B1A-2C3D4E5F6071}x"})
-        EXPECT_EQ(CLSIDFromString(pBad, &oRead), CO_E_CLASSSTRING) << pBad;
-}
-
 } // namespace

@@ -3,8 +3,6 @@
 #include "platform/linux/machine.h"
 #include "tests/support/machine_test.h"
 
-#include <shlwapi.h>
-
 #include <cerrno>
 #include <filesystem>
 
@@ -105,14 +103,6 @@ TEST_F(FileTest, SearchMatchesAsThePlatformDoes)
     };
     for (const auto& stCase : aCases)
         EXPECT_EQ(Find(stCase.pPattern), stCase.vecNames) << stCase.pPattern;
-
-    WIN32_FIND_DATAA stFile{};
-    WIN32_FIND_DATAA stFolder{};
-    FindClose(FindFirstFileA("C:\\find\\c.xml", &stFile));
-    FindClose(FindFirstFileA("C:\\find\\sub.log", &stFolder));
-    EXPECT_EQ(stFolder.dwFileAttributes, DWORD{FILE_ATTRIBUTE_DIRECTORY});
-    EXPECT_EQ(stFile.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY, 0U);
-    EXPECT_EQ(stFile.nFileSizeLow, 5U);
 }
 
 TEST_F(FileTest, FilesAreCopiedDeletedAndFoldersMadeWithThePlatformsErrors)
@@ -132,28 +122,4 @@ TEST_F(FileTest, FilesAreCopiedDeletedAndFoldersMadeWithThePlatformsErrors)
     EXPECT_EQ(Result(DeleteFileA("C:\\Two.TXT")), DWORD{ERROR_SUCCESS});
     EXPECT_EQ(GetFileAttributesA("C:\\none\\two.txt"), INVALID_FILE_ATTRIBUTES);
     EXPECT_EQ(GetLastError(), DWORD{ERROR_PATH_NOT_FOUND});
-}
-
-TEST_F(FileTest, PathIsMadeCanonical)
-{
-    const struct
-    {
-        const char* pPath;
-        const char* pResult;
-    } aCases[] = {
-        {"C:\\a\\.\\b\\..\\c", "C:\\a\\c"},
-        {"C:\\a\\b\\..\\..\\..\\c", "C:\\c"},
-        {"C:\\a\\..", "C:\\"},
-        {"C:\\a\\.", "C:\\a"},
-        {"", "\\"},
-        {"D:\\.LOGx\\..y", "D:\\.LOGx\\..y"},
-    };
-    char aBuffer[MAX_PATH];
-    for (const auto& stCase : aCases)
-    {
-        EXPECT_TRUE(PathCanonicalizeA(aBuffer, stCase.pPath)) << stCase.pPath;
-        EXPECT_STREQ(aBuffer, stCase.pResult) << stCase.pPath;
-    }
-    EXPECT_TRUE(PathCanonicalizeA(aBuffer, ("C:\\" + std::string(MAX_PATH - 4, 'a')).c_str()));
-    EXPECT_FALSE(PathCanonicalizeA(aBuffer, ("C:\\" + std::string(MAX_PATH - 3, 'a')).c_str()));
 }

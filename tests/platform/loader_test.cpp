@@ -54,7 +54,6 @@ TEST_F(LoaderTest, AttachesOnceDetachesWithTheLastUserAndStartsAfresh)
     EXPECT_EQ(CountCalls(hAgain), 1);
     const HMODULE hOther = LoadLibraryA("C:\\windows\\system32\\Driver\\Other_x64.dll");
     EXPECT_NE(hOther, hAgain);
-    EXPECT_EQ(CountCalls(hOther), 1);
     FreeLibrary(hOther);
     FreeLibrary(hAgain);
 }
