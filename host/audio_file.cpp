@@ -43,6 +43,12 @@ uintmax_t ReadableSize(const std::string& strPath)
     return iBytes;
 }
 
+bool IsRaw(const std::string& strPath)
+{
+    const std::string strEnding = Ending(strPath);
+    return strEnding == ".f32" || strEnding == ".pcm";
+}
+
 SF_INFO RawInfo(const std::string& strPath, const AudioFormat& oAsked, uintmax_t iBytes)
 {
     SF_INFO oInfo{};
@@ -88,7 +94,7 @@ CAudioReader::CAudioReader(const std::string& strPath, const AudioFormat& oAsked
 {
     const uintmax_t iBytes = ReadableSize(strPath);
     SF_INFO oInfo{};
-    if (Ending(strPath) == ".f32")
+    if (IsRaw(strPath))
         oInfo = RawInfo(strPath, oAsked, iBytes);
     m_pFile.reset(sf_open(strPath.c_str(), SFM_READ, &oInfo));
     if (!m_pFile)
@@ -101,7 +107,33 @@ CAudioReader::CAudioReader(const std::string& strPath, const AudioFormat& oAsked
     m_i64FrameCount = oInfo.frames;
 }
 
+void CAudioReader::Repeat(int64_t i64FrameCount)
+{
+    m_bRepeat = true;
+    m_i64FrameCount = m_i64Left = i64FrameCount;
+}
+
 size_t CAudioReader::Read(float* pf32Frames, size_t iFrameCount)
+{
+    if (!m_bRepeat)
+        return ReadOnce(pf32Frames, iFrameCount);
+    const size_t iWanted = static_cast<size_t>(std::min<int64_t>(m_i64Left, static_cast<int64_t>(iFrameCount)));
+    size_t iDone = 0;
+    while (iDone < iWanted)
+    {
+        float* const pf32Rest = pf32Frames + iDone * static_cast<size_t>(m_oFormat.iChannels);
+        size_t iRead = ReadOnce(pf32Rest, iWanted - iDone);
+        if (iRead == 0 && sf_seek(m_pFile.get(), 0, SEEK_SET) == 0)
+            iRead = ReadOnce(pf32Rest, iWanted - iDone);
+        if (iRead == 0)
+            throw CHostError(m_strPath + ": can't be read once more");
+        iDone += iRead;
+    }
+    m_i64Left -= static_cast<int64_t>(iDone);
+    return iDone;
+}
+
+size_t CAudioReader::ReadOnce(float* pf32Frames, size_t iFrameCount)
 {
     const sf_count_t iRead = sf_readf_float(m_pFile.get(), pf32Frames, static_cast<sf_count_t>(iFrameCount));
     if (sf_error(m_pFile.get()) != SF_ERR_NO_ERROR)

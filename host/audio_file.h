@@ -1,4 +1,5 @@
-// Audio files of the host: WAV, FLAC, OGG and raw 32-bit float (ending .f32), read and written as interleaved floats.
+// Audio files of the host: WAV, FLAC, OGG and raw 32-bit float (ending .f32, or .pcm of a sample dump), read and
+// written as interleaved floats.
 #pragma once
 
 #include <cstddef>
@@ -31,13 +32,20 @@ public:
     const AudioFormat& Format() const { return m_oFormat; }
     int64_t FrameCount() const { return m_i64FrameCount; }
 
-    // Reads up to iFrameCount frames into pf32Frames and gives how many; fewer only at the end of the file.
+    // From now on the file over and over, i64FrameCount frames in all. Before the first Read.
+    void Repeat(int64_t i64FrameCount);
+
+    // Reads up to iFrameCount frames into pf32Frames and gives how many; fewer only at the end.
     size_t Read(float* pf32Frames, size_t iFrameCount);
 
 private:
+    size_t ReadOnce(float* pf32Frames, size_t iFrameCount);
+
     std::string m_strPath;
     AudioFormat m_oFormat;
     int64_t m_i64FrameCount = 0;
+    int64_t m_i64Left = 0; // frames of a repeated file still to come
+    bool m_bRepeat = false;
     AudioFileHandle m_pFile;
 };
 

@@ -15,6 +15,8 @@ namespace
 
 constexpr const char* PROTECTION_LIBRARY = "Kelvane_x64.dll";
 constexpr size_t MESSAGES_KEPT = 5;
+constexpr const char* SET_GIVEN[] = {"Get Parameter from strKey=", "Use Default first Parameter strKey="};
+constexpr const char* TEMPERATURE_GIVEN = "),EC Temperature:"; // hundredths of a degree
 constexpr int PROCESSED_RATES[] = {16000, 22050, 32000, 44100, 48000, 96000};
 
 // A line reads "[time][thread][LEVEL]: message [function|file|line]", with the code behind the level of an error.
@@ -27,11 +29,35 @@ std::string MessageOf(const std::string& strLine, size_t iLevel)
     return strMessage;
 }
 
-void ReadLogFile(const fs::path& oPath, ModuleLog& oLog)
+// What stands behind a mark, up to the next blank; empty without the mark.
+std::string TextBehind(const std::string& strLine, const std::string& strMark)
+{
+    const size_t iMark = strLine.find(strMark);
+    if (iMark == std::string::npos)
+        return "";
+    const size_t iBegin = iMark + strMark.size();
+    return strLine.substr(iBegin, strLine.find_first_of(" ,", iBegin) - iBegin);
+}
+
+// The parameter sets and temperatures that the library was given.
+void ReadGiven(const std::string& strLine, const CStreamTime& oTime, ModuleLog& oLog)
+{
+    double f64Seconds = 0;
+    if (strLine.empty() || !oTime.SecondsOf(strLine.substr(1), f64Seconds))
+        return;
+    for (const char* pMark : SET_GIVEN)
+        if (const std::string strKey = TextBehind(strLine, pMark); !strKey.empty())
+            oLog.vecSets.push_back({f64Seconds, strKey});
+    if (const std::string strNumber = TextBehind(strLine, TEMPERATURE_GIVEN); !strNumber.empty())
+        oLog.vecTemperatures.push_back({f64Seconds, std::atoi(strNumber.c_str()) / 10});
+}
+
+void ReadLogFile(const fs::path& oPath, const CStreamTime& oTime, ModuleLog& oLog)
 {
     std::ifstream oFile(oPath);
     for (std::string strLine; std::getline(oFile, strLine);)
     {
+        ReadGiven(strLine, oTime, oLog);
         const size_t iError = std::min(strLine.find("[ERROR]:"), strLine.find("[FATA]:"));
         const size_t iLevel = std::min(iError, strLine.find("[WARN]:"));
         if (iLevel == std::string::npos)
@@ -66,7 +92,7 @@ bool IsMapped(const std::string& strFileName)
 
 } // namespace
 
-ModuleLog ReadModuleLog(fs::file_time_type oSince)
+ModuleLog ReadModuleLog(fs::file_time_type tSince, const CStreamTime& oTime)
 {
     ModuleLog oLog;
     std::vector<fs::path> vecFiles;
@@ -77,12 +103,12 @@ ModuleLog ReadModuleLog(fs::file_time_type oSince)
     {
         const fs::path& oPath = itFile->path();
         if (oPath.extension() == ".log" && oPath.filename().string().find(strMark) != std::string::npos &&
-            itFile->last_write_time(oError) >= oSince)
+            itFile->last_write_time(oError) >= tSince)
             vecFiles.push_back(oPath);
     }
     std::sort(vecFiles.begin(), vecFiles.end());
     for (const fs::path& oPath : vecFiles)
-        ReadLogFile(oPath, oLog);
+        ReadLogFile(oPath, oTime, oLog);
     if (!vecFiles.empty())
         oLog.strPath = vecFiles.front().string();
     return oLog;

@@ -7,8 +7,9 @@
 #include <string>
 #include <vector>
 
-// Reads the log files that this process' module has written since oSince. Call when the module is down.
-ModuleLog ReadModuleLog(std::filesystem::file_time_type oSince);
+// Reads the log files that this process' module has written since tSince, a time of this host. Call when the module is
+// down.
+ModuleLog ReadModuleLog(std::filesystem::file_time_type tSince, const CStreamTime& oTime);
 
 // The reasons to bypass that hold now: rate, protection library, registry values. Call while the module is loaded.
 std::vector<std::string> FindBypassReasons(int iRate);

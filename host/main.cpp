@@ -1,4 +1,5 @@
-// apohost: plays audio through the module, registers it, and looks after the machine's registry.
+// apohost: plays audio through the module, registers it, looks after the machine's registry, converts sample dumps.
+#include "host/dump_to_wav.h"
 #include "host/host_error.h"
 #include "host/play.h"
 #include "host/reg_commands.h"
@@ -41,10 +42,20 @@ void AddPlay(CLI::App& oApp, PlayOptions& oOptions)
     pPlay->add_option("--channels", oOptions.iChannels, "Channels of a .f32 file (2); other files must match")
         ->check(CLI::Range(1, 1024));
     pPlay->add_flag("--in-place", oOptions.bInPlace, "Input and output in one buffer");
-    pPlay->add_flag("--realtime", oOptions.bRealtime, "Pace periods by the clock");
+    CLI::Option* pRealtime = pPlay->add_flag("--realtime", oOptions.bRealtime, "Pace periods by the clock");
     pPlay->add_option("--set", oOptions.vecSets, "KEY\\VALUE=DATA, set in the registry before the start; repeatable")
         ->expected(1)
         ->take_all();
+    pPlay
+        ->add_option(
+            "--every", oOptions.vecCycles,
+            "SECONDS KEY\\VALUE=A,B,...: sets the value every so many seconds of audio, to one after the other; "
+            "repeatable")
+        ->expected(1)
+        ->take_all()
+        ->excludes(pRealtime);
+    pPlay->add_option("--repeat", oOptions.f64RepeatSeconds, "IN over and over, so many seconds in all")
+        ->check(CLI::Range(0.01, 86400.0));
     pPlay->add_option("--report", oOptions.strReport, "Write the report as JSON too");
     pPlay->callback([&] { RunPlay(oOptions); });
 }
@@ -86,6 +97,24 @@ void AddRegistration(CLI::App& oApp, std::string& strModule)
     pUnregister->callback([&] { UnregisterModule(strModule); });
 }
 
+struct DumpOptions
+{
+    std::string strDump;
+    AudioFormat oFormat{48000, 2};
+    std::string strOutput;
+};
+
+void AddDumpToWav(CLI::App& oApp, DumpOptions& oOptions)
+{
+    CLI::App* pDump = oApp.add_subcommand("dump2wav", "Turn a sample dump of the module into an audio file");
+    pDump->add_option("FILE", oOptions.strDump, "The dump (.pcm)")->required();
+    pDump->add_option("OUT", oOptions.strOutput, ".wav (32-bit float), .flac (24 bit) or .f32")->required();
+    pDump->add_option("--rate", oOptions.oFormat.iRate, "Hz of the dump; 48000 without")->check(CLI::Range(1, 1000000));
+    pDump->add_option("--channels", oOptions.oFormat.iChannels, "Channels of the dump; 2 without")
+        ->check(CLI::Range(1, 1024));
+    pDump->callback([&] { DumpToWav(oOptions.strDump, oOptions.oFormat, oOptions.strOutput); });
+}
+
 } // namespace
 
 int main(int iArgumentCount, char** ppArguments)
@@ -99,6 +128,8 @@ int main(int iArgumentCount, char** ppArguments)
     AddPlay(oApp, oOptions);
     AddReg(oApp, strArgument);
     AddRegistration(oApp, strModule);
+    DumpOptions oDumpOptions;
+    AddDumpToWav(oApp, oDumpOptions);
     try
     {
         oApp.parse(iArgumentCount, ppArguments);

@@ -21,17 +21,21 @@ CPeriodLoop::CPeriodLoop(PlayResult& oResult, CApoStream& oStream, CProgress& oP
       m_oStream(oStream),
       m_oProgress(oProgress),
       m_bRealtime(oResult.oOptions.bRealtime),
-      m_iPeriodLen(oStream.DataLen())
+      m_iPeriodLen(oStream.DataLen()),
+      m_oSchedule(oResult.oOptions.vecCycles, oResult.oOptions.iRate)
 {
     m_vecNanoseconds.reserve(static_cast<size_t>(i64Periods));
     if (m_bRealtime)
     {
         SetThreadPriority(GetCurrentThread(), THREAD_PRIORITY_TIME_CRITICAL);
-        return;
     }
-    // What the lock started comes to rest before the first period.
-    m_oResult.bSettled = machine::WaitUntilIdle(IDLE_LIMIT_MS);
-    machine::FreezeClock();
+    else
+    {
+        // What the lock started comes to rest before the first period.
+        WaitUntilIdle();
+        machine::FreezeClock();
+    }
+    m_oResult.oStreamTime.Start();
 }
 
 CPeriodLoop::~CPeriodLoop()
@@ -46,11 +50,15 @@ size_t CPeriodLoop::Run(float* pf32Block, size_t iPeriods)
 {
     const Clock::time_point tRun = Clock::now();
     if (m_oResult.i64Periods == 0)
+    {
         m_tStart = tRun;
+        m_oResult.oStreamTime.Start();
+    }
     size_t iDone = 0;
     for (; iDone < iPeriods && !m_oResult.bStopped; ++iDone)
     {
         float* pf32Period = pf32Block + iDone * m_iPeriodLen;
+        ChangeRegistry();
         m_oStream.Fill(pf32Period);
         WaitForPeriod();
         const Clock::time_point tBegin = Clock::now();
@@ -100,14 +108,27 @@ void CPeriodLoop::Account(Clock::time_point tBegin, Clock::time_point tEnd)
     m_oResult.i64Late += bLate ? 1 : 0;
 }
 
+// The module has taken note of the change before the period.
+void CPeriodLoop::ChangeRegistry()
+{
+    if (m_oSchedule.SetDue(m_oResult.i64Periods * m_oResult.oOptions.iPeriodFrames))
+        WaitUntilIdle();
+}
+
+// Once it took too long, no run is waited for any more.
+void CPeriodLoop::WaitUntilIdle()
+{
+    if (m_oResult.bSettled)
+        m_oResult.bSettled = machine::WaitUntilIdle(IDLE_LIMIT_MS);
+}
+
 // Offline: lets every thread of the module do what the period gave it to do, and then the audio's time pass, so that
 // every run gives the same samples and no work seems to take time.
 void CPeriodLoop::Settle()
 {
     if (m_bRealtime)
         return;
-    if (m_oResult.bSettled)
-        m_oResult.bSettled = machine::WaitUntilIdle(IDLE_LIMIT_MS);
+    WaitUntilIdle();
     const PlayOptions& oOptions = m_oResult.oOptions;
     m_i64ClockRest += static_cast<int64_t>(oOptions.iPeriodFrames) * 1000;
     machine::AdvanceClock(m_i64ClockRest / oOptions.iRate);

@@ -1,8 +1,10 @@
-// The periodic loop: one processing call per period, timed, judged and collected. Allocates nothing while it runs.
+// The periodic loop: one processing call per period, timed, judged and collected. But for changes of the registry it
+// allocates nothing while it runs.
 #pragma once
 
 #include "host/apo_stream.h"
 #include "host/play_result.h"
+#include "host/registry_schedule.h"
 
 #include <chrono>
 
@@ -12,14 +14,15 @@ class CPeriodLoop
 {
 public:
     // Counts into oResult, whose options must be complete. Offline the machine's clock stands still from here on and
-    // moves with the audio. i64Periods is what will come at most.
+    // moves with the audio. i64Periods is what will come at most. Throws CHostError for a schedule that can't be kept.
     CPeriodLoop(PlayResult& oResult, CApoStream& oStream, CProgress& oProgress, int64_t i64Periods);
     CPeriodLoop(const CPeriodLoop&) = delete;
     CPeriodLoop& operator=(const CPeriodLoop&) = delete;
     ~CPeriodLoop();
 
     // Runs iPeriods periods of interleaved floats in pf32Block and puts their output in the same place; zeros where the
-    // module gave none. Ends early on an interrupt. Gives the periods done.
+    // module gave none. Ends early on an interrupt. Gives the periods done. Throws CHostError if the registry can't be
+    // changed.
     size_t Run(float* pf32Block, size_t iPeriods);
 
     // Asks once for a bypass, and sums up the times. After the last Run.
@@ -30,6 +33,8 @@ private:
 
     void WaitForPeriod();
     void Account(Clock::time_point tBegin, Clock::time_point tEnd);
+    void ChangeRegistry();
+    void WaitUntilIdle();
     void Settle();
     void Collect(float* pf32Period);
     Clock::time_point StartOf(int64_t i64Period) const;
@@ -39,6 +44,7 @@ private:
     CProgress& m_oProgress;
     const bool m_bRealtime;
     const size_t m_iPeriodLen; // floats
+    CRegistrySchedule m_oSchedule;
     std::vector<uint32_t> m_vecNanoseconds;
     Clock::time_point m_tStart; // of the first period
     int64_t m_i64ClockRest = 0; // audio time not yet on the machine's clock, milliseconds times rate

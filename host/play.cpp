@@ -11,6 +11,7 @@
 #include "platform/linux/machine.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <filesystem>
 #include <optional>
@@ -20,13 +21,15 @@ namespace
 
 constexpr int64_t BLOCK_FLOATS = 1 << 20; // offline, at most
 
-void CompleteOptions(PlayResult& oResult, const CAudioReader& oReader)
+void CompleteOptions(PlayResult& oResult, CAudioReader& oReader)
 {
     PlayOptions& oOptions = oResult.oOptions;
     oOptions.iRate = oReader.Format().iRate;
     oOptions.iChannels = oReader.Format().iChannels;
     if (oOptions.iPeriodFrames == 0)
         oOptions.iPeriodFrames = std::max(1, oOptions.iRate / 100);
+    if (oOptions.f64RepeatSeconds > 0)
+        oReader.Repeat(std::max<int64_t>(1, std::llround(oOptions.f64RepeatSeconds * oOptions.iRate)));
     oResult.i64InputFrames = oReader.FrameCount();
 }
 
@@ -112,6 +115,7 @@ PlayResult Play(const PlayOptions& oOptions)
     }
     if (oWriter)
         oWriter->Close();
-    oResult.oLog = ReadModuleLog(tBegin - std::chrono::seconds(1));
+    oResult.oTraffic = ReadTraffic(oResult.oStreamTime);
+    oResult.oLog = ReadModuleLog(tBegin - std::chrono::seconds(1), oResult.oStreamTime);
     return oResult;
 }

@@ -1,6 +1,7 @@
 // What one `apohost play` saw: counted during the run, finished after it, shown as a table or as JSON.
 #pragma once
 
+#include "host/device_traffic.h"
 #include "host/period_evidence.h"
 #include "host/play_options.h"
 
@@ -58,6 +59,9 @@ struct ModuleLog
     int64_t i64Errors = 0;
     int64_t i64Warnings = 0;
     std::vector<std::string> vecMessages; // the first different ones
+    // What the library was given, as far as the log's level tells it.
+    std::vector<TimedText> vecSets;           // keys of parameter sets, from level 3 on
+    std::vector<TimedNumber> vecTemperatures; // tenths of a degree, from level 2 on
 };
 
 struct PlayResult
@@ -70,12 +74,14 @@ struct PlayResult
     bool bSettled = true;  // offline: the module's threads came to rest after every period
     double f64Seconds = 0; // the run took
     PeriodTimes oTimes;
+    CStreamTime oStreamTime;
     std::array<int64_t, PERIOD_PATH_COUNT> iPaths{};
     bool bBypassAtEnd = false;
     std::vector<std::string> vecReasons; // why the module bypasses, as far as the host sees
     CLeadIn oLeadIn;
     CLevelMeter oInputLevel;
     CLevelMeter oOutputLevel;
+    MachineTraffic oTraffic;
     ModuleLog oLog;
 
     int64_t& Path(PeriodPath ePath) { return iPaths[static_cast<size_t>(ePath)]; }

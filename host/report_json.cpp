@@ -1,6 +1,8 @@
 // The report of a run as JSON.
 #include "host/host_error.h"
 #include "host/report.h"
+#include "host/temperature_course.h"
+#include "host/text_format.h"
 
 #include <cerrno>
 #include <cmath>
@@ -36,6 +38,28 @@ public:
         std::string strList;
         for (const std::string& strText : vecTexts)
             strList += (strList.empty() ? "" : ", ") + Quote(strText);
+        Key(pKey) += "[" + strList + "]";
+    }
+    // [[seconds, text or number], ...]
+    void Series(const char* pKey, const std::vector<TimedText>& vecTexts)
+    {
+        std::string strList;
+        for (const TimedText& oText : vecTexts)
+            strList += Print("%s[%.3f, ", strList.empty() ? "" : ", ", oText.f64Seconds) + Quote(oText.strText) + "]";
+        Key(pKey) += "[" + strList + "]";
+    }
+    void Series(const char* pKey, const std::vector<TimedNumber>& vecTenths)
+    {
+        std::string strList;
+        for (const TimedNumber& oTenths : vecTenths)
+            strList += Print("%s[%.3f, %.1f]", strList.empty() ? "" : ", ", oTenths.f64Seconds, oTenths.iValue / 10.0);
+        Key(pKey) += "[" + strList + "]";
+    }
+    void Series(const char* pKey, const std::vector<double>& vecSeconds)
+    {
+        std::string strList;
+        for (const double f64Seconds : vecSeconds)
+            strList += Print("%s%.3f", strList.empty() ? "" : ", ", f64Seconds);
         Key(pKey) += "[" + strList + "]";
     }
     const std::string& Done() { return m_strText += "\n"; }
@@ -110,6 +134,30 @@ void WritePaths(CJsonWriter& oJson, const PlayResult& oResult)
     oJson.Close();
 }
 
+void WriteTraffic(CJsonWriter& oJson, const PlayResult& oResult)
+{
+    oJson.Open("devices");
+    for (const DeviceTraffic& oDevice : oResult.oTraffic.vecDevices)
+        oJson.Series(oDevice.strName.c_str(), oDevice.vecEvents);
+    oJson.Close();
+    const ControllerTraffic& oController = oResult.oTraffic.oController;
+    oJson.Open("controller");
+    oJson.Series("reports", oController.vecReports);
+    std::vector<std::string> vecCourse;
+    for (const CoursePart& oPart : FoldCourse(oController.vecReports))
+        vecCourse.push_back(FormatCoursePart(oPart));
+    oJson.List("course", vecCourse);
+    oJson.Series("taken_back", oController.vecCancels);
+    oJson.Open("queries");
+    for (const auto& [iSensor, vecSeconds] : oController.mapQueries)
+        oJson.Series(std::to_string(iSensor).c_str(), vecSeconds);
+    oJson.Close();
+    oJson.Series("other", oController.vecOther);
+    oJson.Close();
+    oJson.Series("parameter_sets", oResult.oLog.vecSets);
+    oJson.Series("library_temperatures", oResult.oLog.vecTemperatures);
+}
+
 } // namespace
 
 std::string FormatJson(const PlayResult& oResult)
@@ -133,6 +181,7 @@ std::string FormatJson(const PlayResult& oResult)
     oJson.Number("lead_in_periods", oResult.oLeadIn.Periods());
     WriteLevel(oJson, "input", oResult.oInputLevel);
     WriteLevel(oJson, "output", oResult.oOutputLevel);
+    WriteTraffic(oJson, oResult);
     oJson.Open("module_log");
     oJson.Text("path", oResult.oLog.strPath);
     oJson.Number("errors", oResult.oLog.i64Errors);

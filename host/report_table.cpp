@@ -1,22 +1,12 @@
 // The report of a run as a table.
 #include "host/report.h"
+#include "host/text_format.h"
+#include "host/traffic_rows.h"
 
 #include <cmath>
-#include <cstdarg>
-#include <cstdio>
 
 namespace
 {
-
-__attribute__((format(printf, 1, 2))) std::string Print(const char* pFormat, ...)
-{
-    char strText[512];
-    va_list pArguments;
-    va_start(pArguments, pFormat);
-    std::vsnprintf(strText, sizeof(strText), pFormat, pArguments);
-    va_end(pArguments);
-    return strText;
-}
 
 void AddRow(std::string& strTable, const char* pLabel, const std::string& strText)
 {
@@ -93,9 +83,8 @@ void AddLog(std::string& strTable, const ModuleLog& oLog)
         return;
     }
     AddRow(strTable, "module log",
-           Print("%lld errors, %lld warnings: ", static_cast<long long>(oLog.i64Errors),
-                 static_cast<long long>(oLog.i64Warnings)) +
-               oLog.strPath);
+           Count(static_cast<size_t>(oLog.i64Errors), "error", "errors") + ", " +
+               Count(static_cast<size_t>(oLog.i64Warnings), "warning", "warnings") + ": " + oLog.strPath);
     for (const std::string& strMessage : oLog.vecMessages)
         AddRow(strTable, "", strMessage);
 }
@@ -126,6 +115,8 @@ std::string FormatTable(const PlayResult& oResult)
         AddRow(strTable, "written", oOptions.strOutput);
     if (!oResult.bSettled)
         AddRow(strTable, "note", "the module's threads did not come to rest; another run may give other samples");
+    for (const ReportRow& oRow : TrafficRows(oResult))
+        AddRow(strTable, oRow.strLabel.c_str(), oRow.strText);
     AddLog(strTable, oResult.oLog);
     return strTable;
 }

@@ -6,31 +6,32 @@
 #include "host/reg_commands.h"
 #include "host/registry_text.h"
 #include "host/report.h"
+#include "host/temperature_course.h"
 #include "platform/linux/machine.h"
 #include "tests/support/machine_test.h"
 
 #include <cmath>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 
 namespace
 {
 
-class HostPieces : public MachineTest
-{
-};
+using HostPieces = MachineTest;
 
-std::string FailureOf(const std::function<void()>& fCall)
+void ExpectFailure(const std::function<void()>& fCall, const std::string& strText)
 {
+    std::string strFailure;
     try
     {
         fCall();
     }
     catch (const CHostError& oError)
     {
-        return oError.what();
+        strFailure = oError.what();
     }
-    return "";
+    EXPECT_TRUE(!strFailure.empty() && strFailure.find(strText) != std::string::npos) << strText << ": " << strFailure;
 }
 
 std::string File(const char* pName)
@@ -54,20 +55,15 @@ std::vector<float> Noise(size_t iDataLen)
 
 TEST_F(HostPieces, KeysMayLeaveOutTheRootAndDataKeepsTheValuesType)
 {
-    struct Case
+    const char* const aPlaces[][3] = {
+        {"Bypass\\KelvaneStatus", "HKEY_LOCAL_MACHINE\\SOFTWARE\\ZVAudio\\Bypass", "KelvaneStatus"},
+        {"hklm\\A\\B\\c", "HKEY_LOCAL_MACHINE\\A\\B", "c"},
+        {"HKEY_CURRENT_USER\\A\\@", "HKEY_CURRENT_USER\\A", ""}};
+    for (const auto& [pText, pKey, pValue] : aPlaces)
     {
-        const char* pText;
-        const char* pKey;
-        const char* pValue;
-    };
-    for (const Case& oCase :
-         {Case{"Bypass\\KelvaneStatus", "HKEY_LOCAL_MACHINE\\SOFTWARE\\ZVAudio\\Bypass", "KelvaneStatus"},
-          Case{"hklm\\A\\B\\c", "HKEY_LOCAL_MACHINE\\A\\B", "c"},
-          Case{"HKEY_CURRENT_USER\\A\\@", "HKEY_CURRENT_USER\\A", ""}, Case{"HKCR\\A\\", "HKEY_CLASSES_ROOT\\A", ""}})
-    {
-        const RegistryPlace oPlace = ParseRegistryValue(oCase.pText);
-        EXPECT_EQ(FormatRegistryKey(oPlace), oCase.pKey);
-        EXPECT_EQ(oPlace.strValue, oCase.pValue);
+        const RegistryPlace oPlace = ParseRegistryValue(pText);
+        EXPECT_EQ(FormatRegistryKey(oPlace), pKey);
+        EXPECT_EQ(oPlace.strValue, pValue);
     }
 
     const auto Set = [](const std::string& strData) -> std::string
@@ -79,72 +75,52 @@ TEST_F(HostPieces, KeysMayLeaveOutTheRootAndDataKeepsTheValuesType)
     };
     EXPECT_EQ(Set("4294967295"), "4294967295 (0xFFFFFFFF)");
     EXPECT_EQ(Set("0x1f"), "31 (0x0000001F)");
-    EXPECT_NE(FailureOf([&] { Set("left"); }).find("holds a number"), std::string::npos);
+    ExpectFailure([&] { Set("left"); }, "holds a number");
     EXPECT_EQ(Set("text:a=b"), "\"a=b\"");
     EXPECT_EQ(Set("7"), "\"7\"") << "text stays text";
     EXPECT_EQ(Set(""), "\"\"");
     for (const char* pBad :
          {"Test\\New=4294967296", "Test\\New=99999999999999999999999", "Test\\New", "New=1", "\\New=1"})
-        EXPECT_NE(FailureOf([&] { SetRegistryValue(pBad); }), "") << pBad;
+        ExpectFailure([&] { SetRegistryValue(pBad); }, "");
     EXPECT_EQ(ReadRegistryNumber("Test\\New", 9), 9u) << "a refused value was written";
-}
-
-TEST_F(HostPieces, ChangesOfAKeyAreTold)
-{
-    EXPECT_EQ(FormatChanges({{"A\\", ""}, {"A\\x", "1"}, {"A\\y", "2"}}, {{"A\\", ""}, {"A\\y", "3"}, {"A\\z", "4"}}),
-              "- A\\x = 1\n~ A\\y = 3, was 2\n+ A\\z = 4\n");
 }
 
 TEST_F(HostPieces, AudioFilesKeepTheirSamples)
 {
     const std::vector<float> vecNoise = Noise(3 * 1001);
-    struct Case
+    for (const char* pName : {"a.wav", "a.F32", "a.flac"})
     {
-        const char* pName;
-        float f32Tolerance;
-    };
-    for (const Case& oCase : {Case{"a.wav", 0}, Case{"a.F32", 0}, Case{"a.flac", 1.0f / (1 << 22)}})
-    {
-        CAudioWriter oWriter(File(oCase.pName), {44100, 3}, 1001);
+        CAudioWriter oWriter(File(pName), {44100, 3}, 1001);
         oWriter.Write(vecNoise.data(), 1001);
         oWriter.Close();
-        CAudioReader oReader(File(oCase.pName), {44100, 3});
-        ASSERT_EQ(oReader.FrameCount(), 1001) << oCase.pName;
+        CAudioReader oReader(File(pName), {44100, 3});
+        ASSERT_EQ(oReader.FrameCount(), 1001) << pName;
         std::vector<float> vecRead(3 * 2000);
         ASSERT_EQ(oReader.Read(vecRead.data(), 2000), 1001u);
         for (size_t i = 0; i < vecNoise.size(); ++i)
-            ASSERT_NEAR(vecRead[i], vecNoise[i], oCase.f32Tolerance) << oCase.pName << " at " << i;
+            ASSERT_NEAR(vecRead[i], vecNoise[i], strcmp(pName, "a.flac") == 0 ? 0x1p-22f : 0) << pName << " at " << i;
         EXPECT_EQ(oReader.Read(vecRead.data(), 1), 0u);
     }
-    EXPECT_NE(FailureOf(
-                  [] {
-                      CAudioReader(File("a.wav"), {48000, 0});
-                  })
-                  .find("44100 Hz, --rate asks for 48000"),
-              std::string::npos);
-    EXPECT_NE(FailureOf(
-                  [] {
-                      CAudioReader(File("a.F32"), {0, 8});
-                  })
-                  .find("no whole number of frames"),
-              std::string::npos);
-    EXPECT_NE(FailureOf([] { CAudioWriter(File("b.flac"), {44100, 9}, 1); }).find("9 channel(s)"), std::string::npos);
-    EXPECT_NE(FailureOf([] { CAudioWriter(File("b.mp3"), {44100, 2}, 1); }).find("ending"), std::string::npos);
-}
-
-TEST_F(HostPieces, AFullDiskIsTold)
-{
-    std::filesystem::create_symlink("/dev/full", File("full.f32"));
-    const std::vector<float> vecNoise = Noise(200000);
-    EXPECT_NE(FailureOf(
-                  [&]
-                  {
-                      CAudioWriter oWriter(File("full.f32"), {48000, 2}, 100000);
-                      oWriter.Write(vecNoise.data(), 100000);
-                      oWriter.Close();
-                  })
-                  .find("No space left"),
-              std::string::npos);
+    CAudioReader oRepeated(File("a.wav"), {44100, 3});
+    oRepeated.Repeat(2500);
+    std::vector<float> vecRead(3 * 2000);
+    ASSERT_EQ(oRepeated.Read(vecRead.data(), 900), 900u);
+    ASSERT_EQ(oRepeated.Read(vecRead.data(), 2000), 1600u);
+    for (size_t i = 0; i < 3 * 1600; ++i)
+        ASSERT_EQ(vecRead[i], vecNoise[(i + 3 * 900) % vecNoise.size()]) << i;
+    EXPECT_EQ(oRepeated.Read(vecRead.data(), 1), 0u);
+    ExpectFailure([] { const CAudioReader oReader(File("a.wav"), {48000, 0}); }, "44100 Hz, --rate asks for 48000");
+    ExpectFailure([] { const CAudioReader oReader(File("a.F32"), {0, 8}); }, "no whole number of frames");
+    ExpectFailure([] { const CAudioWriter oWriter(File("b.flac"), {44100, 9}, 1); }, "9 channel(s)");
+    ExpectFailure([] { const CAudioWriter oWriter(File("b.mp3"), {44100, 2}, 1); }, "ending");
+    const auto fFillDisk = [&]
+    {
+        std::filesystem::create_symlink("/dev/full", File("full.f32"));
+        CAudioWriter oWriter(File("full.f32"), {44100, 3}, 1001);
+        oWriter.Write(vecNoise.data(), 1001);
+        oWriter.Close();
+    };
+    ExpectFailure(fFillDisk, "No space left");
 }
 
 TEST_F(HostPieces, ACallIsJudgedByTheBuffersItLeaves)
@@ -181,6 +157,59 @@ TEST_F(HostPieces, ACallIsJudgedByTheBuffersItLeaves)
             << oCase.pName;
     EXPECT_EQ(JudgePeriod({vecSound.data(), vecOther.data(), vecOther.data(), 4, true}), PeriodPath::Processed)
         << "in place";
+}
+
+TEST_F(HostPieces, ACourseOfTemperaturesIsToldInAFewWords)
+{
+    struct Case
+    {
+        std::vector<int> vecTenths;
+        const char* pCourse;
+    };
+    const Case CASES[] = {
+        {{}, ""},
+        {{250}, "25.0 x1;"},
+        {{-1, -1}, "-0.1 x2;"},
+        {{453, 454, 453, 454}, "45.3/45.4 alternating x4;"},
+        {{254, 253, 253, 251}, "falling 25.4 to 25.1 x4;"},
+        {{250, 251, 300, 301, 350, 351, 352}, "rising 25.0 to 35.2 x7;"},
+        {{250, 300, 350, 350, 351, 350, 300, 200, 250},
+         "rising 25.0 to 30.0 x2;35.0/35.1 alternating x4;"
+         "falling 30.0 to 20.0 x2;25.0 x1;"},
+    };
+    for (const Case& oCase : CASES)
+    {
+        std::vector<TimedNumber> vecValues;
+        for (const int iTenths : oCase.vecTenths)
+            vecValues.push_back({static_cast<double>(vecValues.size()), iTenths});
+        std::string strCourse;
+        double f64End = -1;
+        for (const CoursePart& oPart : FoldCourse(vecValues))
+        {
+            strCourse += FormatCoursePart(oPart) + " x" + std::to_string(oPart.iCount) + ";";
+            EXPECT_EQ(oPart.f64From, f64End + 1);
+            f64End = oPart.f64To;
+        }
+        EXPECT_EQ(strCourse, oCase.pCourse);
+        EXPECT_EQ(f64End + 1, static_cast<double>(vecValues.size()));
+    }
+}
+
+TEST_F(HostPieces, AMomentIsFoundAcrossTheNewYear)
+{
+    machine::FreezeClock();
+    machine::SetClock({2026, 12, 4, 31, 23, 59, 59, 500});
+    CStreamTime oTime;
+    oTime.Start();
+    double f64Seconds = 0;
+    ASSERT_TRUE(oTime.SecondsOf("01-01 00:00:01.250][T1][INFO]: text", f64Seconds));
+    EXPECT_NEAR(f64Seconds, 1.75, 1e-6);
+    EXPECT_FALSE(oTime.SecondsOf("13-01 00:00:01.250", f64Seconds));
+    EXPECT_FALSE(oTime.SecondsOf("no time", f64Seconds));
+    machine::AdvanceClock(2500);
+    FILETIME stNow{};
+    GetSystemTimeAsFileTime(&stNow);
+    EXPECT_NEAR(oTime.SecondsOf(stNow), 2.5, 1e-6);
 }
 
 TEST_F(HostPieces, TheReportsNumbersAreRight)
