@@ -67,9 +67,26 @@ source_of() {
 machine() {
     if [ -z "${KELVANE_MACHINE:-}" ]; then
         export KELVANE_MACHINE=$root/build/machine
-        mkdir -p "$KELVANE_MACHINE"
-        [ -f "$KELVANE_MACHINE/registry.reg" ] || cp machine/registry.reg "$KELVANE_MACHINE/"
-        (cd machine && find . -type f ! -name registry.reg -exec cp -u --parents {} "$KELVANE_MACHINE/" \;)
-        cp -u build/native/bin/Kelvane_x64.dll "$KELVANE_MACHINE/c/windows/system32/ZVAudioDriver/"
+        lay_machine
     fi
+}
+
+lay_machine() {
+    mkdir -p "$KELVANE_MACHINE"
+    [ -f "$KELVANE_MACHINE/registry.reg" ] || cp machine/registry.reg "$KELVANE_MACHINE/"
+    (cd machine && find . -type f ! -name registry.reg ! -name heat.xml -exec cp -u --parents {} "$KELVANE_MACHINE/" \;)
+    cp -u build/native/bin/Kelvane_x64.dll "$KELVANE_MACHINE/$driver_folder/"
+}
+driver_folder=c/windows/system32/ZVAudioDriver
+
+# A machine of its own, laid anew each time: sensors that warm up and cool down, the folder of the record files, and in
+# the folder that debug mode looks into first the default tuning file with control word 3 at 1: parameter sets by heat.
+heat_machine() {
+    export KELVANE_MACHINE=$root/build/machine-heat
+    rm -rf "$root/build/machine-heat"
+    lay_machine
+    cp machine/heat.xml "$KELVANE_MACHINE/machine.xml"
+    mkdir -p "$KELVANE_MACHINE/d/.LOGAudioKelvaneVoice" "$KELVANE_MACHINE/d/.ZVAudioParams"
+    sed -E 's/(ID="[0-9]+" VALUE="\{(0x[0-9a-fA-F]+,){3})0x0,/\10x1,/' "machine/$driver_folder/audio_kelvane_params_default.xml" \
+        >"$KELVANE_MACHINE/d/.ZVAudioParams/audio_kelvane_params_heat.xml"
 }
