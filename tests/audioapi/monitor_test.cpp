@@ -1,5 +1,4 @@
 // The start and the stop of workers, and of the services that own them.
-#include "platform/linux/machine.h"
 #include "tests/support/logged_machine_test.h"
 
 #include <thread>
@@ -52,19 +51,6 @@ TEST_F(MonitorTest, StartsAndStopsWorkersWithoutGrowth)
     }
     EXPECT_TRUE(WaitFor([&] { return CountResources() == iResources; })) << CountResources() << " > " << iResources;
     EXPECT_TRUE(ReadLog().empty());
-}
-
-TEST_F(MonitorTest, AWorkerThatCantStartIsPassedOverByTheStop)
-{
-    StartLog(AUDIO_LEVEL_ERROR);
-    Worker oWorker;
-    ASSERT_TRUE(oWorker.m_hEvent.Create());
-    machine::FailNext("CreateThreadpoolWork", 8);
-    oWorker.Start();
-    EXPECT_EQ(oWorker.m_pWork, nullptr);
-    EXPECT_EQ(oWorker.m_iRun, 0);
-    oWorker.Stop();
-    EXPECT_EQ(oWorker.m_iEnded, 0);
 }
 
 TEST_F(MonitorTest, ServicesComeAndGoWhole)

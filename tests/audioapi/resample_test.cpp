@@ -96,29 +96,6 @@ TEST(ResampleTest, FortyFourInterpolatesAlongTheAxis)
     }
 }
 
-TEST(ResampleTest, ChannelsStayApartAtEveryLength)
-{
-    for (const ConversionRow& oRow : CONVERSION)
-        for (const INT32 iFramelen : {1, 2, 3, 4, 5, 7, 11, 320, 441, 960})
-        {
-            constexpr INT32 CHANNEL = 8;
-            const Samples vecAll = Noise(iFramelen * CHANNEL, 3);
-            const Samples vecAllOut = Resample(oRow, vecAll, CHANNEL);
-            for (INT32 iIndex = 0; iIndex < CHANNEL; ++iIndex)
-            {
-                const auto fnChannel = [&](const Samples& vecSamples)
-                {
-                    Samples vecOne;
-                    for (size_t i = static_cast<size_t>(iIndex); i < vecSamples.size(); i += CHANNEL)
-                        vecOne.push_back(vecSamples[i]);
-                    return vecOne;
-                };
-                EXPECT_EQ(Resample(oRow, fnChannel(vecAll), 1), fnChannel(vecAllOut))
-                    << oRow.pName << " " << iFramelen << " " << iIndex;
-            }
-        }
-}
-
 using ResampleLogTest = LoggedMachineTest;
 
 TEST_F(ResampleLogTest, BadArgumentsGiveNullAndOneLine)

@@ -23,9 +23,7 @@ TEST_F(SystemTest, SearchFindsEveryFileWithBothTexts)
     EXPECT_EQ(vecName, (std::vector<std::string>{"params_1.xml", "xparams_2.xml.bak"}));
 
     EXPECT_EQ(CAudioSYS::GetFuzzyMatchFile("C:\\none\\", PATTERN), "");
-    const std::vector<LogLine> vecLine = FindLog("Find First File failed!C:\\none\\*");
-    ASSERT_EQ(vecLine.size(), 1U);
-    EXPECT_EQ(vecLine[0].iErrorCode, ERROR_PATH_NOT_FOUND);
+    EXPECT_EQ(FindLog("Find First File failed!C:\\none\\*").at(0).iErrorCode, ERROR_PATH_NOT_FOUND);
 }
 
 TEST_F(SystemTest, ModuleNameIsCutAtItsFirstDot)

@@ -10,21 +10,12 @@ using TimeTest = LoggedMachineTest;
 
 TEST_F(TimeTest, StampsCountMilliseconds)
 {
-    const SYSTEMTIME stEpoch = {1970, 1, 4, 1, 8, 0, 0, 0}; // the fixed eight hours make this 0
-    EXPECT_EQ(CAudioTIME::GetIntTime(stEpoch), 0);
-    SYSTEMTIME stNextDay = DAY;
-    stNextDay.wMonth = 3;
-    stNextDay.wDay = 1;
-    stNextDay.wMilliseconds = 43;
-    EXPECT_EQ(CAudioTIME::GetTimeDiff(DAY, stNextDay), 86400001);
+    EXPECT_EQ(CAudioTIME::GetIntTime({1970, 1, 4, 1, 8, 0, 0, 0}), 0); // by the fixed eight hours
+    EXPECT_EQ(CAudioTIME::GetTimeDiff(DAY, {2024, 3, 5, 1, 7, 5, 9, 43}), 86400001);
 
     StartLog();
-    SYSTEMTIME stNoDay = DAY;
-    stNoDay.wYear = 2023; // has no 29 February
-    EXPECT_EQ(CAudioTIME::GetIntTime(stNoDay), 0);
-    const std::vector<LogLine> vecLine = FindLog("SystemTime To FileTime failed!");
-    ASSERT_EQ(vecLine.size(), 1U);
-    EXPECT_EQ(vecLine[0].iErrorCode, 87);
+    EXPECT_EQ(CAudioTIME::GetIntTime({2023, 2, 4, 29, 7, 5, 9, 42}), 0); // there is no such day
+    EXPECT_EQ(FindLog("SystemTime To FileTime failed!").at(0).iErrorCode, 87);
 }
 
 TEST_F(TimeTest, TextTakesAsManyFieldsAsTheFormatHas)

@@ -123,23 +123,3 @@ TEST_F(DataPathTest, WorkerPlaysTheStreamThreePeriodsLateAndRenewsTheBattery)
     EXPECT_EQ(Output(480, 5.0F), std::vector<float>(960, 5.0F));
     EXPECT_EQ(FindLog("Output Queue").at(0).strMessage, "[POST_EFX] Output Queue is empty, will be appear PoP!");
 }
-
-TEST_F(DataPathTest, StreamSurvivesSettingsThatChangeBesideIt)
-{
-    MakeEngine();
-    ASSERT_EQ(m_pEngine->InitAlgorithmParameter(), 0);
-    CAudioStatus& oStatus = CAudioMonitor::Instance()->StatusRecord();
-    // As fast as it goes, the worker beside it; lengths change on the way.
-    for (int i = 0; i < 400; ++i)
-    {
-        oStatus.m_iSpeakerVolume = i % 30;
-        EXPECT_EQ(m_pEngine->RefreshAlgorithmParams(), 0);
-        const int iFrameCount = i % 100 < 50 ? 480 : 441;
-        if (m_pEngine->m_iSystemFrameLen != iFrameCount)
-            m_pEngine->ResetOutputQueue();
-        Input(Ramp(iFrameCount));
-        Output(static_cast<UINT32>(iFrameCount));
-    }
-    EXPECT_GT(m_oLibrary.iSetParaCount, 20);
-    m_pEngine.reset(); // with frames still queued
-}

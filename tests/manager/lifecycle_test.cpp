@@ -1,4 +1,4 @@
-// The manager's life: how the protection library loads or fails, start-up with nothing there, the singleton.
+// The manager's life: how the protection library loads or fails, the default machine's start, the singleton.
 #include "audioapi/audio_api_string.h"
 #include "tests/manager/manager_test.h"
 
@@ -47,24 +47,6 @@ TEST_F(ManagerLifeTest, LoadsTheLibraryWholeOrTellsWhy)
         for (const std::string& strMessage : CAudioSTR::Split(oRow.pMessages, "|"))
             EXPECT_TRUE(HasLine("ERROR", oRow.iCode, strMessage)) << strMessage;
     }
-}
-
-TEST_F(ManagerLifeTest, ComesUpWithNothingThereAndGoesDownTwice)
-{
-    SetRegistry(AUDIO_DEBUG_PATH, AUDIO_DEBUG_LEVEL, 1);
-    SetRegistry(AUDIO_DEBUG_PATH, AUDIO_DEBUG_MODE, "1"); // the text's bytes as a number: no debug mode
-    MakeFolder(LogFolder());
-    CKelvaneManager* pManager = CKelvaneManager::Instance();
-    pManager->Initialize(nullptr);
-    EXPECT_EQ(pManager->GetLoadDLLStatus(), FALSE);
-    EXPECT_EQ(pManager->m_iDebugMode, '1');
-    EXPECT_TRUE(pManager->m_vecVolumeRange.empty());
-    EXPECT_EQ(pManager->GetAlgorithmStruct("30000"), nullptr);
-    EXPECT_TRUE(HasLine("ERROR", 13, "3841114 Parameter list is empty!"));
-    EXPECT_TRUE(HasLine("INFO", 0, "3841117 Senary Gain is Disable!"));
-    EXPECT_EQ(CountLog("D:\\.ZVAudioParams"), 0u);
-    CKelvaneManager::DeleteInstance();
-    CKelvaneManager::DeleteInstance();
 }
 
 TEST_F(ManagerLifeTest, BringsUpTheDefaultMachineInOrder)

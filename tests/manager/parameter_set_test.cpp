@@ -43,8 +43,7 @@ struct ParseRow
     std::vector<INT64> oControl; // the first control words
     std::vector<int> oWords;     // the first words
     std::vector<double> oDoubles;
-    size_t iControlErrors;
-    size_t iShortErrors;
+    size_t iControlErrors, iShortErrors;
 };
 
 TEST_F(ParameterSetTest, ParsesTheThreeRuns)

@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 
 namespace
 {
@@ -155,6 +156,10 @@ TEST_F(ModuleTest, RegistrationWritesBothClassesAndTakesThemBack)
         // Nothing to take back is the platform's failure.
         EXPECT_EQ(CallExport("DllUnregisterServer") == S_OK, bRegistered);
     }
+    void* pNone = this;
+    EXPECT_EQ(CoCreateInstance(KELVANE_RENDER_EFX_GUID, nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown, &pNone),
+              REGDB_E_CLASSNOTREG);
+    EXPECT_EQ(pNone, nullptr);
 }
 
 TEST_F(ModuleTest, PassThroughIsBitExactBehindItsLeadIn)
@@ -240,6 +245,10 @@ TEST_F(ModuleTest, TheModuleStaysWhileAnObjectOrALockHoldsIt)
     }
     EXPECT_EQ(CallExport("DllCanUnloadNow"), S_OK);
     FreeLibrary(hModule);
+    CoFreeUnusedLibraries();
+    std::ostringstream oMaps;
+    oMaps << std::ifstream("/proc/self/maps").rdbuf();
+    EXPECT_EQ(oMaps.str().find("KelvaneAPO.dll"), std::string::npos) << "an unused module goes";
 }
 
 // Memory and handles settle in the first rounds and stay there.

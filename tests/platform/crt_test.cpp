@@ -1,9 +1,7 @@
-// Checked copies, scanning and text conversion: tables of their published results.
+// Checked copies and scanning: tables of their published results.
 #include <windows.h>
 
 #include <gtest/gtest.h>
-
-#include <string>
 
 TEST(CheckedCopyTest, RefusesWhatDoesNotFit)
 {
@@ -57,38 +55,4 @@ TEST(ScanTest, ReadsThePlatformsWidths)
     EXPECT_EQ(sscanf_s("0xffff", "0x%hx", &aShorts[1]), 1);
     EXPECT_EQ(aShorts[1], -1);
     EXPECT_EQ(aShorts[2], 99);
-}
-
-TEST(TextTest, ConvertsBothWaysAndTellsWhatIsNoText)
-{
-    const struct
-    {
-        std::string strNarrow;
-        std::wstring strWide;
-        bool bValid;
-    } aCases[] = {
-        {"a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x94\x8A", L"a\u00E9\u20AC\U0001F50A", true},
-        {"x\xFF", L"x\uFFFD", false},
-        {"\xC0\x80y", L"\uFFFD\uFFFDy", false},         // overlong
-        {"\xED\xA0\x80", L"\uFFFD\uFFFD\uFFFD", false}, // half of a pair
-        {"\xE2\x82", L"\uFFFD\uFFFD", false},           // cut off
-    };
-    for (const auto& stCase : aCases)
-    {
-        const int iNarrow = static_cast<int>(stCase.strNarrow.size());
-        const int iWide = static_cast<int>(stCase.strWide.size());
-        std::wstring strWide(stCase.strWide.size(), L'?');
-        EXPECT_EQ(MultiByteToWideChar(CP_UTF8, 0, stCase.strNarrow.data(), iNarrow, nullptr, 0), iWide);
-        EXPECT_EQ(MultiByteToWideChar(CP_ACP, 0, stCase.strNarrow.data(), iNarrow, strWide.data(), iWide), iWide);
-        EXPECT_EQ(strWide, stCase.strWide);
-        if (!stCase.bValid)
-            continue;
-        std::string strNarrow(stCase.strNarrow.size(), '?');
-        EXPECT_EQ(WideCharToMultiByte(CP_UTF8, 0, strWide.data(), iWide, strNarrow.data(), iNarrow, nullptr, nullptr),
-                  iNarrow);
-        EXPECT_EQ(strNarrow, stCase.strNarrow);
-    }
-    char aRoom[3] = {};
-    EXPECT_EQ(WideCharToMultiByte(CP_ACP, 0, L"ab", -1, aRoom, 3, nullptr, nullptr), 3);
-    EXPECT_EQ(WideCharToMultiByte(CP_ACP, 0, L"abc", -1, aRoom, 3, nullptr, nullptr), 0);
 }

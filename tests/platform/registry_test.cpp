@@ -21,7 +21,6 @@ class ScopedEvent
 public:
     ScopedEvent() : m_hEvent(CreateEventW(nullptr, TRUE, FALSE, nullptr)) {}
     ScopedEvent(const ScopedEvent&) = delete;
-    ScopedEvent& operator=(const ScopedEvent&) = delete;
     ~ScopedEvent() { CloseHandle(m_hEvent); }
     bool IsSet(DWORD dwMilliseconds = 0) const
     {
@@ -39,7 +38,6 @@ public:
         EXPECT_EQ(RegCreateKeyExA(HKEY_LOCAL_MACHINE, pPath, 0, nullptr, 0, samRights, nullptr, &m_hKey, nullptr), 0);
     }
     ScopedKey(const ScopedKey&) = delete;
-    ScopedKey& operator=(const ScopedKey&) = delete;
     ~ScopedKey() { RegCloseKey(m_hKey); }
 
     HKEY m_hKey = nullptr;
