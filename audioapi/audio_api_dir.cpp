@@ -191,12 +191,13 @@ int CAudioDir::ProcessRemoveEvent(const FILE_NOTIFY_INFORMATION* pNotification)
     return AUDIO_CHECK(CreateDirectoryHandle());
 }
 
+// A stop ends it half done; the next start does the rest.
 void CAudioDir::CheckFileNum()
 {
     FileList oFileList;
     WIN32_FIND_DATAA stFound{};
     CFileSearch oSearch(m_strDirPath + "\\*" + m_strFileType, stFound);
-    for (bool bFound = oSearch.IsOpen(); bFound; bFound = oSearch.Next(stFound))
+    for (bool bFound = oSearch.IsOpen(); bFound && m_iThreadRun == 1; bFound = oSearch.Next(stFound))
         if (stFound.dwFileAttributes != PLAIN_DIRECTORY)
             oFileList.emplace(stFound.ftLastWriteTime, stFound.cFileName);
     RemoveExtraFile(oFileList);
@@ -205,7 +206,7 @@ void CAudioDir::CheckFileNum()
 void CAudioDir::RemoveExtraFile(const FileList& oFileList)
 {
     size_t iExtra = oFileList.size() > m_iMaxFileNum ? oFileList.size() - m_iMaxFileNum : 0;
-    for (auto itFile = oFileList.rbegin(); iExtra > 0; ++itFile, --iExtra)
+    for (auto itFile = oFileList.rbegin(); iExtra > 0 && m_iThreadRun == 1; ++itFile, --iExtra)
     {
         const std::string strFilePath = m_strDirPath + "\\" + itFile->second;
         AUDIOLOG_DEBUG("RemoveExtraFile strFilePath is: " + strFilePath);

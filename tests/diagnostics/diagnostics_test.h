@@ -41,15 +41,8 @@ protected:
     // Stands the clock still at 2024-03-14 09:26:53.
     static void FreezeClock()
     {
-        SYSTEMTIME stTime{};
-        stTime.wYear = 2024;
-        stTime.wMonth = 3;
-        stTime.wDay = 14;
-        stTime.wHour = 9;
-        stTime.wMinute = 26;
-        stTime.wSecond = 53;
         machine::FreezeClock();
-        machine::SetClock(stTime);
+        machine::SetClock({2024, 3, 0, 14, 9, 26, 53, 0});
     }
 
     // The files of the type, by the order of their names, without the module's name in front.

@@ -3,7 +3,6 @@
 #include "tests/object/object_fixture.h"
 
 #include <filesystem>
-#include <thread>
 
 namespace
 {
@@ -51,31 +50,6 @@ TEST_F(DumpTest, LevelsDecideWhatIsKeptAndUnderWhichName)
         for (const std::string& strName : ListFiles(LogFolder()))
             DeleteFileA((LogFolder() + "\\" + strName).c_str());
     }
-}
-
-TEST_F(DumpTest, ThreadsHaveFilesOfTheirOwnAtLevelTwo)
-{
-    StartDump(2);
-    std::vector<std::thread> vecThreads;
-    for (int iThread = 0; iThread < 4; ++iThread)
-        vecThreads.emplace_back(
-            [iThread]
-            {
-                for (int i = 0; i < 200; ++i)
-                    Dump().RecordItemByName(std::string(100, static_cast<char>('a' + iThread)).data(), 100, "Item");
-            });
-    for (std::thread& oThread : vecThreads)
-        oThread.join();
-    WaitForWorkers();
-    std::string strLetters;
-    for (const std::string& strName : FilesOf(".pcm"))
-    {
-        const std::string strContent = GetFile(LogFolder() + "\\" + ModuleName() + "_" + strName);
-        EXPECT_EQ(strContent, std::string(20000, strContent[0]));
-        strLetters += strContent[0];
-    }
-    std::sort(strLetters.begin(), strLetters.end());
-    EXPECT_EQ(strLetters, "abcd");
 }
 
 TEST_F(DumpTest, ChangesTheFileBehindTheBlockThatFillsItAndFollowsTheRegistry)

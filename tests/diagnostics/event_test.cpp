@@ -96,8 +96,6 @@ TEST_F(EventTest, ARefusalIsLoggedAndTheNextReportGoesOn)
         const std::vector<LogLine> vecLines = FindLog(oCase.pText);
         ASSERT_EQ(vecLines.size(), 1u) << oCase.pCall;
         EXPECT_EQ(vecLines[0].iErrorCode, oCase.iErrorCode) << oCase.pCall;
-        CAudioLog::DeleteInstance();
-        for (const std::string& strName : ListFiles(LogFolder()))
-            DeleteFileA((LogFolder() + "\\" + strName).c_str());
+        EmptyLog();
     }
 }
