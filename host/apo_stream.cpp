@@ -2,6 +2,7 @@
 #include "host/apo_stream.h"
 
 #include "host/host_error.h"
+#include "platform/linux/machine.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -12,6 +13,8 @@ namespace
 // No module writes this count: tells whether the output record was written.
 constexpr UINT32 UNWRITTEN_FRAME_COUNT = 0xFFFFFFFF;
 constexpr APO_BUFFER_FLAGS UNWRITTEN_FLAGS = BUFFER_INVALID;
+
+constexpr DWORD START_LIMIT_MS = 1000;
 
 void Check(HRESULT hResult, const char* pStep)
 {
@@ -73,6 +76,8 @@ void CApoStream::Activate()
                            IID_IAudioProcessingObject, &pObject),
           "CoCreateInstance");
     m_pObject.reset(static_cast<IAudioProcessingObject*>(pObject));
+    // The watchers have read the registry before the stream reads their record, so that every run begins alike.
+    machine::WaitUntilIdle(START_LIMIT_MS);
     m_pRealtime = Query<IAudioProcessingObjectRT>(m_pObject.get(), IID_IAudioProcessingObjectRT, "QueryInterface (RT)");
     m_pConfiguration = Query<IAudioProcessingObjectConfiguration>(
         m_pObject.get(), IID_IAudioProcessingObjectConfiguration, "QueryInterface (Configuration)");

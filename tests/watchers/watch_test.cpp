@@ -163,13 +163,10 @@ TEST_F(WatchTest, AnyTypeAndSizeIsSurvived)
     {
         Set(oWatched.strPath, oWatched.pName, REG_NONE, "");
         Set(oWatched.strPath, oWatched.pName, REG_BINARY, "\1");
-        for (const size_t iSize : {1023U, 1024U, 5000U})
+        for (const size_t iSize : {1023U, 1024U, 3000U})
             Set(oWatched.strPath, oWatched.pName, REG_SZ, std::string(iSize, '9'));
-    }
-    StartLog();
-    for (const auto& oWatched : WATCHED)
         Set(oWatched.strPath, oWatched.pName, oWatched.dwType, oWatched.strBytes);
-    EXPECT_EQ(CountLog("APO mode change to 1"), 1U);
+    }
     for (const int iField : {+Status().m_iKelvaneBypass, +Status().m_iHeadSetType, +Status().m_iHeadSetMode,
                              +Status().m_iLyranaMode, +Status().m_iSilentSpace, +Status().m_iMicrophoneVolume,
                              +Status().m_iSpeakerVolume, +Status().m_iSpeakerMode, +Status().m_iZvSmartAudioMode})
