@@ -99,6 +99,8 @@ protected:
     virtual int ChooseAPOProcess(UINT32 u32NumInputConnections, APO_CONNECTION_PROPERTY** ppInputConnections,
                                  UINT32 u32NumOutputConnections, APO_CONNECTION_PROPERTY** ppOutputConnections);
 
+    // Tells the engine the mode and the last locked format.
+    void HandFormatToEngine();
     // Whether the locked rate, cut to whole Hz, is one that the engine takes.
     bool IsSupportedRate() const;
     void PrintAudioModuleGUID(const GUID& oGuid) const;
@@ -115,7 +117,6 @@ protected:
     std::string m_strDumpOutName = AUDIO_DUMP_POST_DATA_OUT;
 
 private:
-    void HandFormatToEngine();
     void TakeSystemState();
     void LogRareLine(const char* pText) const;
     int ExchangeFrames(APO_CONNECTION_PROPERTY** ppInputConnections, APO_CONNECTION_PROPERTY** ppOutputConnections);

@@ -52,8 +52,12 @@ try
 {
     if (m_pEngine != nullptr)
         AUDIO_CHECK(m_pEngine->InitAlgorithmParameter());
-    return AUDIO_CHECK(CBaseAPO::LockForProcess(u32NumInputConnections, ppInputConnections, u32NumOutputConnections,
-                                                ppOutputConnections));
+    const HRESULT hResult = AUDIO_CHECK(CBaseAPO::LockForProcess(u32NumInputConnections, ppInputConnections,
+                                                                 u32NumOutputConnections, ppOutputConnections));
+    // A refused lock leaves the object in its last format, which the engine, started afresh, must know before a period.
+    if (hResult != S_OK && m_pEngine != nullptr)
+        HandFormatToEngine();
+    return hResult;
 }
 catch (...)
 {

@@ -101,7 +101,13 @@ void CKelvanePostEngine::ClearAllQueues()
         while (!m_oOutputQueue.Empty())
             m_oOutputQueue.Pop();
     }
-    AudioSmartCancelECTemperature();
+    try
+    {
+        AudioSmartCancelECTemperature();
+    }
+    catch (...) // no memory for the word; the engine goes all the same
+    {
+    }
 }
 
 int CKelvanePostEngine::SplitInputDataItem()

@@ -80,7 +80,8 @@ int CKelvanePostEngine::AudioSmartSetECTemperature()
     if (!IsReporting())
         return 0;
     KelvaneStruParam pStruParam = {};
-    AUDIO_CHECK(m_fAudioKelvaneGetPara(m_pRunBuf, &pStruParam));
+    if (AUDIO_CHECK(m_fAudioKelvaneGetPara(m_pRunBuf, &pStruParam)) != 0)
+        pStruParam = {}; // whatever the library left in it
     const int iCoil = *std::max_element(std::begin(pStruParam.sLSMCoilTemp), std::end(pStruParam.sLSMCoilTemp));
     int iTemperature = std::max(iCoil, 0) / 10;
     // A steady temperature alternates between two neighbours.

@@ -42,12 +42,12 @@ protected:
         m_oAmplifier = m_oSenary = m_oEverest = {};
     }
 
-    static CObject MakeLocked()
+    static CObject MakeLocked(int iChannel = 2)
     {
         CObject pObject(new CKelvanePostEFX(nullptr, CKelvaneClassFactory::KelvanePostEFX_Property));
         BYTE aInit[sizeof(APOInitSystemEffects)] = {};
         EXPECT_EQ(pObject->Initialize(sizeof(aInit), aInit), S_OK);
-        EXPECT_EQ(CFormatPair(2, 48000).Lock(*pObject), S_OK);
+        EXPECT_EQ(CFormatPair(static_cast<DWORD>(iChannel), 48000).Lock(*pObject), S_OK);
         return pObject;
     }
 
@@ -161,5 +161,22 @@ TEST_F(StreamHardwareTest, TheProcessingThreadOfTheWorkerVariantMeetsNoDevice)
     EXPECT_FALSE(machine::Sent("controller").empty());
     for (const machine::SentItem& oItem : machine::Sent())
         EXPECT_NE(oItem.dwThread, dwThread) << oItem.strDevice << " " << oItem.strWhat;
+}
+
+// Too many channels for the library: set low on the thread that locks, also when the second lock is refused.
+TEST_F(StreamHardwareTest, AStreamTooWideIsLowBeforeItsFirstPeriod)
+{
+    BringUp();
+    const CObject pObject = MakeLocked(12);
+    for (int i = 0; i < 2; ++i)
+    {
+        EXPECT_EQ(SentTo("KELVANE_DEVICE0"), "0000000000000000 0000000002000000");
+        machine::ForgetSent();
+        CPeriod oPeriod(12, 480);
+        oPeriod.Run(*pObject);
+        EXPECT_TRUE(CPeriod::IsAll(oPeriod.m_vecOutput, 1.0F));
+        EXPECT_EQ(SentTo("KELVANE_DEVICE0"), "");
+        EXPECT_EQ(CFormatPair(12, 48000).Lock(*pObject), APOERR_APO_LOCKED);
+    }
 }
 } // namespace

@@ -25,6 +25,9 @@ TEST_F(ThermalTest, HottestCoilIsReportedAndTakenBack)
     m_bRefusing = true;
     EXPECT_EQ(m_pEngine->AudioSmartSetECTemperature(), 13);
     EXPECT_EQ(m_pEngine->m_iLastECTemperature, 801);
+    g_iStateCode = 4; // the library's state can't be read
+    m_pEngine->AudioSmartSetECTemperature();
+    EXPECT_EQ(TakeWords().back(), 0x0F02U);
     EXPECT_EQ(FindLog("m_pWMIHandle->SetECTemperature(iSetTemperature)").at(0).iErrorCode, 13);
     m_pEngine.reset();
     EXPECT_EQ(TakeWords().back(), 0x0F02U);

@@ -10,6 +10,7 @@
 #include <utility>
 
 inline KelvaneStruParam g_oState;  // the library's
+inline int g_iStateCode = 0;       // what asking for it gives
 inline std::atomic<int> g_iTold{}; // the temperature it was told
 
 class ThermalTest : public EngineTest
@@ -19,10 +20,11 @@ protected:
     {
         EngineTest::SetUp();
         g_oState = {};
+        g_iStateCode = 0;
         m_pManager->m_fAudioKelvaneGetPara = [](void*, KelvaneStruParam* pState)
         {
             *pState = g_oState;
-            return 0;
+            return g_iStateCode;
         };
         m_pManager->m_fAudioKelvaneTemperature = [](void*, int32_t iTemperature)
         {
