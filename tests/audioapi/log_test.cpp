@@ -3,7 +3,6 @@
 #include "platform/linux/machine.h"
 #include "tests/support/logged_machine_test.h"
 
-#include <chrono>
 #include <map>
 #include <thread>
 
@@ -157,16 +156,15 @@ TEST_F(LogTest, LosesNothingAndKeepsEachThreadsOrder)
         EXPECT_EQ(iCount, LINES) << "thread " << ulThread;
 }
 
-TEST_F(LogTest, StopsAtOnceWhileItsFileCantBeOpened)
+// Each line that can't be written queues another one: a stop that waited for the queue's end would hang.
+TEST_F(LogTest, StopsWhileItsFileCantBeOpened)
 {
     StartLog();
     machine::FailNext("fopen_s", 13, -1);
     for (int i = 0; i < 1000; ++i)
         Record(AUDIO_LEVEL_INFO, "nowhere to go");
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    const auto oStart = std::chrono::steady_clock::now();
     CAudioLog::DeleteInstance();
-    EXPECT_LT(std::chrono::steady_clock::now() - oStart, std::chrono::milliseconds(500));
+    EXPECT_EQ(machine::LiveWork(), 0u);
     machine::ClearFailures();
     EXPECT_EQ(CountLog("nowhere to go"), 0u);
 

@@ -5,14 +5,6 @@
 #include "platform/linux/machine.h"
 #include "tests/engine/engine_test.h"
 
-#include <chrono>
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr int iSlowness = 5;
-#else
-constexpr int iSlowness = 1;
-#endif
-
 class DiagnosticsTest : public EngineTest
 {
 protected:

@@ -3,6 +3,7 @@
 
 #include <sys/resource.h>
 
+#include <atomic>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
@@ -128,7 +129,7 @@ TEST_F(DirTest, WithoutTheFolderTheFirstStartAloneWatches)
     fs::remove_all(Folder());
     StartBoth(); // nobody watches
     fs::create_directory(Folder());
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    WaitForWorkers();
     EXPECT_FALSE(IsLogOn() || IsDumpOn());
 }
 
@@ -196,8 +197,8 @@ TEST_F(DirTest, AFileThatStaysIsTriedAgainAtTheNextEvent)
     EXPECT_FALSE(fs::exists(Folder() / "001.log"));
 }
 
-// A stop ends every worker whatever holds it up, and frees what is queued.
-TEST_F(DirTest, StopsWithinATenthOfASecond)
+// A stop ends every worker while the trouble lasts, and frees what is queued: one that waited for its end would hang.
+TEST_F(DirTest, StopsWhateverHoldsItsWorkersUp)
 {
     const struct
     {
@@ -226,37 +227,33 @@ TEST_F(DirTest, StopsWithinATenthOfASecond)
             AUDIOLOG_EVENT_ERROR(i + 1, "report");
             Dump().RecordItemByName("block", 5, "Item");
         }
-        const auto oStart = std::chrono::steady_clock::now();
         CAudioDump::DeleteInstance();
-        const auto oDumpGone = std::chrono::steady_clock::now();
         CAudioLog::DeleteInstance();
-        const auto oLogGone = std::chrono::steady_clock::now();
+        EXPECT_EQ(machine::LiveWork(), 0u) << oCase.pName;
         machine::ClearFailures();
         LimitFileSize(RLIM_INFINITY);
-        EXPECT_LT(oDumpGone - oStart, std::chrono::milliseconds(100 * iSlowness)) << oCase.pName;
-        EXPECT_LT(oLogGone - oDumpGone, std::chrono::milliseconds(100 * iSlowness)) << oCase.pName;
         fs::create_directories(Folder());
         fs::permissions(Folder(), fs::perms::owner_all);
     }
 }
 
-// Files come into the folder faster than they are looked through.
+// Files come into the folder faster than they are looked through, and go on coming until the stop is through.
 TEST_F(DirTest, StopsWhileFilesRainIn)
 {
     fs::create_directories(Folder());
     StartBoth();
     std::atomic<bool> bStop{false};
+    std::atomic<int> iFiles{0};
     std::thread oRain(
         [&]
         {
-            for (int i = 0; !bStop; ++i)
+            for (int i = 0; !bStop; iFiles = ++i)
                 std::ofstream(Folder() / (std::to_string(i % 500) + "_" + std::to_string(i) + ".log")).put('x');
         });
-    std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    const auto oStart = std::chrono::steady_clock::now();
+    EXPECT_TRUE(WaitFor([&] { return iFiles > 500; }));
     CAudioDump::DeleteInstance();
     CAudioLog::DeleteInstance();
-    EXPECT_LT(std::chrono::steady_clock::now() - oStart, std::chrono::milliseconds(500 * iSlowness));
+    EXPECT_EQ(machine::LiveWork(), 0u);
     bStop = true;
     oRain.join();
 }
