@@ -31,9 +31,9 @@ CPeriodLoop::CPeriodLoop(PlayResult& oResult, CApoStream& oStream, CProgress& oP
     }
     else
     {
-        // What the lock started comes to rest before the first period.
+        // What the lock started comes to rest before the first period. All of it seems to have taken a millisecond.
         WaitUntilIdle();
-        machine::FreezeClock();
+        machine::AdvanceClock(1);
     }
     m_oResult.oStreamTime.Start();
 }
@@ -42,8 +42,6 @@ CPeriodLoop::~CPeriodLoop()
 {
     if (m_bRealtime)
         SetThreadPriority(GetCurrentThread(), THREAD_PRIORITY_NORMAL);
-    else
-        machine::RunClock();
 }
 
 size_t CPeriodLoop::Run(float* pf32Block, size_t iPeriods)

@@ -13,8 +13,9 @@ class CProgress;
 class CPeriodLoop
 {
 public:
-    // Counts into oResult, whose options must be complete. Offline the machine's clock stands still from here on and
-    // moves with the audio. i64Periods is what will come at most. Throws CHostError for a schedule that can't be kept.
+    // Counts into oResult, whose options must be complete. Offline the machine's clock must stand still; the loop
+    // moves it with the audio. i64Periods is what will come at most. Throws CHostError for a schedule that can't be
+    // kept.
     CPeriodLoop(PlayResult& oResult, CApoStream& oStream, CProgress& oProgress, int64_t i64Periods);
     CPeriodLoop(const CPeriodLoop&) = delete;
     CPeriodLoop& operator=(const CPeriodLoop&) = delete;

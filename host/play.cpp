@@ -49,6 +49,27 @@ size_t BlockPeriods(const PlayResult& oResult)
     return static_cast<size_t>(std::clamp<int64_t>(BLOCK_FLOATS / i64PeriodLen, 1, i64Second));
 }
 
+// Offline nothing takes time but the audio: every run finds the devices in the same state.
+class COfflineClock
+{
+public:
+    explicit COfflineClock(bool bRealtime) : m_bFrozen(!bRealtime)
+    {
+        if (m_bFrozen)
+            machine::FreezeClock();
+    }
+    COfflineClock(const COfflineClock&) = delete;
+    COfflineClock& operator=(const COfflineClock&) = delete;
+    ~COfflineClock()
+    {
+        if (m_bFrozen)
+            machine::RunClock();
+    }
+
+private:
+    const bool m_bFrozen;
+};
+
 void PrintMachineErrors()
 {
     for (const auto& vecErrors : {machine::DeviceErrors(), machine::RegistryErrors()})
@@ -95,6 +116,7 @@ PlayResult Play(const PlayOptions& oOptions)
     CompleteOptions(oResult, oReader);
     for (const std::string& strSet : oOptions.vecSets)
         SetRegistryValue(strSet);
+    const COfflineClock oClock(oOptions.bRealtime);
     PrintMachineErrors();
     CatchInterrupts();
     std::optional<CAudioWriter> oWriter;

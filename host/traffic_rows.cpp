@@ -9,6 +9,7 @@
 namespace
 {
 
+constexpr double CLOCK_STEP = 0.001; // seconds; the clock lags behind the audio by less
 constexpr size_t MOMENTS_SHOWN = 12; // of one row; what lies between the first and the last of them is counted
 
 // Collects what happened, by its moment: "before" the stream, "after" it, or one of its seconds.
@@ -19,9 +20,9 @@ public:
 
     void Add(double f64Seconds, const std::string& strWhat)
     {
-        const std::string strMoment = f64Seconds < 0             ? "before"
-                                      : f64Seconds >= m_f64Audio ? "after"
-                                                                 : Print("%.1f s", f64Seconds);
+        const std::string strMoment = f64Seconds < 0                          ? "before"
+                                      : f64Seconds >= m_f64Audio - CLOCK_STEP ? "after"
+                                                                              : Print("%.1f s", f64Seconds);
         if (!m_vecMoments.empty() && strMoment == m_strLast)
             m_vecMoments.back() += ", " + strWhat;
         else
