@@ -1,4 +1,4 @@
-// Questions to the system about files and this module's place in it.
+// Searches for files, and this module's place.
 #include "audioapi/audio_api_system.h"
 
 #include "audioapi/audio_api_const.h"
@@ -64,9 +64,7 @@ std::string CAudioSYS::GetModuleBaseName(HMODULE hModule)
 
 std::string CAudioSYS::GetDiagnosticsPath(const std::string& strModuleName)
 {
-    std::string strBase(GetEnvironmentVariableA(AUDIO_PROGRAMDATA_ENV, nullptr, 0), '\0');
-    if (!strBase.empty())
-        strBase.resize(GetEnvironmentVariableA(AUDIO_PROGRAMDATA_ENV, &strBase[0], static_cast<DWORD>(strBase.size())));
+    std::string strBase = GetEnvVariable(AUDIO_PROGRAMDATA_ENV);
     if (strBase.empty())
         strBase = AUDIO_PROGRAMDATA_DEFAULT;
     return strBase + "\\" + AUDIO_DATA_FOLDER + "\\" + strModuleName;

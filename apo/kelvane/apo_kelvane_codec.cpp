@@ -1,6 +1,7 @@
 // The body of the two codec gain classes: the search for the driver, its opening, the gain request.
 #include "apo/kelvane/apo_kelvane_codec.h"
 
+#include "audioapi/audio_api_handle.h"
 #include "audioapi/audio_api_log.h"
 
 #include <memory>
@@ -12,11 +13,6 @@ constexpr DWORD NO_OBJECT = 12;
 constexpr DWORD BAD_ARGUMENT = 13;
 static_assert(sizeof(SP_DEVICE_INTERFACE_DATA) == 32 && sizeof(SP_DEVINFO_DATA) == 32 &&
               sizeof(SP_DEVICE_INTERFACE_DETAIL_DATA_W) == 8);
-
-struct LocalMemory
-{
-    void operator()(HLOCAL hMemory) const { LocalFree(hMemory); }
-};
 } // namespace
 
 CCodecGainConfig::~CCodecGainConfig()
@@ -80,7 +76,7 @@ DWORD CCodecGainConfig::OpenDeviceInterface(SP_DEVICE_INTERFACE_DATA& oDevInterf
 {
     if (AUDIO_FAIL_IF((ulSize == 0), BAD_ARGUMENT))
         return BAD_ARGUMENT;
-    const std::unique_ptr<void, LocalMemory> pMemory(LocalAlloc(LPTR, ulSize));
+    const CAudioLocalMemory pMemory(LocalAlloc(LPTR, ulSize));
     auto* const pDevInterfaceDetailData = static_cast<PSP_DEVICE_INTERFACE_DETAIL_DATA_W>(pMemory.get());
     if (AUDIO_MISSING(pDevInterfaceDetailData, NO_OBJECT))
         return NO_OBJECT;

@@ -31,13 +31,6 @@ void SetTicks(long long iTicks)
         g_iFrozenTicks = iTicks;
     g_iAheadTicks = iTicks - RealTicks();
 }
-
-// The UTC of a local time: its own offset is that of a moment at most a zone's width away.
-long long UtcOfLocal(long long iLocalTicks)
-{
-    const long long iGuess = iLocalTicks - LocalOffset(iLocalTicks);
-    return iLocalTicks - LocalOffset(iGuess);
-}
 } // namespace
 
 void machine::SetClock(const SYSTEMTIME& stLocalTime)

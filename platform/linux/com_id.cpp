@@ -1,5 +1,10 @@
 // Ids of the component object model as text, and memory that crosses its interfaces.
+#include "platform/linux/failure.h"
+
 #include <combaseapi.h>
+#include <windows.h>
+
+#include <sys/random.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -59,6 +64,19 @@ EXTERN_C HRESULT WINAPI StringFromCLSID(REFCLSID rclsid, LPOLESTR* lplpsz)
 EXTERN_C HRESULT WINAPI StringFromIID(REFIID rclsid, LPOLESTR* lplpsz)
 {
     return StringFromCLSID(rclsid, lplpsz);
+}
+
+EXTERN_C HRESULT WINAPI CoCreateGuid(GUID* pguid)
+{
+    if (IsToldToFail("CoCreateGuid"))
+        return HRESULT_FROM_WIN32(GetLastError());
+    if (pguid == nullptr)
+        return E_INVALIDARG;
+    if (getrandom(pguid, sizeof(GUID), 0) != static_cast<ssize_t>(sizeof(GUID)))
+        return E_FAIL;
+    pguid->Data3 = static_cast<USHORT>((pguid->Data3 & 0x0FFF) | 0x4000); // a random id, and
+    pguid->Data4[0] = static_cast<BYTE>((pguid->Data4[0] & 0x3F) | 0x80); // in the form that says so
+    return S_OK;
 }
 
 EXTERN_C HRESULT WINAPI CLSIDFromString(LPCOLESTR lpsz, CLSID* pclsid)

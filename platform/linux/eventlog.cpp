@@ -1,15 +1,14 @@
 // The event log: a text file of the machine to which every process appends.
 #include "platform/linux/error.h"
+#include "platform/linux/eventlog_text.h"
 #include "platform/linux/failure.h"
 #include "platform/linux/kernel.h"
-#include "platform/linux/machine.h"
 
 #include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <string>
 
 namespace
@@ -20,37 +19,6 @@ struct CEventSource : public CKernelObject
     const std::string strName;
 };
 
-const char* TypeWord(WORD wType)
-{
-    switch (wType)
-    {
-    case EVENTLOG_ERROR_TYPE:
-        return "error";
-    case EVENTLOG_WARNING_TYPE:
-        return "warning";
-    case EVENTLOG_INFORMATION_TYPE:
-        return "information";
-    default:
-        return nullptr;
-    }
-}
-
-// A record is one line and its fields are parted by tabs, whatever the text holds.
-std::string Escaped(const char* pText)
-{
-    static constexpr char LETTERS[] = "\\\t\n\r";
-    static constexpr char NAMES[] = "\\tnr";
-    std::string strText;
-    for (; *pText != 0; ++pText)
-    {
-        const char* const pLetter = std::strchr(LETTERS, *pText);
-        if (pLetter != nullptr)
-            strText += '\\';
-        strText += pLetter != nullptr ? NAMES[pLetter - LETTERS] : *pText;
-    }
-    return strText;
-}
-
 std::string Record(const CEventSource& oSource, const char* pType, DWORD dwEventID)
 {
     SYSTEMTIME stTime{};
@@ -60,14 +28,13 @@ std::string Record(const CEventSource& oSource, const char* pType, DWORD dwEvent
                   stTime.wDay, stTime.wHour, stTime.wMinute, stTime.wSecond, stTime.wMilliseconds);
     char strNumber[16];
     std::snprintf(strNumber, sizeof(strNumber), "0x%08X", dwEventID);
-    return std::string(strTime) + "\t" + Escaped(oSource.strName.c_str()) + "\t" + pType + "\t" + strNumber;
+    return std::string(strTime) + "\t" + EscapeEventField(oSource.strName.c_str()) + "\t" + pType + "\t" + strNumber;
 }
 
 // In one write, so that records of several processes don't mix.
 BOOL Append(const std::string& strRecord)
 {
-    const int iFile =
-        open((machine::Folder() + "/eventlog.txt").c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
+    const int iFile = open((EventLogFile()).c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
     if (iFile < 0)
         return FailWithErrno(errno);
     const ssize_t iWritten = write(iFile, strRecord.data(), strRecord.size());
@@ -97,12 +64,12 @@ BOOL ReportEventA(HANDLE hEventLog, WORD wType, WORD, DWORD dwEventID, PVOID lpU
     const std::shared_ptr<CEventSource> pSource = KernelObjectAs<CEventSource>(hEventLog);
     if (pSource == nullptr)
         return FALSE;
-    const char* const pType = TypeWord(wType);
+    const char* const pType = EventTypeWord(wType);
     if (pType == nullptr || lpUserSid != nullptr || dwDataSize != 0 || (wNumStrings > 0 && lpStrings == nullptr))
         return FailWith(ERROR_INVALID_PARAMETER);
     std::string strRecord = Record(*pSource, pType, dwEventID);
     for (WORD i = 0; i < wNumStrings; ++i)
-        strRecord += "\t" + Escaped(lpStrings[i] != nullptr ? lpStrings[i] : "");
+        strRecord += "\t" + EscapeEventField(lpStrings[i] != nullptr ? lpStrings[i] : "");
     return Append(strRecord + "\n");
 }
 

@@ -77,17 +77,28 @@ long long TicksOf(const timespec& stTime)
 long long LocalOffset(long long iUtcTicks)
 {
     static std::atomic<long long> g_iKept{-1};
-    const long long iSeconds = iUtcTicks / TICKS_PER_SECOND - SECONDS_1601_TO_1970;
     const long long iQuarter = iUtcTicks / (900 * TICKS_PER_SECOND);
     const long long iKept = g_iKept.load(std::memory_order_relaxed);
     if (iKept >= 0 && iKept >> 20 == iQuarter)
         return ((iKept & 0xFFFFF) - 2 * SECONDS_PER_DAY) * TICKS_PER_SECOND;
 
-    const time_t iTime = static_cast<time_t>(iSeconds);
+    const time_t iTime = SecondsOf(iUtcTicks);
     tm stLocal{};
     localtime_r(&iTime, &stLocal);
     g_iKept.store((iQuarter << 20) | (stLocal.tm_gmtoff + 2 * SECONDS_PER_DAY), std::memory_order_relaxed);
     return stLocal.tm_gmtoff * TICKS_PER_SECOND;
+}
+
+// Its own offset is that of a moment at most a zone's width away.
+long long UtcOfLocal(long long iLocalTicks)
+{
+    const long long iGuess = iLocalTicks - LocalOffset(iLocalTicks);
+    return iLocalTicks - LocalOffset(iGuess);
+}
+
+time_t SecondsOf(long long iTicks)
+{
+    return static_cast<time_t>(iTicks / TICKS_PER_SECOND - SECONDS_1601_TO_1970);
 }
 
 BOOL SystemTimeToFileTime(const SYSTEMTIME* lpSystemTime, LPFILETIME lpFileTime)

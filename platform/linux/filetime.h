@@ -14,3 +14,7 @@ FILETIME FileTimeOf(long long iTicks);
 long long TicksOf(const timespec& stTime);
 // What local time is ahead of UTC at a moment of UTC, in ticks.
 long long LocalOffset(long long iUtcTicks);
+// The UTC of a local time.
+long long UtcOfLocal(long long iLocalTicks);
+// This system's seconds of a moment.
+time_t SecondsOf(long long iTicks);

@@ -3,6 +3,7 @@
 #include "platform/linux/error.h"
 #include "platform/linux/failure.h"
 #include "platform/linux/kernel.h"
+#include "platform/linux/wide.h"
 
 #include <setupapi.h>
 
@@ -25,15 +26,6 @@ void Describe(SP_DEVINFO_DATA& stInfo, const CDeviceInfoSet& oSet, size_t iDevic
     stInfo.ClassGuid = oSet.m_oInterface;
     stInfo.DevInst = static_cast<DWORD>(iDevice + 1);
     stInfo.Reserved = 0;
-}
-
-std::wstring Widen(const std::string& strText)
-{
-    std::wstring strWide(strText.size(), L'\0'); // never more characters than bytes
-    const int iLength = static_cast<int>(strText.size());
-    strWide.resize(
-        static_cast<size_t>(MultiByteToWideChar(CP_UTF8, 0, strText.data(), iLength, strWide.data(), iLength)));
-    return strWide;
 }
 } // namespace
 
@@ -94,7 +86,7 @@ BOOL SetupDiGetDeviceInterfaceDetailW(HDEVINFO DeviceInfoSet, PSP_DEVICE_INTERFA
 
     const size_t iDevice = static_cast<size_t>(DeviceInterfaceData->Reserved) - 1;
     const std::string strPath = PathOf(*pSet->m_vecDevices[iDevice]);
-    const std::wstring strWide = Widen(strPath);
+    const std::wstring strWide = WideOf(strPath);
     const size_t iPathSize = (strWide.size() + 1) * sizeof(WCHAR);
     const size_t iSize = offsetof(SP_DEVICE_INTERFACE_DETAIL_DATA_W, DevicePath) + iPathSize;
     if (RequiredSize != nullptr)

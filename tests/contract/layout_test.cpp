@@ -1,7 +1,9 @@
 // What both builds must agree on with the platform: sizes, offsets, constants and interface ids. It holds if it
 // compiles.
 #include <baseaudioprocessingobject.h>
+#include <psapi.h>
 #include <wincrypt.h>
+#include <wtsapi32.h>
 
 #include <cstddef>
 #include <type_traits>
@@ -19,6 +21,9 @@ static_assert(sizeof(GUID) == 16 && offsetof(GUID, Data4) == 8);
 static_assert(sizeof(SYSTEMTIME) == 16 && offsetof(SYSTEMTIME, wDay) == 6 && offsetof(SYSTEMTIME, wMilliseconds) == 14);
 static_assert(sizeof(FILETIME) == 8 && sizeof(SYSTEM_POWER_STATUS) == 12 && sizeof(CRITICAL_SECTION) == 40);
 static_assert(sizeof(WIN32_FIND_DATAA) == 320 && offsetof(WIN32_FIND_DATAA, cFileName) == 44);
+static_assert(sizeof(EVENTLOGRECORD) == 56 && offsetof(EVENTLOGRECORD, TimeGenerated) == 12);
+static_assert(offsetof(EVENTLOGRECORD, EventID) == 20 && sizeof(SID) == 12 && sizeof(TOKEN_USER) == 16);
+static_assert(sizeof(PROCESS_MEMORY_COUNTERS) == 72 && sizeof(WTS_SESSION_INFO_1W) == 56);
 static_assert(sizeof(WAVEFORMATEX) == 18 && sizeof(WAVEFORMATEXTENSIBLE) == 40);
 static_assert(offsetof(WAVEFORMATEXTENSIBLE, SubFormat) == 24);
 

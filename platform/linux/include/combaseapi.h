@@ -29,6 +29,8 @@ EXTERN_C HRESULT WINAPI StringFromCLSID(REFCLSID rclsid, LPOLESTR* lplpsz);
 EXTERN_C HRESULT WINAPI StringFromIID(REFIID rclsid, LPOLESTR* lplpsz);
 // Number of characters with the end's zero, 39, or 0 if the room is too small.
 EXTERN_C int WINAPI StringFromGUID2(REFGUID rguid, LPOLESTR lpsz, int cchMax);
+// A new random id.
+EXTERN_C HRESULT WINAPI CoCreateGuid(GUID* pguid);
 // Takes the text form in braces only; CO_E_CLASSSTRING otherwise.
 EXTERN_C HRESULT WINAPI CLSIDFromString(LPCOLESTR lpsz, CLSID* pclsid);
 

@@ -39,6 +39,25 @@ typedef struct _SYSTEM_POWER_STATUS
     DWORD BatteryFullLifeTime;
 } SYSTEM_POWER_STATUS, *LPSYSTEM_POWER_STATUS;
 
+#define TIME_ZONE_ID_UNKNOWN 0
+#define TIME_ZONE_ID_STANDARD 1
+#define TIME_ZONE_ID_DAYLIGHT 2
+#define TIME_ZONE_ID_INVALID 0xFFFFFFFF
+
+typedef struct _TIME_ZONE_INFORMATION
+{
+    LONG Bias; // minutes: UTC is local standard time plus this
+    WCHAR StandardName[32];
+    SYSTEMTIME StandardDate;
+    LONG StandardBias;
+    WCHAR DaylightName[32];
+    SYSTEMTIME DaylightDate;
+    LONG DaylightBias;
+} TIME_ZONE_INFORMATION, *LPTIME_ZONE_INFORMATION;
+
+#define LookupAccountSid LookupAccountSidW
+#define LookupAccountName LookupAccountNameW
+
 extern "C"
 {
     DWORD GetLastError();
@@ -79,6 +98,9 @@ extern "C"
     BOOL FileTimeToSystemTime(const FILETIME* lpFileTime, LPSYSTEMTIME lpSystemTime);
     BOOL FileTimeToLocalFileTime(const FILETIME* lpFileTime, LPFILETIME lpLocalFileTime);
 
+    // Bias and daylight bias as of now; the days of change are not told.
+    DWORD GetTimeZoneInformation(LPTIME_ZONE_INFORMATION lpTimeZoneInformation);
+
     BOOL GetSystemPowerStatus(LPSYSTEM_POWER_STATUS lpSystemPowerStatus);
     DWORD GetEnvironmentVariableA(LPCSTR lpName, LPSTR lpBuffer, DWORD nSize);
 
@@ -96,8 +118,8 @@ extern "C"
     BOOL CopyFileA(LPCSTR lpExistingFileName, LPCSTR lpNewFileName, BOOL bFailIfExists);
 
     // Waits for a change of names in a folder that CreateFile opened, and gives one a call; none, with no bytes, when
-    // changes were lost. A folder that is removed or moved away is told as the removal of its own name. lpOverlapped and
-    // lpCompletionRoutine must be null: CancelIoEx ends the wait, with ERROR_OPERATION_ABORTED.
+    // changes were lost. A folder that is removed or moved away is told as the removal of its own name. lpOverlapped
+    // and lpCompletionRoutine must be null: CancelIoEx ends the wait, with ERROR_OPERATION_ABORTED.
     BOOL ReadDirectoryChangesW(HANDLE hDirectory, LPVOID lpBuffer, DWORD nBufferLength, BOOL bWatchSubtree,
                                DWORD dwNotifyFilter, LPDWORD lpBytesReturned, LPOVERLAPPED lpOverlapped,
                                LPOVERLAPPED_COMPLETION_ROUTINE lpCompletionRoutine);
@@ -108,6 +130,35 @@ extern "C"
     BOOL ReportEventA(HANDLE hEventLog, WORD wType, WORD wCategory, DWORD dwEventID, PVOID lpUserSid, WORD wNumStrings,
                       DWORD dwDataSize, LPCSTR* lpStrings, LPVOID lpRawData);
     BOOL DeregisterEventSource(HANDLE hEventLog);
+    // Every log's name opens that one file, as it stands at the call. Read newest record first (sequential and
+    // backwards) only; as many whole records a call as the buffer takes. ERROR_INSUFFICIENT_BUFFER, and the next
+    // record's size, when it takes none; ERROR_HANDLE_EOF behind the oldest.
+    HANDLE OpenEventLogA(LPCSTR lpUNCServerName, LPCSTR lpSourceName);
+    BOOL ReadEventLogW(HANDLE hEventLog, DWORD dwReadFlags, DWORD dwRecordOffset, LPVOID lpBuffer,
+                       DWORD nNumberOfBytesToRead, DWORD* pnBytesRead, DWORD* pnMinNumberOfBytesNeeded);
+    BOOL CloseEventLog(HANDLE hEventLog);
+
+    // Processes and the users behind them: this system's own. A process of another user is refused to all but the
+    // superuser. The handle keeps naming this process when its id is given to another one.
+    HANDLE OpenProcess(DWORD dwDesiredAccess, BOOL bInheritHandle, DWORD dwProcessId);
+    BOOL OpenProcessToken(HANDLE ProcessHandle, DWORD DesiredAccess, PHANDLE TokenHandle);
+    // TokenUser only.
+    BOOL GetTokenInformation(HANDLE TokenHandle, TOKEN_INFORMATION_CLASS TokenInformationClass, LPVOID TokenInformation,
+                             DWORD TokenInformationLength, PDWORD ReturnLength);
+    // Name and host's name of a user. Sizes count characters: on the way in the room, on the way out the length, or for
+    // ERROR_INSUFFICIENT_BUFFER the room needed.
+    BOOL LookupAccountSidW(LPCWSTR lpSystemName, PSID Sid, LPWSTR Name, LPDWORD cchName, LPWSTR ReferencedDomainName,
+                           LPDWORD cchReferencedDomainName, PSID_NAME_USE peUse);
+    // The id of a user, named with or without the host and a backslash before.
+    BOOL LookupAccountNameW(LPCWSTR lpSystemName, LPCWSTR lpAccountName, PSID Sid, LPDWORD cbSid,
+                            LPWSTR ReferencedDomainName, LPDWORD cchReferencedDomainName, PSID_NAME_USE peUse);
+    // The calling thread is asked for under another user's name; what it may do stays the process's.
+    BOOL ImpersonateLoggedOnUser(HANDLE hToken);
+    BOOL RevertToSelf();
+    // The calling thread's user. *pcbBuffer counts characters with the zero.
+    BOOL GetUserNameW(LPWSTR lpBuffer, LPDWORD pcbBuffer);
+    // The session at the first seat's screen; 0xFFFFFFFF when there is none.
+    DWORD WTSGetActiveConsoleSessionId();
 
     // Modules: shared objects whose exported DllMain, if any, is told of attach and detach.
     HMODULE LoadLibraryA(LPCSTR lpLibFileName);

@@ -42,6 +42,16 @@
 #define EVENTLOG_ERROR_TYPE 0x0001
 #define EVENTLOG_WARNING_TYPE 0x0002
 #define EVENTLOG_INFORMATION_TYPE 0x0004
+#define EVENTLOG_SEQUENTIAL_READ 0x0001
+#define EVENTLOG_BACKWARDS_READ 0x0008
+
+#define PROCESS_VM_READ 0x0010
+#define PROCESS_QUERY_INFORMATION 0x0400
+#define PROCESS_ALL_ACCESS 0x001FFFFF
+#define TOKEN_QUERY 0x0008
+#define TOKEN_ALL_ACCESS 0x000F01FF
+
+#define SID_REVISION 1
 
 #define DLL_PROCESS_DETACH 0
 #define DLL_PROCESS_ATTACH 1
@@ -67,3 +77,58 @@ typedef struct _FILE_NOTIFY_INFORMATION
     DWORD FileNameLength;
     WCHAR FileName[1];
 } FILE_NOTIFY_INFORMATION, *PFILE_NOTIFY_INFORMATION;
+
+// The head of an event log record. Source and computer name follow it, then, at their offsets, user, texts and data,
+// and last the length again.
+typedef struct _EVENTLOGRECORD
+{
+    DWORD Length; // bytes, with all that follows
+    DWORD Reserved;
+    DWORD RecordNumber;
+    DWORD TimeGenerated; // seconds since 1970
+    DWORD TimeWritten;
+    DWORD EventID;
+    WORD EventType;
+    WORD NumStrings;
+    WORD EventCategory;
+    WORD ReservedFlags;
+    DWORD ClosingRecordNumber;
+    DWORD StringOffset;
+    DWORD UserSidLength;
+    DWORD UserSidOffset;
+    DWORD DataLength;
+    DWORD DataOffset;
+} EVENTLOGRECORD, *PEVENTLOGRECORD;
+
+// Who a user is. Users of this system are S-1-22-1-<uid>.
+typedef PVOID PSID;
+typedef struct _SID_IDENTIFIER_AUTHORITY
+{
+    BYTE Value[6];
+} SID_IDENTIFIER_AUTHORITY;
+typedef struct _SID
+{
+    BYTE Revision;
+    BYTE SubAuthorityCount;
+    SID_IDENTIFIER_AUTHORITY IdentifierAuthority;
+    DWORD SubAuthority[1]; // as many as counted
+} SID;
+typedef enum _SID_NAME_USE
+{
+    SidTypeUser = 1
+} SID_NAME_USE,
+    *PSID_NAME_USE;
+
+typedef struct _SID_AND_ATTRIBUTES
+{
+    PSID Sid;
+    DWORD Attributes;
+} SID_AND_ATTRIBUTES;
+typedef struct _TOKEN_USER
+{
+    SID_AND_ATTRIBUTES User;
+} TOKEN_USER, *PTOKEN_USER;
+typedef enum _TOKEN_INFORMATION_CLASS
+{
+    TokenUser = 1
+} TOKEN_INFORMATION_CLASS;

@@ -1,0 +1,353 @@
+// Questions about processes, users, sessions, events and the machine, put to this system's own.
+#include "audioapi/audio_api_const.h"
+#include "audioapi/audio_api_registry.h"
+#include "audioapi/audio_api_string.h"
+#include "audioapi/audio_api_system.h"
+#include "platform/hostpath.h"
+#include "platform/linux/machine.h"
+#include "tests/support/logged_machine_test.h"
+
+#include <objbase.h>
+
+#include <fcntl.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <tuple>
+#include <utility>
+
+namespace
+{
+// A process of an executable's name of its own, ended with its scope.
+class CChild
+{
+public:
+    explicit CChild(const std::string& strName)
+    {
+        const std::string strFile = machine::Folder() + "/" + strName;
+        std::filesystem::copy_file("/bin/sleep", strFile, std::filesystem::copy_options::skip_existing);
+        std::string strTime = "60";
+        std::string strProgram = strFile;
+        char* const aArguments[] = {strProgram.data(), strTime.data(), nullptr};
+        EXPECT_EQ(posix_spawn(&m_iProcess, strFile.c_str(), nullptr, nullptr, aArguments, environ), 0);
+    }
+    ~CChild()
+    {
+        kill(m_iProcess, SIGKILL);
+        waitpid(m_iProcess, nullptr, 0);
+    }
+    CChild(const CChild&) = delete;
+    CChild& operator=(const CChild&) = delete;
+    DWORD ID() const { return static_cast<DWORD>(m_iProcess); }
+
+private:
+    pid_t m_iProcess = 0;
+};
+
+class SystemQueryTest : public LoggedMachineTest
+{
+protected:
+    static void PutSession(const std::string& strID, const std::string& strUser, const std::string& strState,
+                           const std::string& strMore = "CLASS=user\n")
+    {
+        const std::string strFile = machine::PlatformPath(machine::Folder() + "/sessions/" + strID);
+        PutFile(strFile, "USER=" + strUser + "\nSTATE=" + strState + "\n" + strMore);
+    }
+    static void PutConsole(const std::string& strUser)
+    {
+        PutSession("7", strUser, "active", "CLASS=user\nSEAT=seat0\nACTIVE=1\n");
+    }
+    static std::wstring OwnName()
+    {
+        std::wstring strName;
+        EXPECT_EQ(CAudioSYS::QueryLoginName(strName), 0U);
+        return strName;
+    }
+    static std::string OwnNarrowName() { return CAudioSTR::ToString(OwnName(), CP_UTF8); }
+};
+
+TEST_F(SystemQueryTest, ProcessesAreFoundByNameInAnyCase)
+{
+    StartLog();
+    std::vector<DWORD> vecID;
+    DWORD dwID = 1;
+    EXPECT_EQ(CAudioSYS::GetProcessIDByName(L"kelvane-child", dwID), 6U);
+    EXPECT_EQ(dwID, 0U);
+    EXPECT_EQ(CAudioSYS::GetProcessIDByName(L"kelvane-child", vecID), 6U);
+    EXPECT_FALSE(CAudioSYS::CheckProcessInvalidByName(L"kelvane-child"));
+    EXPECT_EQ(CountLog("kelvane-child is not exist!"), 1U);
+    {
+        const CChild oOne("Kelvane-Child");
+        const CChild oOther("Kelvane-Child");
+        ASSERT_TRUE(WaitFor([&] { return CAudioSYS::GetProcessNameByID(oOther.ID()) == "Kelvane-Child"; }));
+        EXPECT_EQ(CAudioSYS::GetProcessIDByName(L"kelvane-CHILD", dwID), 0U);
+        EXPECT_TRUE(dwID == oOne.ID() || dwID == oOther.ID());
+        EXPECT_EQ(CAudioSYS::GetProcessIDByName(L"kelvane-CHILD", vecID), 0U);
+        std::sort(vecID.begin(), vecID.end());
+        EXPECT_EQ(vecID, (std::vector<DWORD>{std::min(oOne.ID(), oOther.ID()), std::max(oOne.ID(), oOther.ID())}));
+        EXPECT_TRUE(CAudioSYS::CheckProcessInvalidByName(L"kelvane-child"));
+        EXPECT_TRUE(CAudioSYS::CheckProcessInvalidByID(oOne.ID()));
+
+        machine::FailNext("CreateToolhelp32Snapshot", ERROR_ACCESS_DENIED);
+        EXPECT_EQ(CAudioSYS::GetProcessIDByName(L"kelvane-child", dwID), 6U);
+        ASSERT_EQ(CountLog("(hSnapshot == INVALID_HANDLE_VALUE)"), 1U);
+        EXPECT_EQ(FindLog("(hSnapshot == INVALID_HANDLE_VALUE)")[0].iErrorCode, 6);
+    }
+    EXPECT_FALSE(CAudioSYS::CheckProcessInvalidByID(dwID));
+    EXPECT_FALSE(CAudioSYS::CheckProcessInvalidByID(0));
+}
+
+TEST_F(SystemQueryTest, ConsoleUserOwnsProcesses)
+{
+    StartLog();
+    const CChild oChild("kelvane-child");
+    ASSERT_TRUE(WaitFor([&] { return CAudioSYS::CheckProcessInvalidByName(L"kelvane-child"); }));
+    std::vector<DWORD> vecID;
+    HANDLE hToken = nullptr;
+    // Nobody at the console: first attempt and two retries.
+    EXPECT_EQ(CAudioSYS::GetProcessIDByUserName(L"kelvane-child", vecID, 2), 0U);
+    EXPECT_EQ(CountLog("Query Session Information for Console UserName failed!"), 3U);
+    EXPECT_EQ(CAudioSYS::GetTokenHandleByName(L"kelvane-child", hToken, 1), 6U);
+    // Somebody else.
+    PutConsole("someone-else");
+    EXPECT_EQ(CAudioSYS::GetProcessIDByUserName(L"kelvane-child", vecID, 0), 0U);
+    EXPECT_EQ(CAudioSYS::GetTokenHandleByName(L"kelvane-child", hToken, 0), 6U);
+    EXPECT_TRUE(vecID.empty());
+    EXPECT_EQ(hToken, nullptr);
+    // This user; the first two openings fail.
+    PutConsole(CAudioSTR::ToUpper(OwnNarrowName()));
+    machine::FailNext("OpenProcess", ERROR_ACCESS_DENIED, 2);
+    EXPECT_EQ(CAudioSYS::GetProcessIDByUserName(L"kelvane-child", vecID, 0), 0U);
+    EXPECT_TRUE(vecID.empty());
+    EXPECT_EQ(CAudioSYS::GetTokenHandleByName(L"Kelvane-child", hToken, 1), 0U);
+    EXPECT_EQ(CountLog("hProcess"), 2U);
+    std::wstring strTokenUser;
+    EXPECT_EQ(CAudioSYS::GetTokenUserName(hToken, strTokenUser), 0U);
+    EXPECT_EQ(strTokenUser, OwnName());
+    CloseHandle(hToken);
+    EXPECT_TRUE(CAudioSYS::CheckProcessInvalidByUserName(L"kelvane-child"));
+    EXPECT_EQ(CAudioSYS::GetProcessIDByUserName(L"kelvane-child", vecID), 0U);
+    EXPECT_EQ(vecID, std::vector<DWORD>{oChild.ID()});
+    EXPECT_EQ(CountLog("ProcessName:kelvane-child,ProcessID:" + std::to_string(oChild.ID()) +
+                       ",TokenUserName:" + OwnNarrowName() + ",ConsoleUserName=someone-else"),
+              2U);
+}
+
+TEST_F(SystemQueryTest, ConsoleUserIsAskedUnderItsName)
+{
+    StartLog();
+    PutConsole(OwnNarrowName());
+    machine::FailNext("WTSQueryUserToken", ERROR_NO_TOKEN, 2); // who logs in meanwhile is found
+    std::wstring strName;
+    EXPECT_EQ(CAudioSYS::QueryImpersonateLoginName(strName), 0U);
+    EXPECT_EQ(strName.substr(strName.find(L'\\')), L"\\" + OwnName());
+    EXPECT_EQ(CountLog("Find LoginName:" + CAudioSTR::ToString(strName, CP_UTF8) + " by SessionID:7"), 1U);
+
+    machine::FailNext("LookupAccountNameW", ERROR_NONE_MAPPED);
+    EXPECT_EQ(CAudioSYS::GetCurrentUserSidstr(1), L"S-1-22-1-" + std::to_wstring(geteuid()));
+    machine::FailNext("ImpersonateLoggedOnUser", ERROR_ACCESS_DENIED);
+    EXPECT_EQ(CAudioSYS::QueryImpersonateLoginName(strName), static_cast<DWORD>(ERROR_ACCESS_DENIED));
+
+    machine::FailNext("WTSQueryUserToken", ERROR_NO_TOKEN, -1);
+    EXPECT_EQ(CAudioSYS::GetCurrentUserSidstr(0), L"");
+    EXPECT_EQ(CountLog("Not find UserToken by SessionID:7,Trytimes=30,ErrorCode =1008"), 1U);
+}
+
+TEST_F(SystemQueryTest, UsersNobodyLooksAt)
+{
+    StartLog();
+    PutConsole("ann");
+    PutSession("c2", "bob", "online");
+    PutSession("3", "carl", "closing");
+    PutSession("4", "login", "online", "CLASS=greeter\n");
+    std::vector<std::wstring> vecName{L"X"};
+    CAudioSYS::QueryInactiveUser(vecName);
+    EXPECT_EQ(vecName, (std::vector<std::wstring>{L"X", L"CARL", L"BOB"}));
+    EXPECT_EQ(CountLog("Find Inactive User CARL,BOB"), 1U);
+
+    std::wstring strUser;
+    EXPECT_EQ(CAudioSYS::QueryConsoleUserName(strUser), 0U);
+    EXPECT_EQ(strUser, L"ann");
+    PutSession("7", "login", "active", "CLASS=greeter\nSEAT=seat0\nACTIVE=1\n");
+    EXPECT_EQ(CAudioSYS::QueryConsoleUserName(strUser), 13U);
+    EXPECT_EQ(strUser, L"ann");
+}
+
+TEST_F(SystemQueryTest, EventIsFoundAtItsTime)
+{
+    StartLog();
+    SYSTEMTIME stTime{2024, 7, 0, 14, 9, 26, 53, 0};
+    machine::SetClock(stTime);
+    machine::FreezeClock();
+    const HANDLE hSource = RegisterEventSourceA(nullptr, "Test");
+    const std::string strLong(70000, 'x'); // no room for it in the first buffer
+    for (const auto& [dwID, pText] : {std::pair<DWORD, const char*>{0x80020F02, "a\tb\n"}, {0x40020F03, "old"}})
+        ReportEventA(hSource, EVENTLOG_WARNING_TYPE, 0, dwID, nullptr, 1, 0, const_cast<LPCSTR*>(&pText), nullptr);
+    const char* const pLong = strLong.c_str();
+    ReportEventA(hSource, EVENTLOG_ERROR_TYPE, 0, 5, nullptr, 1, 0, const_cast<LPCSTR*>(&pLong), nullptr);
+    DeregisterEventSource(hSource);
+    EXPECT_TRUE(CAudioSYS::FindLastestMatchEvent("System", 0x0F02));
+    EXPECT_EQ(CountLog("Find event 3842 occurse at 2024-07-14 09:26:53.000"), 1U);
+    EXPECT_FALSE(CAudioSYS::FindLastestMatchEvent("System", 0x80020F02)) << "the number's low word counts";
+    machine::AdvanceClock(1000);
+    EXPECT_FALSE(CAudioSYS::FindLastestMatchEvent("System", 0x0F02));
+    EXPECT_EQ(CountLog("Need Check event BaseTime occurse at 2024-07-14 09:26:54.000"), 1U);
+    EXPECT_EQ(CountLog("dwStatus != ERROR_HANDLE_EOF"), 0U);
+
+    machine::FailNext("ReadEventLogW", ERROR_GEN_FAILURE);
+    EXPECT_FALSE(CAudioSYS::FindLastestMatchEvent("System", 0x0F02));
+    EXPECT_EQ(FindLog("dwStatus != ERROR_HANDLE_EOF").at(0).iErrorCode, ERROR_GEN_FAILURE);
+    machine::FailNext("OpenEventLogA", ERROR_ACCESS_DENIED);
+    EXPECT_FALSE(CAudioSYS::FindLastestMatchEvent("System", 0x0F02));
+    EXPECT_EQ(FindLog("Open System EventLog failed!").at(0).iErrorCode, ERROR_ACCESS_DENIED);
+}
+
+// Lengths that lie must not lead out of the buffer, nor in circles.
+TEST_F(SystemQueryTest, BrokenRecordsEndTheWalk)
+{
+    EVENTLOGRECORD aRecords[2] = {};
+    aRecords[0].Length = sizeof(EVENTLOGRECORD);
+    aRecords[1].EventID = 0x40020F01;
+    const auto* const pBytes = reinterpret_cast<const BYTE*>(aRecords);
+    for (const auto& [iLength, dwBytes, bFound] :
+         {std::tuple<size_t, size_t, bool>{sizeof(EVENTLOGRECORD), sizeof(aRecords), true},
+          {0, sizeof(aRecords), false},
+          {sizeof(EVENTLOGRECORD) + 1, sizeof(aRecords), false},
+          {sizeof(EVENTLOGRECORD), sizeof(aRecords) - 1, false},
+          {sizeof(EVENTLOGRECORD), sizeof(EVENTLOGRECORD) + 20, false},
+          {sizeof(EVENTLOGRECORD), 0, false}})
+    {
+        aRecords[1].Length = static_cast<DWORD>(iLength);
+        const std::vector<BYTE> vecBytes(pBytes, pBytes + dwBytes);
+        EXPECT_EQ(!CAudioSYS::TraversalSystemEvent(vecBytes.data(), static_cast<DWORD>(dwBytes), 0x0F01).empty(),
+                  bFound)
+            << iLength << " " << dwBytes;
+    }
+}
+
+TEST_F(SystemQueryTest, MachineIsToldFromTheRegistry)
+{
+    StartLog();
+    EXPECT_EQ(CAudioSYS::GetCPUVendors(), AUDIO_CPU_UNKNOWN);
+    EXPECT_EQ(CountLog("CAudioREG::ReadRegValue(CPU_INFO_PATH, CPU_NAME_STRING, strCPUName)"), 1U);
+    for (const auto& [pName, eVendor] : {std::pair<const char*, AudioCPUVendor>{"intel(r) Core(TM)", AUDIO_CPU_INTEL},
+                                         {"Amd Ryzen", AUDIO_CPU_AMD},
+                                         {"SnapDragon X", AUDIO_CPU_SNAPDRAGON},
+                                         {"Other", AUDIO_CPU_UNKNOWN}})
+    {
+        SetRegistry(CPU_INFO_PATH, CPU_NAME_STRING, pName);
+        EXPECT_EQ(CAudioSYS::GetCPUVendors(), eVendor) << pName;
+    }
+    EXPECT_EQ(CAudioSYS::IsWindows11System(), 0);
+    EXPECT_EQ(CountLog("CAudioREG::ReadRegValue(AUDIO_SYSTEM_VERSION_PATH, "), 3U);
+    SetRegistry(AUDIO_SYSTEM_VERSION_PATH, AUDIO_SYSTEM_NAME, "Windows 10 Pro");
+    for (const auto& [dwMajor, pBuild, pLine] :
+         {std::tuple<DWORD, const char*, const char*>{10, "22000", "Current System:WINDOWS 11 PRO Build Number:22000"},
+          {10, "21999", "Current System:Windows 10 Pro Build Number:21999"},
+          {6, "22000", "Current System:Windows 10 Pro Build Number:22000"}})
+    {
+        SetRegistry(AUDIO_SYSTEM_VERSION_PATH, AUDIO_MAJOR_VERSION, dwMajor);
+        SetRegistry(AUDIO_SYSTEM_VERSION_PATH, AUDIO_SYSTEM_VERSION, pBuild);
+        EXPECT_EQ(CAudioSYS::IsWindows11System(), 0);
+        EXPECT_EQ(CountLog(pLine), 1U);
+    }
+}
+
+TEST_F(SystemQueryTest, FolderIsAddedToAVariableOnce)
+{
+    const std::string strOldPath = std::getenv("PATH");
+    setenv("PATH", "C:\\Windows;\\c:\\TOOLS\\\\ ;", 1);
+    EXPECT_TRUE(CAudioSYS::IsExistEnvInPath("c:\\tools\\"));
+    EXPECT_FALSE(CAudioSYS::IsExistEnvInPath("c:\\tool"));
+    const auto GetWritten = []
+    {
+        std::string strValue;
+        CAudioREG::ReadRegValue(AUDIO_ENV_ITEM, "Path", strValue);
+        return strValue;
+    };
+    CAudioREG::CreateRegKey(AUDIO_ENV_ITEM);
+    CAudioSYS::SetEnvVariable("Path", "C:\\Tools");
+    CAudioSYS::SetEnvVariable("KELVANE_UNSET", "C:\\New\\");
+    EXPECT_EQ(GetWritten(), "");
+    CAudioSYS::SetEnvVariable("Path", "C:\\New\\");
+    EXPECT_EQ(GetWritten(), "C:\\Windows;\\c:\\TOOLS\\\\ ;;C:\\New\\");
+    setenv("PATH", strOldPath.c_str(), 1);
+}
+
+TEST_F(SystemQueryTest, MissingRuntimeLibrariesAreCopied)
+{
+    StartLog();
+    PutFile("C:\\src\\msvcp140.dll", "new");
+    PutFile("C:\\src\\concrt140.dll", "new");
+    PutFile("C:\\src\\vcruntime140.dll", "new");
+    PutFile(std::string(AUDIO_SYSTEM_DIR) + "concrt140.dll", "old");
+    CAudioSYS::CopySystemDependenceDLL("C:\\src\\");
+    EXPECT_EQ(GetFile(std::string(AUDIO_SYSTEM_DIR) + "concrt140.dll"), "old");
+    EXPECT_EQ(GetFile(std::string(AUDIO_SYSTEM_DIR) + "vcruntime140.dll"), "new");
+    EXPECT_EQ(CountLog("Fill up system dependence dll msvcp140.dll vcruntime140.dll "), 1U);
+    const std::vector<LogLine> vecFailed = FindLog("CopyFileA(strSrcDllPath.c_str(), strDstDllPath.c_str(), TRUE)");
+    ASSERT_EQ(vecFailed.size(), 4U);
+    EXPECT_EQ(vecFailed[0].iErrorCode, ERROR_FILE_NOT_FOUND);
+}
+
+TEST_F(SystemQueryTest, MemoryLimitIsReachedByEitherFigure)
+{
+    StartLog();
+    const std::vector<char> vecHeld(64 << 20, 1); // bytes of this process's own
+    for (const auto& [pName, iLimit, bReached] : {std::tuple<const wchar_t*, UINT32, bool>{L"test_audioapi", 64, true},
+                                                  {L"TEST_AUDIOAPI", 4095, false},
+                                                  {L"test_audioapi", 4096, true}, // no bytes within 32 bits
+                                                  {L"kelvane-none", 0, false}})
+        EXPECT_EQ(CAudioSYS::CheckProcessMemory(pName, iLimit), bReached) << iLimit;
+    EXPECT_EQ(vecHeld[vecHeld.size() / 2], 1);
+    const std::vector<LogLine> vecLine = FindLog("Current Memory beyond limit 64MB(67108864),PagefileUsage:");
+    ASSERT_EQ(vecLine.size(), 1U);
+    unsigned long long aFigures[4] = {};
+    ASSERT_EQ(sscanf(std::strstr(vecLine[0].strMessage.c_str(), ",Page"),
+                     ",PagefileUsage:%lluMB(%llu),WorkingSetSize:%lluMB(%llu)", &aFigures[0], &aFigures[1],
+                     &aFigures[2], &aFigures[3]),
+              4);
+    EXPECT_GE(aFigures[1], vecHeld.size());
+    EXPECT_GE(aFigures[3], aFigures[1]); // nothing swapped out: its own pages are in memory
+    EXPECT_EQ(aFigures[0], aFigures[1] >> 20);
+    EXPECT_NE(GetFile(machine::PlatformPath(machine::Folder() + "/eventlog.txt")).find("0x80020F02"),
+              std::string::npos);
+}
+
+TEST_F(SystemQueryTest, FileTimesAreLocal)
+{
+    StartLog();
+    const std::string strOldZone = std::getenv("TZ") != nullptr ? std::getenv("TZ") : "";
+    setenv("TZ", "XXX-5:40", 1); // six hours ahead, rounded
+    tzset();
+    PutFile("C:\\f.txt", "x");
+    timespec aTimes[2] = {{1700000000, 0}, {1700000000, 0}};
+    ASSERT_EQ(utimensat(AT_FDCWD, HostPath("C:\\f.txt").c_str(), aTimes, 0), 0);
+    CAudioSYS::PrintFileInfo("C:\\f.txt");
+    CAudioSYS::PrintFileInfo("C:\\none.txt");
+    EXPECT_EQ(CountLog("C:\\f.txt CreationTime:"), 1U);
+    EXPECT_EQ(CountLog(",LastAccessTime:2023-11-15 04:13:20.000,LastWriteTime:2023-11-15 04:13:20.000"), 1U);
+    strOldZone.empty() ? unsetenv("TZ") : setenv("TZ", strOldZone.c_str(), 1);
+    tzset();
+}
+
+TEST_F(SystemQueryTest, GuidsAreNewAndTriedForSixTimes)
+{
+    machine::FailNext("CoCreateGuid", ERROR_GEN_FAILURE, 5);
+    const std::string strGuid = CAudioSYS::CreateGuidString();
+    GUID stGuid{};
+    const std::wstring strBraced = L"{" + CAudioSTR::ToWString(strGuid, CP_UTF8) + L"}";
+    EXPECT_EQ(CLSIDFromString(strBraced.c_str(), &stGuid), S_OK);
+    EXPECT_EQ(CAudioSTR::ToUpper(strGuid), strGuid);
+    EXPECT_NE(CAudioSYS::CreateGuidString(), strGuid);
+    machine::FailNext("CoCreateGuid", ERROR_GEN_FAILURE, 6);
+    EXPECT_EQ(CAudioSYS::CreateGuidString(), "");
+}
+} // namespace
