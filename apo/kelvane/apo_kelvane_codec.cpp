@@ -4,8 +4,6 @@
 #include "audioapi/audio_api_handle.h"
 #include "audioapi/audio_api_log.h"
 
-#include <memory>
-
 namespace
 {
 constexpr INT64 NO_HANDLE = 6;
