@@ -220,6 +220,17 @@ TEST_F(HostProgram, WhatCantBeDoneIsToldAndFails)
     ExpectParts(Run(strIn).strOut, {"not registered", "apohost register"});
 }
 
+// The rest of the registry counts, and the stream goes on.
+TEST_F(HostProgram, AFaultInTheRegistryFileIsToldWithItsLine)
+{
+    WriteInput(2 * 480);
+    std::ofstream(Path("registry.reg"), std::ios::app)
+        << "\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\Broken]\n\"Value\"=dword:xyz\n";
+    const ProgramRun oRun = Run("play " + Path("in.f32"));
+    EXPECT_EQ(oRun.iExit, 0);
+    ExpectParts(oRun.strOut, {"registry.reg:", "at the end"});
+}
+
 TEST_F(HostProgram, AWatchTellsWhatAnotherProgramSets)
 {
     FILE* pOut = popen(("echo $$; exec env " + m_strProgram + "reg watch Volume").c_str(), "r");
