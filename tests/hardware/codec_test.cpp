@@ -3,10 +3,10 @@
 
 #include "apo/kelvane/apo_kelvane_everest.h"
 #include "apo/kelvane/apo_kelvane_senary.h"
+#include "tests/platform/machine_file.h"
 
 namespace
 {
-constexpr char EVEREST[] = "{F27CDC00-203E-4107-A503-21211537EA43}";
 constexpr char SENARY[] = "{54C9343C-2A17-42E8-B4FD-9F9DA27B94D6}";
 
 using CodecTest = HardwareTest;
@@ -14,11 +14,9 @@ using CodecTest = HardwareTest;
 // From Initialize to DeleteInstance, with a second device of the class that nobody may touch.
 TEST_F(CodecTest, EachMakeHasItsOwnScale)
 {
-    DeviceMood oMood;
-    oMood.oAnswer.vecOutput = {0, 0, 0, 0};
-    Attach("everest", oMood, EVEREST);
-    Attach("everest2", oMood, EVEREST);
-    Attach("senary", oMood, SENARY);
+    DeclareMachine(
+        "<codec kind='senary' name='senary'/><codec kind='everest' name='everest'/>"
+        "<codec kind='everest' name='everest2'/><codec interface='{00000001-203E-4107-A503-21211537EA43}'/>");
     CEverestGainConfig::Instance()->Initialize();
     CSenaryGainConfig::Instance()->Initialize();
     CEverestGainConfig::DeleteInstance();

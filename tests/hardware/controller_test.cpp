@@ -2,6 +2,9 @@
 #include "tests/hardware/hardware_test.h"
 
 #include "apo/kelvane/apo_kelvane_wmi.h"
+#include "tests/platform/machine_file.h"
+
+#include <thread>
 
 namespace
 {
@@ -11,24 +14,18 @@ constexpr char EXEC[] = "m_pServices->ExecMethod(m_pWmiObjectName, m_pWmiMethodN
                         "&pOutParams, nullptr)";
 constexpr char NO_DATA[] = "memcpy_s(uOutValue, WMI_OUTPUT_BUFF_LENGTH, ulRetureValue, WMI_OUTPUT_BUFF_LENGTH)";
 
-class ControllerChannelTest : public HardwareTest
+using ControllerChannelTest = HardwareTest;
+
+// The machine's own controller, with one sensor at 45.6 degrees.
+void DeclareController(const std::string& strAttributes, const std::string& strElements = "")
 {
-protected:
-    // A controller that answers with the bytes in front of iCount of them.
-    static machine::Controller Answering(std::vector<BYTE> vecBytes, size_t iCount = WMI_OUTPUT_BUFF_LENGTH)
-    {
-        vecBytes.resize(iCount);
-        machine::Controller oController;
-        oController.fScript = [vecBytes](UINT64) { return vecBytes; };
-        return oController;
-    }
-    static machine::Controller Refusing(const char* pStep, HRESULT hResult)
-    {
-        machine::Controller oController = Answering({0, 0, 45, 6});
-        oController.mapRefusals[pStep] = hResult;
-        return oController;
-    }
-};
+    DeclareMachine("<controller input='u64Input' " + strAttributes + "><sensor id='0x1A' temperature='45.6'/>" +
+                   strElements + "</controller>");
+}
+std::string Refusal(const std::string& strStep, const std::string& strCode)
+{
+    return "<refuse step='" + strStep + "' code='" + strCode + "'/>";
+}
 
 TEST_F(ControllerChannelTest, AFailedConnectionIsToldAndStaysClosed)
 {
@@ -57,7 +54,7 @@ TEST_F(ControllerChannelTest, AFailedConnectionIsToldAndStaysClosed)
         {
             if (bPointerOnly && oRow.pPointer == nullptr)
                 continue;
-            machine::AttachController(Refusing(oRow.pStep, bPointerOnly ? S_OK : hDenied));
+            DeclareController("", Refusal(oRow.pStep, bPointerOnly ? "0" : "0x80041003"));
             CKelvaneWMI oWMI;
             const HRESULT hResult = bPointerOnly ? 12 : hDenied;
             EXPECT_EQ(oWMI.Initialize(), hResult);
@@ -73,36 +70,32 @@ TEST_F(ControllerChannelTest, AFailedConnectionIsToldAndStaysClosed)
 TEST_F(ControllerChannelTest, AnswersAreTakenOrRefused)
 {
     const HRESULT hFailed = static_cast<HRESULT>(0x80041001);
-    machine::Controller oNoArray = Answering({});
-    oNoArray.bOutput = false;
     const struct
     {
-        machine::Controller oController;
+        const char* pAttributes;
+        std::string strElements;
         HRESULT hResult;
-        INT32 iTemperature; // what the caller's 7 becomes
         const char* pLine;
     } aRows[] = {
-        {Answering({0, 0, 45, 6}), 0, 4560, ""},
-        {Answering({0, 1, 3, 5}), 0, -350, ""},
-        {Answering({0, 2, 255, 255}), 0, 28050, ""},
-        {Answering({7, 0, 45, 6}), 13, 7, "S_OK != uOutValue[WMI_ERRORCODE_LOCATION]"},
-        {Answering({0, 0, 45, 6}, 255), 22, 7, NO_DATA},
-        {Answering({}, 0), 22, 7, NO_DATA},
-        {oNoArray, E_INVALIDARG, 7,
+        {"", "", 0, ""},
+        {"error='7'", "", 13, "S_OK != uOutValue[WMI_ERRORCODE_LOCATION]"},
+        {"bytes='255'", "", 22, NO_DATA},
+        {"bytes='0'", "", 22, NO_DATA},
+        {"array='no'", "", E_INVALIDARG,
          "SafeArrayAccessData(oVarReturn.parray, reinterpret_cast<void **>(&ulRetureValue))"},
-        {Refusing("ExecMethod", hFailed), hFailed, 7, EXEC},
-        {Refusing("ExecMethod", S_OK), 12, 7, "pOutParams"},
-        {Refusing("Get", hFailed), hFailed, 7, "pOutParams->Get(L\"u8Output\", 0, &oVarReturn, nullptr, 0)"},
-        {Refusing("Put", hFailed), hFailed, 7, "m_pObjectInst->Put(L\"u8Input\", 0, &oVar, CIM_EMPTY)"},
+        {"", Refusal("ExecMethod", "0x80041001"), hFailed, EXEC},
+        {"", Refusal("ExecMethod", "0"), 12, "pOutParams"},
+        {"", Refusal("Get", "0x80041001"), hFailed, "pOutParams->Get(L\"u8Output\", 0, &oVarReturn, nullptr, 0)"},
+        {"", Refusal("Put", "0x80041001"), hFailed, "m_pObjectInst->Put(L\"u8Input\", 0, &oVar, CIM_EMPTY)"},
     };
     for (const auto& oRow : aRows)
     {
-        machine::AttachController(oRow.oController);
+        DeclareController(oRow.pAttributes, oRow.strElements);
         CKelvaneWMI oWMI;
         ASSERT_EQ(oWMI.Initialize(), 0);
         INT32 iTemperature = 7;
         EXPECT_EQ(oWMI.QueryTemperature(QUERY, iTemperature), oRow.hResult) << oRow.pLine;
-        EXPECT_EQ(iTemperature, oRow.iTemperature);
+        EXPECT_EQ(iTemperature, oRow.hResult == 0 ? 4560 : 7);
         EXPECT_EQ(oWMI.SetECTemperature(SET), oRow.hResult);
         const std::string strLine = std::to_string(oRow.hResult) + " " + oRow.pLine;
         const std::string strFailures = TakeFailures();
@@ -110,11 +103,48 @@ TEST_F(ControllerChannelTest, AnswersAreTakenOrRefused)
     }
 }
 
+TEST_F(ControllerChannelTest, SensorsFollowTheMachinesClock)
+{
+    machine::FreezeClock();
+    DeclareController(
+        "", "<sensor id='1' temperature='30' per-second='0.5' until='40'/><sensor id='2'><point at='10' "
+            "temperature='-3.5'/><point at='20' temperature='80'/><point at='40' temperature='20'/></sensor>");
+    CKelvaneWMI oWMI;
+    ASSERT_EQ(oWMI.Initialize(), 0);
+    const struct
+    {
+        int iSeconds; // since the row before
+        INT32 iRamp, iPoints;
+    } aRows[] = {{0, 3000, -350}, {15, 3750, 3830}, {5, 4000, 8000}, {11, 4000, 4700}, {60, 4000, 2000}};
+    for (const auto& oRow : aRows)
+    {
+        machine::AdvanceClock(oRow.iSeconds * 1000LL);
+        INT32 iTemperature = 0;
+        EXPECT_EQ(oWMI.QueryTemperature(0x010202, iTemperature), 0);
+        EXPECT_EQ(iTemperature, oRow.iRamp);
+        EXPECT_EQ(oWMI.QueryTemperature(0x020202, iTemperature), 0);
+        EXPECT_EQ(iTemperature, oRow.iPoints);
+    }
+    INT32 iTemperature = 7;
+    EXPECT_EQ(oWMI.QueryTemperature(0x030202, iTemperature), 13) << "no such sensor";
+    machine::Controller oController;
+    oController.eCompletion = machine::Completion::Never;
+    oController.fScript = [](UINT64) { return std::vector<BYTE>(256, 255); };
+    machine::AttachController(oController);
+    std::thread oCaller([&] { EXPECT_EQ(oWMI.QueryTemperature(QUERY, iTemperature), 13); });
+    EXPECT_TRUE(WaitFor([] { return machine::CompleteHungRequests() == 1; }));
+    oCaller.join();
+    EXPECT_EQ(iTemperature, 7);
+    machine::RemoveController();
+    EXPECT_EQ(oWMI.SetECTemperature(SET), WBEM_E_FAILED);
+}
+
 TEST_F(ControllerChannelTest, WordsGoInTheFormThatTheFirmwareTakes)
 {
     for (const bool bByteArray : {false, true})
     {
-        machine::Controller oController = Answering({0, 0, 30, 0});
+        machine::Controller oController;
+        oController.fScript = [](UINT64) { return machine::TemperatureAnswer(300); };
         oController.bByteArray = bByteArray;
         machine::AttachController(oController);
         CKelvaneWMI oWMI;
