@@ -14,7 +14,6 @@
 
 CAudioDump::~CAudioDump()
 {
-    m_iDumpThreadRun = 0;
     CAudioMonitor::StopMonitorThread(&m_iDumpThreadRun, m_hPCMEvent, m_pPCMThreadWorker);
     CAudioMonitor::StopMonitorThread(&m_iDumpThreadRun, m_hRegistEvent, m_pDumpThreadWorker);
     ReportLost(m_iDropCount);
@@ -32,7 +31,7 @@ void CAudioDump::Initialize(HMODULE hModule)
     CreatPCMThread();
     CreatDumpThread();
     if (m_pAudioDir != nullptr)
-        m_pAudioDir->Initialize(m_strModuleName, ".pcm", m_iDumpNum);
+        m_pAudioDir->Initialize(m_strModuleName, AUDIO_PCM_SUFFIX, m_iDumpNum);
 }
 
 void CAudioDump::ReadSettings()
@@ -97,10 +96,10 @@ catch (const std::exception&)
 std::string CAudioDump::GetItemName(std::string_view strName) const
 {
     std::string strItemName = m_strDumpPath + "\\" + m_strModuleName + "_";
-    strItemName.append(strName).append("_").append("P").append(std::to_string(m_dwProcessID));
+    strItemName.append(strName).append("_").append(AUDIO_PROCESS_MARK).append(std::to_string(m_dwProcessID));
     if (m_iDumpLevel == LEVEL_PER_THREAD)
-        strItemName.append("_").append("T").append(std::to_string(GetCurrentThreadId()));
-    return strItemName.append("_").append(".pcm");
+        strItemName.append("_").append(AUDIO_THREAD_MARK).append(std::to_string(GetCurrentThreadId()));
+    return strItemName.append("_").append(AUDIO_PCM_SUFFIX);
 }
 
 // False for the first block of an episode that the bound refuses.

@@ -87,8 +87,8 @@ void CAudioDump::WriteItem(const CAudioDumpItem& oItem)
 
 FileInfo CAudioDump::GetFileInfo(const std::string& strKey) const
 {
-    const std::string strTime = CAudioTIME::GetStrTime("%d%02d%02d_%02d%02d%02d");
-    return {strKey, CAudioSTR::FormatPathString(strKey + "_" + strTime + ".pcm"), 0};
+    const std::string strTime = CAudioTIME::GetStrTime(AUDIO_FILE_TIME_FORMAT);
+    return {strKey, CAudioSTR::FormatPathString(strKey + "_" + strTime + AUDIO_PCM_SUFFIX), 0};
 }
 
 void CALLBACK CAudioDump::ProcessDumpWorkerThread(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK)
@@ -100,7 +100,16 @@ void CALLBACK CAudioDump::ProcessDumpWorkerThread(PTP_CALLBACK_INSTANCE, PVOID p
     if (AUDIO_MISSING(pThis->m_hRegistEvent, 6))
         return;
     HKEY hKey = nullptr;
-    if (AUDIO_CHECK(CAudioREG::RegNotifyStart(AUDIO_DUMP_PATH, hKey, pThis->m_hRegistEvent)) == 0)
-        CAudioSettings::Follow(hKey, pThis->m_hRegistEvent, pThis->m_iDumpThreadRun,
-                               [pThis] { pThis->ReadSettings(); });
+    try
+    {
+        if (AUDIO_CHECK(CAudioREG::RegNotifyStart(AUDIO_DUMP_PATH, hKey, pThis->m_hRegistEvent)) == 0)
+            CAudioSettings::Follow(hKey, pThis->m_hRegistEvent, pThis->m_iDumpThreadRun,
+                                   [pThis] { pThis->ReadSettings(); });
+    }
+    catch (const std::exception&)
+    {
+        // No exception leaves a worker; without memory at its start the settings stay as they were read.
+    }
+    if (hKey != nullptr)
+        RegCloseKey(hKey);
 }

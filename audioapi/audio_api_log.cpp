@@ -16,9 +16,9 @@ CAudioLog::~CAudioLog()
 {
     CAudioMonitor::StopMonitorThread(&m_iLOGThreadRun, m_hLOGEvent, m_pLOGThreadWorker);
     CAudioMonitor::StopMonitorThread(&m_iDebugThreadRun, m_hRegistEvent, m_pDebugThreadWorker);
-    // While the queue is there, for their workers log.
-    m_pAudioDir.Reset();
+    // While the queue is there, for their workers log; the folder's keeper last, for each line asks it.
     m_pAudioEvent.Reset();
+    m_pAudioDir.Reset();
 }
 
 void CAudioLog::Initialize(HMODULE hModule)
@@ -28,12 +28,13 @@ void CAudioLog::Initialize(HMODULE hModule)
     m_strModuleName = CAudioSYS::GetModuleBaseName(hModule);
     m_strLogPath = CAudioSYS::GetDiagnosticsPath(m_strModuleName);
     m_pAudioDir.Make();
+    CAudioEvent* const pAudioEvent = m_pAudioEvent.Make();
     ReadSettings();
     CreatLogThread();
     if (m_pAudioDir != nullptr)
-        m_pAudioDir->Initialize(m_strModuleName, ".log", m_iDebugNum);
+        m_pAudioDir->Initialize(m_strModuleName, AUDIO_LOG_SUFFIX, m_iDebugNum);
     m_pDebugThreadWorker = CAudioMonitor::CreateMonitorThread(ProcessDebugWorkerThread, this, &m_iDebugThreadRun);
-    if (CAudioEvent* const pAudioEvent = m_pAudioEvent.Make())
+    if (pAudioEvent != nullptr)
         pAudioEvent->Initialize(m_strModuleName);
 }
 
@@ -90,8 +91,8 @@ bool CAudioLog::QueueItem(std::string_view strFunction, std::string_view strFile
     {
         return false;
     }
-    if (bFirst && m_hLOGEvent != nullptr)
-        SetEvent(m_hLOGEvent);
+    if (bFirst)
+        m_hLOGEvent.Signal(); // the stop closes it while the other workers still log
     return true;
 }
 

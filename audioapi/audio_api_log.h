@@ -97,9 +97,10 @@ private:
 
     void CreatLogThread();
     static void CALLBACK ProcessLOGWorkerThread(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK);
-    void WriteBatch(FileInfo& oFileInfo);
+    // oItems is the worker's own queue, empty before and after but for a stop.
+    void WriteBatch(Queue& oItems, FileInfo& oFileInfo) noexcept;
     void WriteLine(FILE*& pFile, FileInfo& oFileInfo, const CAudioLogItem& oItem) noexcept;
-    Queue TakeItems();
+    bool TakeItems(Queue& oItems) noexcept;
     int GetFileInfo(FILE*& pFile, FileInfo& oFileInfo) const;
     std::string GetLogFileName() const;
 

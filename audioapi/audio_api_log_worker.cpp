@@ -10,7 +10,6 @@
 
 #include <exception>
 #include <mutex>
-#include <utility>
 
 namespace
 {
@@ -43,27 +42,30 @@ void CALLBACK CAudioLog::ProcessLOGWorkerThread(PTP_CALLBACK_INSTANCE, PVOID pCo
     {
         FileInfo oFileInfo;
         oFileInfo.strFileName = pThis->GetLogFileName();
-        RunQueueWorker(pThis->m_iLOGThreadRun, pThis->m_hLOGEvent, [&] { pThis->WriteBatch(oFileInfo); });
+        Queue oItems;
+        RunQueueWorker(pThis->m_iLOGThreadRun, pThis->m_hLOGEvent, [&] { pThis->WriteBatch(oItems, oFileInfo); });
     }
     catch (const std::exception&)
     {
-        // No exception leaves a worker; without memory the log ends.
+        // No exception leaves a worker; without memory at its start nothing is written.
     }
 }
 
-// All at once, so that callers seldom meet the worker at the lock.
-CAudioLog::Queue CAudioLog::TakeItems()
+// All at once, so that callers seldom meet the worker at the lock. By a swap, which needs no memory: callers signal the
+// first line of an empty queue only, so one that stayed would not be seen again. False when there is nothing.
+bool CAudioLog::TakeItems(Queue& oItems) noexcept
 {
     const std::lock_guard<CAudioLock> oGuard(m_oLogLock);
-    return std::exchange(m_oLogQueue, Queue());
+    oItems.swap(m_oLogQueue);
+    return !oItems.empty();
 }
 
 // Writes what is in the queue, and what comes while it does. A file that can't be opened queues one more line for each
 // line lost, so the batch ends with the run flag too.
-void CAudioLog::WriteBatch(FileInfo& oFileInfo)
+void CAudioLog::WriteBatch(Queue& oItems, FileInfo& oFileInfo) noexcept
 {
     FILE* pFile = nullptr;
-    for (Queue oItems = TakeItems(); !oItems.empty() && m_iLOGThreadRun == 1; oItems = TakeItems())
+    while (m_iLOGThreadRun == 1 && TakeItems(oItems))
         for (; !oItems.empty() && m_iLOGThreadRun == 1; oItems.pop_front())
             WriteLine(pFile, oFileInfo, *oItems.front());
     if (pFile != nullptr)
@@ -122,7 +124,16 @@ void CALLBACK CAudioLog::ProcessDebugWorkerThread(PTP_CALLBACK_INSTANCE, PVOID p
     if (AUDIO_MISSING(pThis->m_hRegistEvent, 6))
         return;
     HKEY hKey = nullptr;
-    if (AUDIO_CHECK(CAudioREG::RegNotifyStart(AUDIO_DEBUG_PATH, hKey, pThis->m_hRegistEvent)) == 0)
-        CAudioSettings::Follow(hKey, pThis->m_hRegistEvent, pThis->m_iDebugThreadRun,
-                               [pThis] { pThis->ReadSettings(); });
+    try
+    {
+        if (AUDIO_CHECK(CAudioREG::RegNotifyStart(AUDIO_DEBUG_PATH, hKey, pThis->m_hRegistEvent)) == 0)
+            CAudioSettings::Follow(hKey, pThis->m_hRegistEvent, pThis->m_iDebugThreadRun,
+                                   [pThis] { pThis->ReadSettings(); });
+    }
+    catch (const std::exception&)
+    {
+        // No exception leaves a worker; without memory at its start the settings stay as they were read.
+    }
+    if (hKey != nullptr)
+        RegCloseKey(hKey);
 }

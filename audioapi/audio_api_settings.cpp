@@ -47,12 +47,11 @@ void CAudioSettings::Follow(HKEY hKey, const CAudioWorkerEvent& hRegistEvent, co
         try
         {
             fnRead();
-            CAudioREG::RegNotifyReset(hKey, hRegistEvent);
         }
         catch (const std::exception&)
         {
-            ResetEvent(hRegistEvent); // without memory the settings stay as they are
+            // Without memory the settings stay as they are until the next change.
         }
+        CAudioREG::RegNotifyReset(hKey, hRegistEvent);
     }
-    RegCloseKey(hKey);
 }

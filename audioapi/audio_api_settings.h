@@ -21,8 +21,8 @@ public:
     // read.
     static UINT32 ReadMegabytes(const std::string& strPath, const std::string& strName, UINT32 iDefault);
 
-    // A worker's loop: calls fnRead after each change of the watched key, until the flag is 0. Closes the key. Throws
-    // nothing.
+    // A worker's loop: calls fnRead after each change of the watched key, until the flag is 0. The key stays open.
+    // Throws nothing.
     static void Follow(HKEY hKey, const CAudioWorkerEvent& hRegistEvent, const CAudioFlag& iRunFlag,
                        const std::function<void()>& fnRead);
 };

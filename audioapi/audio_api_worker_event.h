@@ -34,7 +34,7 @@ public:
         m_hEvent.store(hEvent, std::memory_order_release);
     }
 
-    // Signals the event, when there is one. The stop's call; others use SetEvent.
+    // Signals the event, when there is one. For the stop, and for those who may meet it; others use SetEvent.
     void Signal()
     {
         const std::lock_guard<std::mutex> oGuard(m_oMutex);
@@ -44,6 +44,7 @@ public:
 
     void Close()
     {
+        const std::lock_guard<std::mutex> oGuard(m_oMutex);
         if (*this != nullptr)
             CloseHandle(m_hEvent.exchange(nullptr));
     }
