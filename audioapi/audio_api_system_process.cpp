@@ -3,6 +3,7 @@
 #include "audioapi/audio_api_retry.h"
 #include "audioapi/audio_api_string.h"
 #include "audioapi/audio_api_system.h"
+#include "audioapi/audio_api_trace.h"
 
 #include <psapi.h>
 #include <tlhelp32.h>
@@ -144,6 +145,7 @@ DWORD CAudioSYS::GetProcessIDByUserName(const std::wstring& strProcessName, std:
 
 DWORD CAudioSYS::GetTokenHandleByName(const std::wstring& strProcessName, HANDLE& hUserToken, INT32 iTryTimes)
 {
+    const CTraceLog oTrace(__FUNCTION__, __FILE__, __LINE__, AUDIO_LEVEL_TRACE, {});
     hUserToken = nullptr;
     const auto fTake = [&](DWORD, CAudioHandle oToken)
     {

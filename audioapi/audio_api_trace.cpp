@@ -20,8 +20,16 @@ CTraceLog::~CTraceLog()
 {
     SYSTEMTIME stEndTime{};
     GetLocalTime(&stEndTime);
-    if (CAudioLog::Instance()->IsRecorded(m_iLevel))
+    if (!CAudioLog::Instance()->IsRecorded(m_iLevel))
+        return;
+    try
+    {
         RecordLine(" [" + std::to_string(CAudioTIME::GetTimeDiff(m_stStartTime, stEndTime)) + "ms]<==");
+    }
+    catch (const std::bad_alloc&)
+    {
+        // The mark of a very long span has no memory: its line is lost.
+    }
 }
 
 void CTraceLog::RecordLine(const std::string& strMark) const noexcept
