@@ -63,9 +63,7 @@ protected:
 
     static void RestartLog()
     {
-        CAudioLog::DeleteInstance();
-        for (const std::string& strName : ListFiles(LogFolder()))
-            DeleteFileA((LogFolder() + "\\" + strName).c_str());
+        EmptyLog();
         StartLog(AUDIO_LEVEL_DEBUG);
     }
 };
