@@ -47,8 +47,7 @@ TEST_F(DumpTest, LevelsDecideWhatIsKeptAndUnderWhichName)
         EXPECT_EQ(FilesOf(".pcm"), oCase.vecFiles) << "DumpLevel " << oCase.dwLevel;
         EXPECT_TRUE(oCase.vecFiles.empty() || ContentOf("Item") == "onetwo") << "DumpLevel " << oCase.dwLevel;
         CAudioDump::DeleteInstance();
-        for (const std::string& strName : ListFiles(LogFolder()))
-            DeleteFileA((LogFolder() + "\\" + strName).c_str());
+        EmptyLog();
     }
 }
 
