@@ -91,7 +91,7 @@ void CALLBACK CAudioDir::ProcessDirectoryThread(PTP_CALLBACK_INSTANCE, PVOID pCo
     }
     catch (const std::exception&)
     {
-        // No exception leaves a worker; without memory the watch ends.
+        // No exception leaves a worker; without memory at its start nothing is watched.
     }
     // Nobody would see the folder go: what isn't there any more is given up now.
     if (!IsDirectory(pThis->m_strDirPath))
@@ -118,10 +118,17 @@ void CAudioDir::WatchDirectory()
             return;
         }
         const auto* pNotification = reinterpret_cast<const FILE_NOTIFY_INFORMATION*>(aBuffer);
-        if (pNotification->Action == FILE_ACTION_ADDED || pNotification->Action == FILE_ACTION_RENAMED_OLD_NAME)
-            AUDIO_CHECK(pThis->ProcessAddEvent(pNotification));
-        else if (pNotification->Action == FILE_ACTION_REMOVED)
-            AUDIO_CHECK(pThis->ProcessRemoveEvent(pNotification));
+        try
+        {
+            if (pNotification->Action == FILE_ACTION_ADDED || pNotification->Action == FILE_ACTION_RENAMED_OLD_NAME)
+                AUDIO_CHECK(pThis->ProcessAddEvent(pNotification));
+            else if (pNotification->Action == FILE_ACTION_REMOVED)
+                AUDIO_CHECK(pThis->ProcessRemoveEvent(pNotification));
+        }
+        catch (const std::exception&)
+        {
+            // Without memory this event is lost; the files it would have cost go at the next.
+        }
     }
 }
 
