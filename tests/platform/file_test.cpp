@@ -103,22 +103,3 @@ TEST_F(FileTest, SearchMatchesAsThePlatformDoes)
     for (const auto& stCase : aCases)
         EXPECT_EQ(Find(stCase.pPattern), stCase.vecNames) << stCase.pPattern;
 }
-
-TEST_F(FileTest, FilesAreCopiedDeletedAndFoldersMadeWithThePlatformsErrors)
-{
-    PutFile("C:\\one.txt", "one");
-    PutFile("C:\\two.txt", "two");
-    const auto Result = [](BOOL bDone) { return bDone ? DWORD{ERROR_SUCCESS} : GetLastError(); };
-    EXPECT_EQ(Result(CopyFileA("C:\\one.txt", "C:\\two.txt", TRUE)), DWORD{ERROR_FILE_EXISTS});
-    EXPECT_EQ(Result(CopyFileA("C:\\ONE.txt", "C:\\two.txt", FALSE)), DWORD{ERROR_SUCCESS});
-    EXPECT_EQ(GetFile("C:\\two.txt"), "one");
-    EXPECT_EQ(Result(CopyFileA("C:\\three.txt", "C:\\two.txt", FALSE)), DWORD{ERROR_FILE_NOT_FOUND});
-
-    EXPECT_EQ(Result(CreateDirectoryA("C:\\made", nullptr)), DWORD{ERROR_SUCCESS});
-    EXPECT_EQ(Result(CreateDirectoryA("C:\\MADE", nullptr)), DWORD{ERROR_ALREADY_EXISTS});
-    EXPECT_EQ(Result(CreateDirectoryA("C:\\none\\made", nullptr)), DWORD{ERROR_PATH_NOT_FOUND});
-    EXPECT_EQ(Result(DeleteFileA("C:\\made")), DWORD{ERROR_ACCESS_DENIED});
-    EXPECT_EQ(Result(DeleteFileA("C:\\Two.TXT")), DWORD{ERROR_SUCCESS});
-    EXPECT_EQ(GetFileAttributesA("C:\\none\\two.txt"), INVALID_FILE_ATTRIBUTES);
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_PATH_NOT_FOUND});
-}

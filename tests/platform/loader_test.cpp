@@ -69,28 +69,3 @@ TEST_F(LoaderTest, RefusedAttachUnloads)
     EXPECT_EQ(CountCalls(hModule), 1);
     EXPECT_TRUE(FreeLibrary(hModule));
 }
-
-TEST_F(LoaderTest, TellsWhatIsMissing)
-{
-    PutFile("C:\\windows\\system32\\Text.dll", "no module");
-    const struct
-    {
-        const char* pName;
-        DWORD dwError;
-    } aCases[] = {{"Nowhere", ERROR_MOD_NOT_FOUND},
-                  {"C:\\windows\\Counting.dll", ERROR_MOD_NOT_FOUND},
-                  {"Text", ERROR_BAD_EXE_FORMAT}};
-    for (const auto& stCase : aCases)
-    {
-        EXPECT_EQ(LoadLibraryA(stCase.pName), nullptr) << stCase.pName;
-        EXPECT_EQ(GetLastError(), stCase.dwError) << stCase.pName;
-    }
-    const HMODULE hModule = LoadLibraryA("Counting");
-    for (const char* pName : {"Missing", "malloc"}) // a function of a library that the module uses isn't its own
-    {
-        EXPECT_EQ(GetProcAddress(hModule, pName), nullptr);
-        EXPECT_EQ(GetLastError(), DWORD{ERROR_PROC_NOT_FOUND});
-    }
-    EXPECT_TRUE(FreeLibrary(hModule));
-    EXPECT_TRUE(std::filesystem::equivalent(HostPath(FileName(nullptr)), "/proc/self/exe"));
-}
