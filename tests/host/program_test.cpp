@@ -176,7 +176,10 @@ TEST_F(HostProgram, TheReportTellsWhatHeatDid)
         const auto itBegin = strReport.begin() + static_cast<std::ptrdiff_t>(iBegin);
         EXPECT_EQ(std::count(itBegin, std::find(itBegin, strReport.end(), ']'), ',') + 1, iQueries) << pSensor;
     }
-    EXPECT_EQ(std::distance(fs::directory_iterator(Path("d/.LOGAudioKelvaneVoice")), {}), 3);
+    std::set<std::string> oRecords; // a run over midnight has two files of each
+    for (const auto& oEntry : fs::directory_iterator(Path("d/.LOGAudioKelvaneVoice")))
+        oRecords.insert(oEntry.path().filename().string().substr(0, 18));
+    EXPECT_EQ(oRecords.size(), 3U);
 }
 
 TEST_F(HostProgram, WhatCantBeDoneIsToldAndFails)
