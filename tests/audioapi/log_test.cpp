@@ -1,7 +1,7 @@
 // The log from the call to the file: line forms, filter, settings, rotation, faults, and the stop.
 #include "audioapi/audio_api_trace.h"
-#include "platform/linux/machine.h"
 #include "tests/support/logged_machine_test.h"
+#include "tests/support/test_control.h"
 
 #include <map>
 #include <thread>
@@ -14,8 +14,8 @@ protected:
     // Stands the clock still at 2024-03-14 09:26:53.007.
     static void FreezeClock()
     {
-        machine::FreezeClock();
-        machine::SetClock({2024, 3, 0, 14, 9, 26, 53, 7});
+        control::FreezeClock();
+        control::SetClock({2024, 3, 0, 14, 9, 26, 53, 7});
     }
 
     static void Record(UINT32 iLevel, const std::string& strMessage)
@@ -117,7 +117,7 @@ TEST_F(LogTest, ChangesTheFileBehindTheLineThatFillsIt)
         WaitForWorkers();
     };
     fRecord(3);
-    machine::AdvanceClock(2000);
+    control::AdvanceClock(2000);
     EXPECT_EQ(ListFiles(LogFolder()), std::vector<std::string>{FileOfSecond("53")});
     fRecord(3);
     // The name of a second that goes on is taken again: the next file is the same one.
@@ -128,7 +128,7 @@ TEST_F(LogTest, ChangesTheFileBehindTheLineThatFillsIt)
 
     // A file taken away is made again under its name.
     ASSERT_TRUE(DeleteFileA((LogFolder() + "\\" + FileOfSecond("55")).c_str()));
-    machine::AdvanceClock(2000);
+    control::AdvanceClock(2000);
     fRecord(1);
     EXPECT_EQ(CountLines(FileOfSecond("55")), 1u);
 }
@@ -160,17 +160,17 @@ TEST_F(LogTest, LosesNothingAndKeepsEachThreadsOrder)
 TEST_F(LogTest, StopsWhileItsFileCantBeOpened)
 {
     StartLog();
-    machine::FailNext("fopen_s", 13, -1);
+    control::FailNext("fopen_s", 13, -1);
     for (int i = 0; i < 1000; ++i)
         Record(AUDIO_LEVEL_INFO, "nowhere to go");
     CAudioLog::DeleteInstance();
-    EXPECT_EQ(machine::LiveWork(), 0u);
-    machine::ClearFailures();
+    EXPECT_EQ(control::LiveWork(), 0u);
+    control::ClearFailures();
     EXPECT_EQ(CountLog("nowhere to go"), 0u);
 
     // Once files open again the failures themselves are read.
     StartLog();
-    machine::FailNext("fopen_s", 13, 5);
+    control::FailNext("fopen_s", 13, 5);
     Record(AUDIO_LEVEL_INFO, "lost");
     const std::vector<LogLine> vecFailures = FindLog("fopen_s(&pFile, oFileInfo.strFileName.c_str(), \"at+\")");
     ASSERT_FALSE(vecFailures.empty());
@@ -197,7 +197,7 @@ TEST_F(LogTest, GoesOnWithoutWhatThePlatformRefuses)
     };
     for (const auto& oCase : oCases)
     {
-        machine::FailNext(oCase.pCall, 8, oCase.iTimes, oCase.iSkip);
+        control::FailNext(oCase.pCall, 8, oCase.iTimes, oCase.iSkip);
         StartLog(AUDIO_LEVEL_ERROR);
         const std::string strCase = oCase.pText != nullptr ? oCase.pText : oCase.pCall;
         if (oCase.pText == nullptr)
@@ -224,7 +224,7 @@ TEST_F(LogTest, TimesAScope)
     const auto fScope = [](UINT32 iLevel, const std::string& strExtra)
     {
         const CTraceLog oTraceLog("Scope", "a\\scope.cpp", 7, iLevel, strExtra);
-        machine::AdvanceClock(250);
+        control::AdvanceClock(250);
     };
     fScope(AUDIO_LEVEL_TRACE, "below the level");
     fScope(AUDIO_LEVEL_DEBUG, "");

@@ -1,8 +1,8 @@
 // Registry access on a machine of the test's own: values, keys, watches, registration, and what failures log.
 #include "audioapi/audio_api_registry.h"
 #include "audioapi/audio_api_worker_event.h"
-#include "platform/linux/machine.h"
 #include "tests/support/logged_machine_test.h"
+#include "tests/support/test_control.h"
 
 namespace
 {
@@ -156,14 +156,14 @@ TEST_F(RegistryTest, FailedWatchLeavesNothingOpen)
 
     CAudioWorkerEvent oEvent;
     ASSERT_TRUE(oEvent.Create());
-    machine::FailNext("RegNotifyChangeKeyValue", 1234);
+    control::FailNext("RegNotifyChangeKeyValue", 1234);
     EXPECT_EQ(CAudioREG::RegNotifyStart(BASE, hKey, oEvent), 1234U);
     EXPECT_EQ(hKey, nullptr);
     EXPECT_TRUE(SetEvent(oEvent));
     ExpectErrors({"RegNotifyChangeKeyValue(hKey, TRUE, dwFilter, pEventHandle, TRUE)"}, 1234);
     EXPECT_EQ(CountLog("Fail to Regist Notify Change KeyPath:"), 2U);
 
-    machine::FailNext("CreateEventW", 8);
+    control::FailNext("CreateEventW", 8);
     SetRegistry("HKEY_LOCAL_MACHINE\\SOFTWARE\\Other", "Number", 1);
     EXPECT_EQ(CAudioREG::RegNotifyStart("HKEY_LOCAL_MACHINE\\SOFTWARE\\Other", hKey, hEvent), 6U);
     EXPECT_EQ(hKey, nullptr);

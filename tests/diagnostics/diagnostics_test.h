@@ -2,8 +2,9 @@
 #pragma once
 
 #include "audioapi/audio_api_dump.h"
-#include "platform/linux/machine.h"
+#include "platform/hostpath.h"
 #include "tests/engine/engine_test.h"
+#include "tests/support/test_control.h"
 
 class DiagnosticsTest : public EngineTest
 {
@@ -33,8 +34,8 @@ protected:
     // Stands the clock still at 2024-03-14 09:26:53.
     static void FreezeClock()
     {
-        machine::FreezeClock();
-        machine::SetClock({2024, 3, 0, 14, 9, 26, 53, 0});
+        control::FreezeClock();
+        control::SetClock({2024, 3, 0, 14, 9, 26, 53, 0});
     }
 
     // The files of the type, by the order of their names, without the module's name in front.
@@ -68,13 +69,9 @@ protected:
     static std::vector<std::string> ReadEvents()
     {
         WaitForWorkers();
-        std::vector<std::string> vecRecords;
-        std::istringstream oFile(GetFile(machine::PlatformPath(machine::Folder() + "/eventlog.txt")));
-        for (std::string strLine; std::getline(oFile, strLine);)
-            vecRecords.push_back(strLine.substr(strLine.find('\t') + 1));
-        return vecRecords;
+        return control::ReportedEvents();
     }
 
-    static std::string HostFolder() { return machine::Folder() + "/c/PROGRAMDATA/ZVAudio/" + ModuleName(); }
+    static std::string HostFolder() { return HostPath(LogFolder()); }
     static std::string ModuleName() { return CAudioSYS::GetModuleBaseName(nullptr); }
 };

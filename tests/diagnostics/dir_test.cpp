@@ -1,10 +1,7 @@
 // The diagnostics folder: its coming and going switches log and dump, and the oldest files beyond the limit go.
 #include "tests/diagnostics/diagnostics_test.h"
 
-#include <sys/resource.h>
-
 #include <atomic>
-#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <thread>
@@ -44,16 +41,6 @@ protected:
     {
         for (std::error_code oError; fs::exists(Folder());)
             fs::remove_all(Folder(), oError);
-    }
-
-    // Writes beyond it fail as on a full disk.
-    static void LimitFileSize(rlim_t iBytes)
-    {
-        signal(SIGXFSZ, SIG_IGN);
-        rlimit oLimit{};
-        getrlimit(RLIMIT_FSIZE, &oLimit);
-        oLimit.rlim_cur = iBytes == RLIM_INFINITY ? oLimit.rlim_max : iBytes;
-        ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &oLimit), 0);
     }
 
     // Files named 000 and on, each a second older than the next.
@@ -145,7 +132,7 @@ TEST_F(DirTest, ABadFolderTurnsDiagnosticsOffAndNothingElse)
     fs::remove(Folder());
     fs::create_directory(Folder());
     // A watch that fails: the line comes first, then the switch.
-    machine::FailNext("ReadDirectoryChangesW", 5, 1);
+    control::FailNext("ReadDirectoryChangesW", 5, 1);
     SetRegistry(AUDIO_DEBUG_PATH, AUDIO_DEBUG_LEVEL, AUDIO_LEVEL_INFO);
     CAudioLog::Instance()->Initialize(nullptr);
     EXPECT_TRUE(WaitFor([] { return !IsLogOn(); }));
@@ -153,7 +140,7 @@ TEST_F(DirTest, ABadFolderTurnsDiagnosticsOffAndNothingElse)
     CAudioLog::DeleteInstance();
 
     // A folder that can't be opened for its changes is still there.
-    machine::FailNext("CreateFileA", 5, 4);
+    control::FailNext("CreateFileA", 5, 4);
     CAudioLog::Instance()->Initialize(nullptr);
     EXPECT_EQ(CountLog("Fail to Create File for monitor Directory:" + LogFolder()), 1u);
     EXPECT_EQ(CountLog("pThis->CreateDirectoryHandle()"), 1u);
@@ -186,7 +173,7 @@ TEST_F(DirTest, AFileThatStaysIsTriedAgainAtTheNextEvent)
     MakeFiles(3, ".log");
     SetRegistry(AUDIO_DEBUG_PATH, AUDIO_DEBUG_LEVEL, AUDIO_LEVEL_ERROR);
     SetRegistry(AUDIO_DEBUG_PATH, AUDIO_DEBUG_NUM, 3);
-    machine::FailNext("DeleteFileA", 32, 1);
+    control::FailNext("DeleteFileA", 32, 1);
     CAudioLog::Instance()->Initialize(nullptr);
     WaitForWorkers(); // a file that comes before the watch is seen with the next one only
     AUDIOLOG_ERROR(1, "a fourth file");
@@ -208,13 +195,13 @@ TEST_F(DirTest, StopsWhateverHoldsItsWorkersUp)
         std::function<void()> fnTrouble;
     } oCases[] = {
         {"at rest", [] {}},
-        {"files can't be opened", [] { machine::FailNext("fopen_s", 13, -1); }},
-        {"disk takes no byte", [] { LimitFileSize(0); }},
+        {"files can't be opened", [] { control::FailNext("fopen_s", 13, -1); }},
+        {"disk takes no byte", control::FillDisks},
         {"folder gone", RemoveFolder},
         {"folder gone unseen",
          []
          {
-             machine::FailNext("ReadDirectoryChangesW", 5, -1);
+             control::FailNext("ReadDirectoryChangesW", 5, -1);
              RemoveFolder();
          }},
         {"files rain in",
@@ -243,12 +230,11 @@ TEST_F(DirTest, StopsWhateverHoldsItsWorkersUp)
         }
         CAudioDump::DeleteInstance();
         CAudioLog::DeleteInstance();
-        EXPECT_EQ(machine::LiveWork(), 0u) << oCase.pName;
+        EXPECT_EQ(control::LiveWork(), 0u) << oCase.pName;
         bStop = true;
         if (oRain.joinable())
             oRain.join();
-        machine::ClearFailures();
-        LimitFileSize(RLIM_INFINITY);
+        control::ClearFailures();
         fs::create_directories(Folder());
         fs::permissions(Folder(), fs::perms::owner_all);
     }

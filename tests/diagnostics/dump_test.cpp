@@ -66,9 +66,9 @@ TEST_F(DumpTest, ChangesTheFileBehindTheBlockThatFillsItAndFollowsTheRegistry)
     FreezeClock();
     StartDump(1, 1);
     fRecord();
-    machine::AdvanceClock(1000);
+    control::AdvanceClock(1000);
     fRecord(); // to the limit and past it: still the first file
-    machine::AdvanceClock(1000);
+    control::AdvanceClock(1000);
     fRecord();
     EXPECT_EQ(fSizeAt("53"), 1200000u);
     EXPECT_EQ(fSizeAt("54"), 0u);
@@ -82,7 +82,7 @@ TEST_F(DumpTest, ChangesTheFileBehindTheBlockThatFillsItAndFollowsTheRegistry)
     fRecord();
     SetDump(1, 0);
     WaitForWorkers();
-    machine::AdvanceClock(1000);
+    control::AdvanceClock(1000);
     for (int i = 0; i < 3; ++i)
         fRecord();
     EXPECT_EQ(fSizeAt("55"), 3600000u);
@@ -94,11 +94,11 @@ TEST_F(DumpTest, BoundsItsQueueAndCountsWhatIsLost)
     const std::string strBlock(BLOCK, 'x');
     StartLog(AUDIO_LEVEL_WARN);
     SetDump(1);
-    machine::FailNext("WaitForSingleObject", 6, -1); // no worker gets to its work
+    control::FailNext("WaitForSingleObject", 6, -1); // no worker gets to its work
     Dump().Initialize(nullptr);
     for (int i = 0; i < 8 + 4; ++i)
         Dump().RecordItemByName(strBlock.data(), BLOCK, "Item");
-    machine::ClearFailures();
+    control::ClearFailures();
     WaitForWorkers();
     Dump().RecordItemByName("room", 4, "Item");
     WaitForWorkers();

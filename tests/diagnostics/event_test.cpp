@@ -88,7 +88,7 @@ TEST_F(EventTest, ARefusalIsLoggedAndTheNextReportGoesOn)
     for (const auto& oCase : oCases)
     {
         const size_t iBefore = ReadEvents().size();
-        machine::FailNext(oCase.pCall, 1502, 1, oCase.iSkip);
+        control::FailNext(oCase.pCall, 1502, 1, oCase.iSkip);
         StartLog(AUDIO_LEVEL_ERROR);
         for (int i = 0; i < 3; ++i)
             Report("report");

@@ -1,7 +1,7 @@
 // The data path: what the library is given and what comes back, in both ways of running.
 #include "tests/engine/engine_test.h"
 
-#include "platform/linux/machine.h"
+#include "tests/support/test_control.h"
 
 #include <limits>
 
@@ -96,7 +96,7 @@ TEST_F(DataPathTest, FailedFramesPassOnAndUnusableOnesAreSilenced)
 TEST_F(DataPathTest, WorkerPlaysTheStreamThreePeriodsLateAndRenewsTheBattery)
 {
     StartLog(AUDIO_LEVEL_WARN);
-    machine::SetPowerStatus({255, 0, 255, 0, 0, 0});
+    control::SetPowerStatus({255, 0, 255, 0, 0, 0});
     MakeEngine();
     ASSERT_EQ(m_pEngine->InitAlgorithmParameter(), 0);
     std::vector<std::vector<float>> vecIn;
@@ -106,7 +106,7 @@ TEST_F(DataPathTest, WorkerPlaysTheStreamThreePeriodsLateAndRenewsTheBattery)
         {
             EXPECT_EQ(m_oLibrary.iBattery, 0); // unknown
             EXPECT_EQ(m_oLibrary.iACLine, 0);
-            machine::SetPowerStatus({1, 0, 88, 0, 0, 0});
+            control::SetPowerStatus({1, 0, 88, 0, 0, 0});
         }
         vecIn.push_back(Ramp(480));
         ASSERT_EQ(Input(vecIn.back()), 0);

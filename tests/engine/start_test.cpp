@@ -1,7 +1,7 @@
 // Start-up, its failures, the second start, and the choice of parameter sets.
 #include "tests/engine/engine_test.h"
 
-#include "platform/linux/machine.h"
+#include "tests/support/test_control.h"
 
 using StartTest = EngineTest;
 
@@ -25,7 +25,7 @@ TEST_F(StartTest, EachFailedStepIsNamedAndTakesTheStreamOffTheAlgorithm)
         {"iRealChannlCount > KELVANE_MAX_CHANNELS", 13, [] { SetRecordChannels(9); }},
         {"pStruParam", 1171, [&] { pManager->m_mapAlgoParam.clear(); }},
         {"m_fAudioKelvaneSetPara(m_pRunBuf, m_pScratchBuf, pStruParam)", 8, [&] { m_oLibrary.iSetParaCode = 8; }},
-        {"GetSystemPowerStatus(&oSysPower)", 12, [] { machine::FailNext("GetSystemPowerStatus", 31, 2); }},
+        {"GetSystemPowerStatus(&oSysPower)", 12, [] { control::FailNext("GetSystemPowerStatus", 31, 2); }},
     };
     StartLog(AUDIO_LEVEL_WARN);
     for (const Row& oRow : vecRows)
@@ -54,7 +54,7 @@ TEST_F(StartTest, EachFailedStepIsNamedAndTakesTheStreamOffTheAlgorithm)
 TEST_F(StartTest, StreamWithoutItsWorkerIsSilent)
 {
     StartLog(AUDIO_LEVEL_WARN);
-    machine::FailNext("CreateThreadpoolWork", 8, 1);
+    control::FailNext("CreateThreadpoolWork", 8, 1);
     MakeEngine();
     EXPECT_EQ(m_pEngine->InitAlgorithmParameter(), 0);
     EXPECT_EQ(CountLog("m_pThreadWorker"), 1U);

@@ -1,7 +1,7 @@
 // The real-time contract of one call, counted: heap blocks on the processing thread, with the log off.
 #include "apo/kelvane/apo_kelvane_factory.h"
 #include "apo/kelvane/apo_kelvane_postefx.h"
-#include "platform/linux/machine.h"
+#include "tests/support/test_control.h"
 #include "tests/engine/engine_test.h"
 #include "tests/support/apo_connections.h"
 
@@ -64,7 +64,7 @@ TEST_F(RealtimeTest, ACallTakesABlockForEachFrameItQueuesAndBuildsNoText)
         {"OMFX: frames in, block, frame out", CKelvaneClassFactory::KelvanePostOMFX_Property, 48000, 480, 4},
         {"OMFX 44.1 kHz", CKelvaneClassFactory::KelvanePostOMFX_Property, 44100, 441, 18},
     };
-    machine::SetPowerStatus({1, 0, 100, 0, 0, 0}); // the real one costs the layer blocks of its own
+    control::SetPowerStatus({1, 0, 100, 0, 0, 0}); // the real one costs the layer blocks of its own
     for (const auto& oCase : aCases)
     {
         SCOPED_TRACE(oCase.pName);

@@ -1,6 +1,8 @@
 // The fixture's half that is written in the platform's own calls.
 #include "tests/support/machine_test.h"
 
+#include "tests/support/test_control.h"
+
 #include <algorithm>
 #include <chrono>
 #include <memory>
@@ -43,6 +45,31 @@ void WriteValue(const std::string& strPath, const std::string& strName, DWORD dw
     RegCloseKey(hKey);
 }
 } // namespace
+
+void MachineTest::SetUp()
+{
+    MakeMachine();
+    m_iResources = CountResources();
+}
+
+void MachineTest::TearDown()
+{
+    control::ClearFailures();
+    EXPECT_TRUE(WaitFor([this] { return CountResources() == m_iResources; }))
+        << "handles or thread pool work left open: " << CountResources() << " after " << m_iResources;
+    control::Reset();
+    RemoveMachine();
+}
+
+void MachineTest::WaitForWorkers()
+{
+    ASSERT_TRUE(control::WaitUntilIdle(10000)) << "a worker never comes to rest";
+}
+
+size_t MachineTest::CountResources()
+{
+    return control::LiveHandles() + control::LiveWork();
+}
 
 void MachineTest::SetRegistry(const std::string& strPath, const std::string& strName, DWORD dwValue)
 {

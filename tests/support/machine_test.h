@@ -20,6 +20,8 @@ protected:
     // Writes the value; the key is made when missing.
     static void SetRegistry(const std::string& strPath, const std::string& strName, DWORD dwValue);
     static void SetRegistry(const std::string& strPath, const std::string& strName, const std::string& strValue);
+    // The same, by another program.
+    static void SetElsewhere(const std::string& strPath, const std::string& strName, DWORD dwValue);
     static void DeleteRegistryValue(const std::string& strPath, const std::string& strName);
 
     // Makes the folder with those above it.
@@ -39,6 +41,10 @@ protected:
     static size_t CountResources();
 
 private:
+    // The machine itself: natively a temporary folder, on Windows this one with a registry of the test's own.
+    void MakeMachine();
+    void RemoveMachine();
+
     std::string m_strHostFolder;
     size_t m_iResources = 0;
 };

@@ -2,11 +2,10 @@
 #include "platform/linux/machine.h"
 #include "tests/support/machine_test.h"
 
-#include <stdlib.h>
-
+#include <cstdlib>
 #include <filesystem>
 
-void MachineTest::SetUp()
+void MachineTest::MakeMachine()
 {
     std::string strFolder = (std::filesystem::temp_directory_path() / "kelvane-test-XXXXXX").string();
     ASSERT_NE(mkdtemp(strFolder.data()), nullptr);
@@ -14,26 +13,18 @@ void MachineTest::SetUp()
     std::filesystem::create_directory(strFolder + "/c");
     std::filesystem::create_directory(strFolder + "/d");
     machine::UseFolder(strFolder);
-    m_iResources = CountResources();
 }
 
-void MachineTest::TearDown()
+void MachineTest::RemoveMachine()
 {
-    machine::ClearFailures();
-    EXPECT_TRUE(WaitFor([this] { return CountResources() == m_iResources; }))
-        << "handles or thread pool work left open: " << CountResources() << " after " << m_iResources;
-    machine::ResetClock();
-    machine::ResetPowerStatus();
     std::error_code oIgnored; // what is left in the temporary folder does no harm
     std::filesystem::remove_all(m_strHostFolder, oIgnored);
 }
 
-void MachineTest::WaitForWorkers()
+void MachineTest::SetElsewhere(const std::string& strPath, const std::string& strName, DWORD dwValue)
 {
-    ASSERT_TRUE(machine::WaitUntilIdle(10000)) << "a worker never comes to rest";
-}
-
-size_t MachineTest::CountResources()
-{
-    return machine::LiveHandles() + machine::LiveWork();
+    const auto oHost = std::filesystem::read_symlink("/proc/self/exe").replace_filename("apohost");
+    const std::string strCommand = "KELVANE_MACHINE='" + machine::Folder() + "' '" + oHost.string() + "' reg set '" +
+                                   strPath + "\\" + strName + "=" + std::to_string(dwValue) + "' >/dev/null";
+    ASSERT_EQ(std::system(strCommand.c_str()), 0) << strCommand;
 }

@@ -42,25 +42,31 @@ TEST_F(StreamTest, FollowsBypassHeadsetModeAndVolume)
 
     const struct
     {
-        const char* pSetting;
+        const char* pPath;
+        const char* pName;
+        DWORD dwSetting;
         CAudioInt CAudioStatus::*piField;
         int iValue;
         FLOAT32 f32Output; // of ones: 1 is bypassed, 0.5 processed
         const char* pLine;
     } aCases[] = {
-        {"Bypass\\KelvaneStatus=1", &CAudioStatus::m_iKelvaneBypass, 1, 1.0F, "Kelvane Bypass Status 0 change to 1"},
-        {"Bypass\\KelvaneStatus=2", &CAudioStatus::m_iKelvaneBypass, 2, 0.5F, "Kelvane Bypass Status 1 change to 2"},
-        {"Headset\\HeadsetStatus=7", &CAudioStatus::m_iHeadSetStatus, 1, 1.0F, ",Headset Status:1"},
-        {"Headset\\HeadsetStatus=0", &CAudioStatus::m_iHeadSetStatus, 0, 0.5F, ",Headset Status:0"},
-        {"Volume\\Speaker\\VolumeNum=30", &CAudioStatus::m_iSpeakerVolume, 30, 0.5F, "from 30080 to 30020"},
-        {"ZVSound\\ZvSoundStatus=1", &CAudioStatus::m_iZvSoundStatus, 1, 0.5F, "Support ZvSound Status 0 change to 1"},
-        {"ZVSound\\SpeakerMode=4", &CAudioStatus::m_iSpeakerMode, 4, 0.5F, "from 30020 to 50000"},
+        {AUDIO_BYPASS_PATH, "KelvaneStatus", 1, &CAudioStatus::m_iKelvaneBypass, 1, 1.0F,
+         "Kelvane Bypass Status 0 change to 1"},
+        {AUDIO_BYPASS_PATH, "KelvaneStatus", 2, &CAudioStatus::m_iKelvaneBypass, 2, 0.5F,
+         "Kelvane Bypass Status 1 change to 2"},
+        {AUDIO_HEADSET_PATH, "HeadsetStatus", 7, &CAudioStatus::m_iHeadSetStatus, 1, 1.0F, ",Headset Status:1"},
+        {AUDIO_HEADSET_PATH, "HeadsetStatus", 0, &CAudioStatus::m_iHeadSetStatus, 0, 0.5F, ",Headset Status:0"},
+        {AUDIO_SPEAKER_VOLUME_PATH, "VolumeNum", 30, &CAudioStatus::m_iSpeakerVolume, 30, 0.5F, "from 30080 to 30020"},
+        {AUDIO_ZVSOUND_PATH, "ZvSoundStatus", 1, &CAudioStatus::m_iZvSoundStatus, 1, 0.5F,
+         "Support ZvSound Status 0 change to 1"},
+        {AUDIO_ZVSOUND_PATH, "SpeakerMode", 4, &CAudioStatus::m_iSpeakerMode, 4, 0.5F, "from 30020 to 50000"},
     };
     for (const auto& oCase : aCases)
     {
-        SetElsewhere(oCase.pSetting);
-        EXPECT_TRUE(WaitFor([&] { return oStatus.*oCase.piField == oCase.iValue; })) << oCase.pSetting;
-        EXPECT_EQ(fPlay(), oCase.f32Output) << oCase.pSetting;
+        SCOPED_TRACE(std::string(oCase.pName) + "=" + std::to_string(oCase.dwSetting));
+        SetElsewhere(oCase.pPath, oCase.pName, oCase.dwSetting);
+        EXPECT_TRUE(WaitFor([&] { return oStatus.*oCase.piField == oCase.iValue; }));
+        EXPECT_EQ(fPlay(), oCase.f32Output);
         EXPECT_GE(CountLog(oCase.pLine), 1U) << oCase.pLine;
     }
     pObject->Release();

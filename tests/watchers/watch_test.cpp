@@ -1,4 +1,5 @@
 // The fourteen watchers: what each follows, how they start without their keys, what stops them.
+#include "tests/support/test_control.h"
 #include "tests/watchers/watcher_test.h"
 
 #include <set>
@@ -116,9 +117,9 @@ TEST_F(WatchTest, WithoutItsKeyOrEventAWatcherEndsForGood)
     EXPECT_EQ(Status().m_iKelvaneBypass, 0) << "a watcher that ended came back";
     CAudioMonitor::DeleteInstance();
 
-    machine::FailNext("CreateEventW", 8, -1);
+    control::FailNext("CreateEventW", 8, -1);
     StartAll();
-    machine::ClearFailures();
+    control::ClearFailures();
     EXPECT_EQ(CountLog("pThis->m_hModeEvent"), 2U);
     EXPECT_EQ(CountLog("pThis->m_h"), 11U + 14U);
 }

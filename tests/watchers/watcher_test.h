@@ -1,23 +1,11 @@
-// The watchers' fixture: the keys that they follow, values of any type, changes one at a time or by another program.
+// The watchers' fixture: the keys that they follow, values of any type, changes one at a time.
 #pragma once
 
 #include "audioapi/audio_api_registry.h"
-#include "platform/linux/machine.h"
 #include "tests/support/logged_machine_test.h"
 
-#include <cstdlib>
-#include <filesystem>
 #include <string>
 #include <vector>
-
-// Sets a value below SOFTWARE\ZVAudio from another process: 'Bypass\KelvaneStatus=1'.
-inline void SetElsewhere(const std::string& strSetting)
-{
-    const auto oBin = std::filesystem::read_symlink("/proc/self/exe").parent_path();
-    const std::string strCommand =
-        "KELVANE_MACHINE='" + machine::Folder() + "' '" + (oBin / "apohost").string() + "' reg set '" + strSetting;
-    ASSERT_EQ(std::system((strCommand + "' >/dev/null").c_str()), 0) << strSetting;
-}
 
 class WatcherTest : public LoggedMachineTest
 {

@@ -1,0 +1,37 @@
+// What tests turn on the platform under the module: refusals, clock, power, full disks; and what they ask of it.
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+#include <vector>
+
+// Natively the platform layer does this; on Windows the program's own imports are led through here first. Any thread.
+namespace control
+{
+// Lets iSkip calls of the platform function pass, then makes iTimes calls fail with the error code (-1: all further).
+// The code is that of GetLastError; for fopen_s and the registry's functions their result.
+void FailNext(const std::string& strCall, DWORD dwError, int iTimes = 1, int iSkip = 0);
+// Calls succeed again; disks have room.
+void ClearFailures();
+// From now on no file takes a byte, where the platform can be brought to that (natively alone).
+void FillDisks();
+
+// GetLocalTime gives this time and goes on from there, or stays there while frozen.
+void SetClock(const SYSTEMTIME& stLocalTime);
+void AdvanceClock(long long iMilliseconds);
+void FreezeClock();
+void SetPowerStatus(const SYSTEM_POWER_STATUS& stStatus);
+// The real clock and power status again.
+void Reset();
+
+// Whether every pool thread came to wait for an object that isn't signalled, within the time.
+bool WaitUntilIdle(DWORD dwMilliseconds);
+// Thread pool work objects that were created and not yet gone; open events, files, snapshots and searches.
+size_t LiveWork();
+size_t LiveHandles();
+
+// What this program reported to the event log, one text each: source, type, number and text with tabs between; line
+// ends, tabs and backslashes of the text are escaped.
+std::vector<std::string> ReportedEvents();
+} // namespace control

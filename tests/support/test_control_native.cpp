@@ -1,0 +1,87 @@
+// Controls of the native platform layer, which offers them itself.
+#include "platform/linux/machine.h"
+#include "tests/support/test_control.h"
+
+#include <sys/resource.h>
+
+#include <csignal>
+#include <fstream>
+
+namespace
+{
+// Writes beyond it fail as on a full disk.
+void LimitFileSize(bool bLimited)
+{
+    signal(SIGXFSZ, SIG_IGN);
+    rlimit oLimit{};
+    getrlimit(RLIMIT_FSIZE, &oLimit);
+    oLimit.rlim_cur = bLimited ? 0 : oLimit.rlim_max;
+    setrlimit(RLIMIT_FSIZE, &oLimit);
+}
+} // namespace
+
+void control::FailNext(const std::string& strCall, DWORD dwError, int iTimes, int iSkip)
+{
+    machine::FailNext(strCall, dwError, iTimes, iSkip);
+}
+
+void control::ClearFailures()
+{
+    machine::ClearFailures();
+    LimitFileSize(false);
+}
+
+void control::FillDisks()
+{
+    LimitFileSize(true);
+}
+
+void control::SetClock(const SYSTEMTIME& stLocalTime)
+{
+    machine::SetClock(stLocalTime);
+}
+
+void control::AdvanceClock(long long iMilliseconds)
+{
+    machine::AdvanceClock(iMilliseconds);
+}
+
+void control::FreezeClock()
+{
+    machine::FreezeClock();
+}
+
+void control::SetPowerStatus(const SYSTEM_POWER_STATUS& stStatus)
+{
+    machine::SetPowerStatus(stStatus);
+}
+
+void control::Reset()
+{
+    machine::ResetClock();
+    machine::ResetPowerStatus();
+}
+
+bool control::WaitUntilIdle(DWORD dwMilliseconds)
+{
+    return machine::WaitUntilIdle(dwMilliseconds);
+}
+
+size_t control::LiveWork()
+{
+    return machine::LiveWork();
+}
+
+size_t control::LiveHandles()
+{
+    return machine::LiveHandles();
+}
+
+std::vector<std::string> control::ReportedEvents()
+{
+    std::vector<std::string> vecRecords;
+    std::ifstream oFile(machine::Folder() + "/eventlog.txt");
+    for (std::string strLine; std::getline(oFile, strLine);)
+        vecRecords.push_back(strLine.substr(strLine.find('\t') + 1)); // behind the time
+    return vecRecords;
+}
