@@ -29,6 +29,6 @@ TEST_F(SystemTest, SearchFindsEveryFileWithBothTexts)
 TEST_F(SystemTest, ModuleNameIsCutAtItsFirstDot)
 {
     EXPECT_EQ(CAudioSYS::GetModuleBaseName(nullptr), "test_audioapi");
-    EXPECT_EQ(CAudioSYS::GetDiagnosticsPath("KelvaneAPO"), "C:\\PROGRAMDATA\\ZVAudio\\KelvaneAPO");
+    EXPECT_STRCASEEQ(CAudioSYS::GetDiagnosticsPath("KelvaneAPO").c_str(), "C:\\PROGRAMDATA\\ZVAudio\\KelvaneAPO");
 }
 } // namespace

@@ -14,7 +14,7 @@ TEST_F(TimeTest, StampsCountMilliseconds)
     EXPECT_EQ(CAudioTIME::GetTimeDiff(DAY, {2024, 3, 5, 1, 7, 5, 9, 43}), 86400001);
 
     StartLog();
-    EXPECT_EQ(CAudioTIME::GetIntTime({2023, 2, 4, 29, 7, 5, 9, 42}), 0); // there is no such day
+    EXPECT_EQ(CAudioTIME::GetIntTime({2023, 13, 4, 1, 7, 5, 9, 42}), 0); // there is no such month
     EXPECT_EQ(FindLog("SystemTime To FileTime failed!").at(0).iErrorCode, 87);
 }
 

@@ -1,4 +1,4 @@
-// What tests turn on the platform under the module: refusals, clock, power, full disks; and what they ask of it.
+// What tests turn on the platform under the module: refusals, clock, power; and what they ask of it.
 #pragma once
 
 #include <windows.h>
@@ -12,10 +12,8 @@ namespace control
 // Lets iSkip calls of the platform function pass, then makes iTimes calls fail with the error code (-1: all further).
 // The code is that of GetLastError; for fopen_s and the registry's functions their result.
 void FailNext(const std::string& strCall, DWORD dwError, int iTimes = 1, int iSkip = 0);
-// Calls succeed again; disks have room.
+// Calls succeed again.
 void ClearFailures();
-// From now on no file takes a byte, where the platform can be brought to that (natively alone).
-void FillDisks();
 
 // GetLocalTime gives this time and goes on from there, or stays there while frozen.
 void SetClock(const SYSTEMTIME& stLocalTime);

@@ -2,23 +2,7 @@
 #include "platform/linux/machine.h"
 #include "tests/support/test_control.h"
 
-#include <sys/resource.h>
-
-#include <csignal>
 #include <fstream>
-
-namespace
-{
-// Writes beyond it fail as on a full disk.
-void LimitFileSize(bool bLimited)
-{
-    signal(SIGXFSZ, SIG_IGN);
-    rlimit oLimit{};
-    getrlimit(RLIMIT_FSIZE, &oLimit);
-    oLimit.rlim_cur = bLimited ? 0 : oLimit.rlim_max;
-    setrlimit(RLIMIT_FSIZE, &oLimit);
-}
-} // namespace
 
 void control::FailNext(const std::string& strCall, DWORD dwError, int iTimes, int iSkip)
 {
@@ -28,12 +12,6 @@ void control::FailNext(const std::string& strCall, DWORD dwError, int iTimes, in
 void control::ClearFailures()
 {
     machine::ClearFailures();
-    LimitFileSize(false);
-}
-
-void control::FillDisks()
-{
-    LimitFileSize(true);
 }
 
 void control::SetClock(const SYSTEMTIME& stLocalTime)

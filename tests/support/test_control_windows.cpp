@@ -1,11 +1,11 @@
 // Controls of the real platform: the imports of this program that matter to tests go through functions of ours.
 #include "tests/support/test_control.h"
 
-#include <tlhelp32.h>
-
+#include <functional>
 #include <map>
 #include <memory>
 #include <set>
+#include <string_view>
 #include <type_traits>
 
 namespace
@@ -31,9 +31,11 @@ struct Refusal
     int iSkip = 0;
 };
 
-std::map<std::string, Refusal>& Refusals()
+// Found without a heap block, for tests count those.
+using RefusalMap = std::map<std::string, Refusal, std::less<>>;
+RefusalMap& Refusals()
 {
-    static std::map<std::string, Refusal> mapRefusals;
+    static RefusalMap mapRefusals;
     return mapRefusals;
 }
 
@@ -41,7 +43,7 @@ std::map<std::string, Refusal>& Refusals()
 bool IsRefused(const char* pCall, DWORD& dwError)
 {
     const CGuard oGuard;
-    const auto itRefusal = Refusals().find(pCall);
+    const auto itRefusal = Refusals().find(std::string_view(pCall));
     if (itRefusal == Refusals().end() || itRefusal->second.iTimes == 0)
         return false;
     Refusal& oRefusal = itRefusal->second;
@@ -97,14 +99,7 @@ std::map<PTP_WORK, std::unique_ptr<Work>>& Works()
 }
 std::multimap<HANDLE, bool*> g_mapWaiting; // the object, and whether its waiter is still at rest
 int g_iBusy = 0;                           // callbacks submitted that are not over and not at rest
-unsigned g_iChanges = 0;                   // of the above, ever
 const DWORD g_dwIsPoolThread = TlsAlloc();
-
-void AddBusy(int iCount)
-{
-    g_iBusy += iCount;
-    ++g_iChanges;
-}
 
 void DropIfOver(PTP_WORK pWork)
 {
@@ -116,24 +111,24 @@ void DropIfOver(PTP_WORK pWork)
 // Wait gives what it waited for; Ready is asked first, under the lock that also orders SetEvent.
 template <class FReady, class FWait> auto RestWhile(HANDLE hObject, FReady fnReady, FWait fnWait)
 {
-    bool bAtRest = true;
+    bool bAtRest = true; // until a signal of ours says otherwise, under the lock
+    bool bReady = false;
     std::multimap<HANDLE, bool*>::iterator itWaiting;
     {
         const CGuard oGuard;
-        if (fnReady())
-            bAtRest = false;
-        else
+        bReady = fnReady();
+        if (!bReady)
         {
-            AddBusy(-1);
+            --g_iBusy;
             itWaiting = g_mapWaiting.emplace(hObject, &bAtRest);
         }
     }
-    if (!bAtRest)
+    if (bReady)
         return fnWait();
     const auto oResult = fnWait();
     const CGuard oGuard;
     if (bAtRest)
-        AddBusy(1);
+        ++g_iBusy;
     g_mapWaiting.erase(itWaiting);
     return oResult;
 }
@@ -150,7 +145,7 @@ void CALLBACK RunWork(PTP_CALLBACK_INSTANCE pInstance, void* pContext, PTP_WORK 
     oWork.fnCallback(pInstance, oWork.pContext, pWork);
     TlsSetValue(g_dwIsPoolThread, nullptr);
     const CGuard oGuard;
-    AddBusy(-1);
+    --g_iBusy;
     --oWork.iOutstanding;
     DropIfOver(pWork);
 }
@@ -251,10 +246,23 @@ template <class F> struct Submit
     {
         {
             const CGuard oGuard;
-            AddBusy(1);
+            ++g_iBusy;
             ++Works()[pWork]->iOutstanding;
         }
         fnReal(pWork);
+    }
+};
+
+// What is cancelled before it began never gets to its end.
+template <class F> struct Join
+{
+    static void Call(F fnReal, PTP_WORK pWork, BOOL bCancel)
+    {
+        fnReal(pWork, bCancel);
+        const CGuard oGuard;
+        int& iOutstanding = Works()[pWork]->iOutstanding;
+        g_iBusy -= iOutstanding;
+        iOutstanding = 0;
     }
 };
 
@@ -293,7 +301,7 @@ template <class F> struct Signal
             if (*it->second)
             {
                 *it->second = false;
-                AddBusy(1);
+                ++g_iBusy;
             }
         return fnReal(hEvent);
     }
@@ -364,7 +372,7 @@ template <class F> struct Report
             return FALSE;
         const CGuard oGuard;
         g_vecReports.push_back(g_mapSources[hSource] + "\t" + pType + "\t" + aNumber + "\t" +
-                               Escape(wTexts > 0 ? pTexts[0] : ""));
+                               Escape(pTexts[0] != nullptr ? pTexts[0] : ""));
         return TRUE;
     }
 };
@@ -418,12 +426,12 @@ private:
 IMPORT(Open, "kernel32", CreateEventW, 0, false)
 IMPORT(Open, "kernel32", CreateFileA, -1, false)
 IMPORT(Open, "kernel32", FindFirstFileA, -1, false)
-IMPORT(Open, "kernel32", CreateToolhelp32Snapshot, -1, false)
 IMPORT(Open, "kernel32", OpenProcess, 0, false)
 IMPORT(Close, "kernel32", CloseHandle, 0, false)
 IMPORT(Close, "kernel32", FindClose, 0, false)
 IMPORT(Create, "kernel32", CreateThreadpoolWork, 0, false)
 IMPORT(Submit, "kernel32", SubmitThreadpoolWork, 0, false)
+IMPORT(Join, "kernel32", WaitForThreadpoolWorkCallbacks, 0, false)
 IMPORT(Free, "kernel32", CloseThreadpoolWork, 0, false)
 IMPORT(Wait, "kernel32", WaitForSingleObject, -1, false)
 IMPORT(Signal, "kernel32", SetEvent, 0, false)
@@ -446,10 +454,6 @@ void control::ClearFailures()
 {
     const CGuard oGuard;
     Refusals().clear();
-}
-
-void control::FillDisks()
-{
 }
 
 void control::SetClock(const SYSTEMTIME& stLocalTime)
@@ -491,16 +495,14 @@ void control::Reset()
 // a moment that nobody sees: so rest counts only when it has lasted.
 bool control::WaitUntilIdle(DWORD dwMilliseconds)
 {
-    constexpr int iLasting = 20;
+    constexpr int iLasting = 10;
     const ULONGLONG ullEnd = GetTickCount64() + dwMilliseconds;
-    unsigned iChanges = 0;
     for (int iQuiet = 0; iQuiet < iLasting; ++iQuiet)
     {
         {
             const CGuard oGuard;
-            if (g_iBusy != 0 || g_iChanges != iChanges)
+            if (g_iBusy != 0)
                 iQuiet = 0;
-            iChanges = g_iChanges;
         }
         if (GetTickCount64() > ullEnd)
             return false;

@@ -139,19 +139,6 @@ TEST_F(WatchTest, StopsLeaveNothing)
     }
 }
 
-TEST_F(WatchTest, ADeletedKeyIsToldOnceAndAStopStillWorks)
-{
-    StartLog();
-    CAudioREG::CreateRegKey(AUDIO_BYPASS_PATH);
-    Monitor().StartMonitor(3);
-    WaitForWorkers();
-    CAudioREG::DeleteRegKey(AUDIO_BYPASS_PATH);
-    WaitForWorkers();
-    Set(AUDIO_BYPASS_PATH, AUDIO_KELVANE_STATUS, REG_DWORD, strNumber7);
-    EXPECT_EQ(CountLog("RegNotifyChangeKeyValue(hKey, TRUE, dwFilter, hEvent, TRUE)"), 1U);
-    EXPECT_EQ(Status().m_iKelvaneBypass, 0);
-}
-
 // Every value in every shape, each wake answered.
 TEST_F(WatchTest, AnyTypeAndSizeIsSurvived)
 {
