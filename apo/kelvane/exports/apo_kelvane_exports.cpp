@@ -6,12 +6,13 @@
 #include <windows.h>
 
 // The loader's call. Everything comes up at attach and goes down at detach; a failed step never keeps the module out.
-extern "C" BOOL APIENTRY DllMain(HINSTANCE hInstance, DWORD dwReason, LPVOID)
+// When the process ends (pReserved is set), the workers are gone already and may have held what the way down waits for.
+extern "C" BOOL APIENTRY DllMain(HINSTANCE hInstance, DWORD dwReason, LPVOID pReserved)
 try
 {
     if (dwReason == DLL_PROCESS_ATTACH)
         CKelvaneManager::Instance()->Initialize(hInstance);
-    else if (dwReason == DLL_PROCESS_DETACH)
+    else if (dwReason == DLL_PROCESS_DETACH && pReserved == nullptr)
         CKelvaneManager::DeleteInstance();
     return TRUE;
 }
