@@ -2,7 +2,7 @@
 #include "host/apo_stream.h"
 
 #include "host/host_error.h"
-#include "platform/linux/machine.h"
+#include "host/host_machine.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -38,7 +38,7 @@ template <class T> ComPtr<T> Query(IUnknown* pUnknown, REFIID iid, const char* p
 
 CComApartment::CComApartment()
 {
-    const HRESULT hResult = CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+    const HRESULT hResult = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
     if (FAILED(hResult))
         Check(hResult, "CoInitializeEx");
 }
@@ -77,7 +77,7 @@ void CApoStream::Activate()
           "CoCreateInstance");
     m_pObject.reset(static_cast<IAudioProcessingObject*>(pObject));
     // The watchers have read the registry before the stream reads their record, so that every run begins alike.
-    machine::WaitUntilIdle(START_LIMIT_MS);
+    host::WaitUntilIdle(START_LIMIT_MS);
     m_pRealtime = Query<IAudioProcessingObjectRT>(m_pObject.get(), IID_IAudioProcessingObjectRT, "QueryInterface (RT)");
     m_pConfiguration = Query<IAudioProcessingObjectConfiguration>(
         m_pObject.get(), IID_IAudioProcessingObjectConfiguration, "QueryInterface (Configuration)");

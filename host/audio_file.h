@@ -1,5 +1,5 @@
 // Audio files of the host: WAV, FLAC, OGG and raw 32-bit float (ending .f32, or .pcm of a sample dump), read and
-// written as interleaved floats.
+// written as interleaved floats. The Windows build has the raw ones alone.
 #pragma once
 
 #include <cstddef>
@@ -7,20 +7,19 @@
 #include <memory>
 #include <string>
 
-// The library's handle; its header stays in the source.
-struct sf_private_tag;
-
 struct AudioFormat
 {
     int iRate = 0;     // Hz
     int iChannels = 0; // interleaved
 };
 
+// An open file, of the library that this build reads and writes files with.
+struct AudioFileData;
 struct AudioFileClose
 {
-    void operator()(sf_private_tag* pFile) const;
+    void operator()(AudioFileData* pFile) const;
 };
-using AudioFileHandle = std::unique_ptr<sf_private_tag, AudioFileClose>;
+using AudioFileHandle = std::unique_ptr<AudioFileData, AudioFileClose>;
 
 class CAudioReader
 {
@@ -39,8 +38,6 @@ public:
     size_t Read(float* pf32Frames, size_t iFrameCount);
 
 private:
-    size_t ReadOnce(float* pf32Frames, size_t iFrameCount);
-
     std::string m_strPath;
     AudioFormat m_oFormat;
     int64_t m_i64FrameCount = 0;

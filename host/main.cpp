@@ -120,6 +120,7 @@ void AddDumpToWav(CLI::App& oApp, DumpOptions& oOptions)
 int main(int iArgumentCount, char** ppArguments)
 {
     CLI::App oApp("Plays audio through the speaker protection module, as the audio engine would.", "apohost");
+    oApp.allow_windows_style_options(false); // a path may begin with a slash
     oApp.footer("The machine is the folder in KELVANE_MACHINE.");
     oApp.require_subcommand(1);
     PlayOptions oOptions;

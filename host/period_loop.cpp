@@ -1,9 +1,9 @@
 // The periodic loop.
 #include "host/period_loop.h"
 
+#include "host/host_machine.h"
 #include "host/interrupt.h"
 #include "host/progress.h"
-#include "platform/linux/machine.h"
 
 #include <algorithm>
 #include <thread>
@@ -33,7 +33,7 @@ CPeriodLoop::CPeriodLoop(PlayResult& oResult, CApoStream& oStream, CProgress& oP
     {
         // What the lock started comes to rest before the first period. All of it seems to have taken a millisecond.
         WaitUntilIdle();
-        machine::AdvanceClock(1);
+        host::AdvanceClock(1);
     }
     m_oResult.oStreamTime.Start();
 }
@@ -117,7 +117,7 @@ void CPeriodLoop::ChangeRegistry()
 void CPeriodLoop::WaitUntilIdle()
 {
     if (m_oResult.bSettled)
-        m_oResult.bSettled = machine::WaitUntilIdle(IDLE_LIMIT_MS);
+        m_oResult.bSettled = host::WaitUntilIdle(IDLE_LIMIT_MS);
 }
 
 // Offline: lets every thread of the module do what the period gave it to do, and then the audio's time pass, so that
@@ -129,7 +129,7 @@ void CPeriodLoop::Settle()
     WaitUntilIdle();
     const PlayOptions& oOptions = m_oResult.oOptions;
     m_i64ClockRest += static_cast<int64_t>(oOptions.iPeriodFrames) * 1000;
-    machine::AdvanceClock(m_i64ClockRest / oOptions.iRate);
+    host::AdvanceClock(m_i64ClockRest / oOptions.iRate);
     m_i64ClockRest %= oOptions.iRate;
 }
 

@@ -4,11 +4,11 @@
 #include "host/audio_file.h"
 #include "host/diagnosis.h"
 #include "host/host_error.h"
+#include "host/host_machine.h"
 #include "host/interrupt.h"
 #include "host/period_loop.h"
 #include "host/progress.h"
 #include "host/registry_text.h"
-#include "platform/linux/machine.h"
 
 #include <algorithm>
 #include <cmath>
@@ -30,6 +30,8 @@ void CompleteOptions(PlayResult& oResult, CAudioReader& oReader)
         oOptions.iPeriodFrames = std::max(1, oOptions.iRate / 100);
     if (oOptions.f64RepeatSeconds > 0)
         oReader.Repeat(std::max<int64_t>(1, std::llround(oOptions.f64RepeatSeconds * oOptions.iRate)));
+    if (!oOptions.bInlineVariant && !host::CanSettle())
+        oOptions.bRealtime = true; // its workers need the time
     oResult.i64InputFrames = oReader.FrameCount();
 }
 
@@ -56,14 +58,14 @@ public:
     explicit COfflineClock(bool bRealtime) : m_bFrozen(!bRealtime)
     {
         if (m_bFrozen)
-            machine::FreezeClock();
+            host::FreezeClock();
     }
     COfflineClock(const COfflineClock&) = delete;
     COfflineClock& operator=(const COfflineClock&) = delete;
     ~COfflineClock()
     {
         if (m_bFrozen)
-            machine::RunClock();
+            host::RunClock();
     }
 
 private:
@@ -72,9 +74,8 @@ private:
 
 void PrintMachineErrors()
 {
-    for (const auto& vecErrors : {machine::DeviceErrors(), machine::RegistryErrors()})
-        for (const std::string& strError : vecErrors)
-            std::fprintf(stderr, "apohost: warning: %s\n", strError.c_str());
+    for (const std::string& strError : host::MachineErrors())
+        std::fprintf(stderr, "apohost: warning: %s\n", strError.c_str());
 }
 
 // Blocks from file to file; the last period is padded with zeros, and as many frames are written as were read.
@@ -116,7 +117,7 @@ PlayResult Play(const PlayOptions& oOptions)
     CompleteOptions(oResult, oReader);
     for (const std::string& strSet : oOptions.vecSets)
         SetRegistryValue(strSet);
-    const COfflineClock oClock(oOptions.bRealtime);
+    const COfflineClock oClock(oResult.oOptions.bRealtime);
     PrintMachineErrors();
     CatchInterrupts();
     std::optional<CAudioWriter> oWriter;

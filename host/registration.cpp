@@ -2,7 +2,7 @@
 #include "host/registration.h"
 
 #include "host/host_error.h"
-#include "platform/linux/machine.h"
+#include "host/host_machine.h"
 
 #include <windows.h>
 
@@ -22,7 +22,7 @@ void CallExport(const std::string& strModule, const char* pExport)
     if (!strModule.empty() && !std::filesystem::is_regular_file(strModule, oError))
         throw CHostError(strShown + ": " + (oError ? oError.message() : "not a file"));
     const std::string strLoad =
-        strModule.empty() ? MODULE_NAME : machine::PlatformPath(std::filesystem::absolute(strModule).string());
+        strModule.empty() ? MODULE_NAME : host::PlatformPath(std::filesystem::absolute(strModule).string());
     const HMODULE hModule = LoadLibraryA(strLoad.c_str());
     if (hModule == nullptr)
         throw CHostError(strShown + ": the module can't be loaded, error " + std::to_string(GetLastError()));

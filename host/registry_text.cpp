@@ -2,6 +2,7 @@
 #include "host/registry_text.h"
 
 #include "host/host_error.h"
+#include "host/text_format.h"
 
 #include <algorithm>
 #include <cctype>
@@ -170,9 +171,7 @@ std::string FormatRegistryData(const RegistryData& oData)
     if (oData.dwType == REG_DWORD && oData.vecBytes.size() == sizeof(dwNumber))
     {
         std::memcpy(&dwNumber, oData.vecBytes.data(), sizeof(dwNumber));
-        char strNumber[32];
-        std::snprintf(strNumber, sizeof(strNumber), "%u (0x%08X)", dwNumber, dwNumber);
-        return strNumber;
+        return Print("%u (0x%08X)", static_cast<unsigned>(dwNumber), static_cast<unsigned>(dwNumber));
     }
     if (oData.dwType != REG_SZ && oData.dwType != REG_EXPAND_SZ)
         return FormatHex(oData);

@@ -9,15 +9,21 @@ namespace
 {
 constexpr char strTestKey[] = "Software\\KelvaneAPOTest";
 // What the module and its tests put on a machine. A system where this is more than a test's isn't one to test on.
-constexpr const char* aFolders[] = {"C:/windows/system32/ZVAudioDriver", "C:/PROGRAMDATA/ZVAudio", "D:/.ZVAudioParams",
-                                    "D:/.LOGAudioKelvaneVoice"};
+constexpr const char* aPaths[] = {"C:/windows/system32/ZVAudioDriver",
+                                  "C:/PROGRAMDATA/ZVAudio",
+                                  "D:/.ZVAudioParams",
+                                  "D:/.LOGAudioKelvaneVoice",
+                                  "C:/windows/system32/Driver",
+                                  "C:/windows/system32/Counting.dll",
+                                  "C:/loader.txt",
+                                  "C:/refuse"};
 
-void RemoveFolders()
+void RemoveFiles()
 {
-    for (const char* pFolder : aFolders)
+    for (const char* pPath : aPaths)
     {
         std::error_code oIgnored; // what can't go now goes before the next test
-        std::filesystem::remove_all(pFolder, oIgnored);
+        std::filesystem::remove_all(pPath, oIgnored);
     }
 }
 
@@ -40,7 +46,7 @@ void Redirect(HKEY hRoot, const char* pName)
 
 void MachineTest::MakeMachine()
 {
-    RemoveFolders();
+    RemoveFiles();
     RegDeleteTreeA(HKEY_CURRENT_USER, strTestKey);
     Redirect(HKEY_LOCAL_MACHINE, "Machine");
     Redirect(HKEY_CLASSES_ROOT, "Classes");
@@ -51,7 +57,7 @@ void MachineTest::RemoveMachine()
     Redirect(HKEY_CLASSES_ROOT, nullptr);
     Redirect(HKEY_LOCAL_MACHINE, nullptr);
     RegDeleteTreeA(HKEY_CURRENT_USER, strTestKey);
-    RemoveFolders();
+    RemoveFiles();
 }
 
 void MachineTest::SetElsewhere(const std::string& strPath, const std::string& strName, DWORD dwValue)

@@ -1,6 +1,8 @@
 // A module that writes down its attaches and detaches, and refuses to attach where a file says so.
 #include <windows.h>
 
+#include <cstdio>
+
 static int g_iCalls = 0;
 
 static void WriteDown(const char* pWord)

@@ -1,0 +1,42 @@
+// The machine that the native platform layer stands for.
+#include "host/host_machine.h"
+
+#include "platform/linux/machine.h"
+
+bool host::CanSettle()
+{
+    return true;
+}
+
+bool host::WaitUntilIdle(unsigned iMilliseconds)
+{
+    return machine::WaitUntilIdle(iMilliseconds);
+}
+
+void host::FreezeClock()
+{
+    machine::FreezeClock();
+}
+
+void host::RunClock()
+{
+    machine::RunClock();
+}
+
+void host::AdvanceClock(long long iMilliseconds)
+{
+    machine::AdvanceClock(iMilliseconds);
+}
+
+std::string host::PlatformPath(const std::string& strPath)
+{
+    return machine::PlatformPath(strPath);
+}
+
+std::vector<std::string> host::MachineErrors()
+{
+    std::vector<std::string> vecErrors = machine::DeviceErrors();
+    for (std::string& strError : machine::RegistryErrors())
+        vecErrors.push_back(std::move(strError));
+    return vecErrors;
+}

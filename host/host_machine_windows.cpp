@@ -1,0 +1,41 @@
+// A real Windows machine: its clock and threads are nobody's to move, its devices take what they are sent.
+#include "host/device_traffic.h"
+#include "host/host_machine.h"
+
+bool host::CanSettle()
+{
+    return false;
+}
+
+bool host::WaitUntilIdle(unsigned)
+{
+    return true;
+}
+
+void host::FreezeClock()
+{
+}
+
+void host::RunClock()
+{
+}
+
+void host::AdvanceClock(long long)
+{
+}
+
+std::string host::PlatformPath(const std::string& strPath)
+{
+    return strPath;
+}
+
+std::vector<std::string> host::MachineErrors()
+{
+    return {};
+}
+
+// What drivers were sent can't be read back.
+MachineTraffic ReadTraffic(const CStreamTime&)
+{
+    return {};
+}
