@@ -41,18 +41,17 @@ std::wstring NameOf(const FILE_NOTIFY_INFORMATION& stNotification)
 
 CAudioDir::~CAudioDir()
 {
-    m_iThreadRun = 0;
+    {
+        const std::lock_guard<CAudioLock> oGuard(m_oDirectoryLock);
+        m_iThreadRun = 0;
+    }
     // Again and again: the worker may be on its way into the read.
-    while (m_iThreadAlive == 1)
+    while (m_iThreadAlive == 1 && !CAudioMonitor::IsProcessEnding())
     {
         CancelRead();
         Sleep(1);
     }
-    if (m_pThreadWorker != nullptr)
-    {
-        WaitForThreadpoolWorkCallbacks(m_pThreadWorker, FALSE);
-        CloseThreadpoolWork(m_pThreadWorker);
-    }
+    CAudioMonitor::CloseWorker(m_pThreadWorker);
     CloseDirectory();
 }
 
@@ -73,10 +72,7 @@ void CAudioDir::Initialize(const std::string& strDirName, const std::string& str
             return;
         AUDIOLOG_DEBUG("Creat Directory Path is: " + strDirPath);
     }
-    m_iThreadAlive = 1;
     m_pThreadWorker = CAudioMonitor::CreateMonitorThread(ProcessDirectoryThread, this, &m_iThreadRun);
-    if (m_pThreadWorker == nullptr)
-        m_iThreadAlive = 0;
 }
 
 void CALLBACK CAudioDir::ProcessDirectoryThread(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK)
@@ -84,6 +80,10 @@ void CALLBACK CAudioDir::ProcessDirectoryThread(PTP_CALLBACK_INSTANCE, PVOID pCo
     auto* pThis = static_cast<CAudioDir*>(pContext);
     if (AUDIO_MISSING(pThis, 87))
         return;
+    {
+        const std::lock_guard<CAudioLock> oGuard(pThis->m_oDirectoryLock);
+        pThis->m_iThreadAlive = 1;
+    }
     try
     {
         if (AUDIO_CHECK(pThis->CreateDirectoryHandle()) == 0)

@@ -60,6 +60,8 @@ private:
     CAudioFlag m_iDirExist{0};
     CAudioFlag m_iThreadRun{0}; // the stop clears it
     HANDLE m_hDirectory = INVALID_HANDLE_VALUE;
-    CAudioLock m_oDirectoryLock;  // guards the handle between the worker, which alone changes it, and the stop
-    CAudioFlag m_iThreadAlive{0}; // the worker clears it at its end
+    // Guards the handle between the worker, which alone changes it, and the stop; and orders the two flags: the stop
+    // sees a worker that has begun, or that worker sees the stop.
+    CAudioLock m_oDirectoryLock;
+    CAudioFlag m_iThreadAlive{0}; // the worker sets it at its begin and clears it at its end
 };

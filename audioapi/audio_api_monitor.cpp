@@ -23,13 +23,18 @@ void CAudioMonitor::StopMonitorThread(CAudioFlag* piRunFlag, CAudioWorkerEvent& 
 {
     *piRunFlag = 0;
     hEvent.Signal();
-    if (pWork != nullptr)
-    {
-        WaitForThreadpoolWorkCallbacks(pWork, FALSE);
-        CloseThreadpoolWork(pWork);
-        pWork = nullptr;
-    }
+    CloseWorker(pWork);
     hEvent.Close();
+}
+
+void CAudioMonitor::CloseWorker(PTP_WORK& pWork)
+{
+    if (pWork == nullptr)
+        return;
+    if (!IsProcessEnding())
+        WaitForThreadpoolWorkCallbacks(pWork, TRUE);
+    CloseThreadpoolWork(pWork);
+    pWork = nullptr;
 }
 
 // A missing event costs both lines: nobody else tells that the other program isn't there.

@@ -72,6 +72,14 @@ public:
     // that was never made is passed over.
     static void StopMonitorThread(CAudioFlag* piRunFlag, CAudioWorkerEvent& hEvent, PTP_WORK& pWork);
 
+    // Waits until a worker has left its callback, closes its work object and clears the pointer. A callback that no
+    // thread has begun is taken back: while a module is freed the loader keeps new threads from beginning.
+    static void CloseWorker(PTP_WORK& pWork);
+
+    // Says that the process is ending: its other threads are gone, so no stop may wait for a worker. The loader's call.
+    static void SetProcessEnding() { m_bProcessEnding = true; }
+    static bool IsProcessEnding() { return m_bProcessEnding; }
+
     // One load of a field each. Any thread.
     int GetKelvaneBypass() const { return m_oStatus.m_iKelvaneBypass; }
     int GetLyranaBypass() const { return m_oStatus.m_iLyranaBypass; }
@@ -115,6 +123,7 @@ private:
 
     struct Watcher;
     static const Watcher WATCHER_TABLE[MONITOR_COUNT];
+    inline static bool m_bProcessEnding = false; // set when no other thread is left
 
     // The workers: each follows one registry key until it is stopped. pContext is the monitor.
     template <int iIndex> static void CALLBACK ProcessWatcher(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK)

@@ -1,19 +1,24 @@
 // The module's face: its entry point and the four exports of an in-process COM server.
 #include "apo/base/apo_base_module.h"
 #include "apo/kelvane/apo_kelvane_manager.h"
+#include "audioapi/audio_api_monitor.h"
 
 #include <objbase.h>
 #include <windows.h>
 
 // The loader's call. Everything comes up at attach and goes down at detach; a failed step never keeps the module out.
-// When the process ends (pReserved is set), the workers are gone already and may have held what the way down waits for.
+// At the process's end, where pReserved is set, the workers are gone already; the devices get their last commands still.
 extern "C" BOOL APIENTRY DllMain(HINSTANCE hInstance, DWORD dwReason, LPVOID pReserved)
 try
 {
     if (dwReason == DLL_PROCESS_ATTACH)
         CKelvaneManager::Instance()->Initialize(hInstance);
-    else if (dwReason == DLL_PROCESS_DETACH && pReserved == nullptr)
+    else if (dwReason == DLL_PROCESS_DETACH)
+    {
+        if (pReserved != nullptr)
+            CAudioMonitor::SetProcessEnding();
         CKelvaneManager::DeleteInstance();
+    }
     return TRUE;
 }
 catch (...)
