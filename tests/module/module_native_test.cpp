@@ -3,6 +3,7 @@
 #include "platform/linux/machine.h"
 #include "tests/support/apo_connections.h"
 #include "tests/support/machine_test.h"
+#include "tests/support/test_control.h"
 
 #include <filesystem>
 #include <fstream>
@@ -19,16 +20,6 @@ constexpr bool bSanitized = true;
 constexpr bool bSanitized = false;
 #endif
 constexpr int iManyRounds = bSanitized ? 100 : 1000;
-
-// Pages of memory that the process holds; 0 where it can't be told.
-long ResidentPages()
-{
-    std::ifstream oFile("/proc/self/statm");
-    long lSize = 0;
-    long lResident = 0;
-    oFile >> lSize >> lResident;
-    return lResident;
-}
 
 // A stream that is initialised and locked, and gone at the end.
 class CStream
@@ -254,23 +245,23 @@ TEST_F(ModuleTest, TheModuleStaysWhileAnObjectOrALockHoldsIt)
 // Memory and handles settle in the first rounds and stay there.
 TEST_F(ModuleTest, ThousandsOfRoundsLeaveNothingBehind)
 {
-    const auto fRounds = [](int iRounds, long lPages, const std::function<void()>& fRound)
+    const auto fRounds = [](int iRounds, size_t iGrowth, const std::function<void()>& fRound)
     {
         for (int i = 0; i < 20; ++i)
             fRound();
         WaitForWorkers();
         const size_t iResources = CountResources();
-        const long lBefore = ResidentPages();
+        const size_t iBefore = control::GetFootprint().iBytes;
         for (int i = 0; i < iRounds; ++i)
             fRound();
         WaitForWorkers();
         EXPECT_EQ(CountResources(), iResources);
-        EXPECT_LE(bSanitized ? 0 : ResidentPages() - lBefore, lPages);
+        EXPECT_LE(bSanitized ? 0 : control::GetFootprint().iBytes, iBefore + iGrowth);
     };
     {
         CStream oStream(KELVANE_RENDER_EFX_GUID, 2, 48000);
         CPeriod oPeriod(2, 480);
-        fRounds(iManyRounds, 256,
+        fRounds(iManyRounds, 1 << 20,
                 [&]
                 {
                     oPeriod.Run(*oStream.m_pRT);
@@ -279,8 +270,8 @@ TEST_F(ModuleTest, ThousandsOfRoundsLeaveNothingBehind)
                 });
     }
     CoFreeUnusedLibraries();
-    fRounds(10, 512, [] { CallExport("DllCanUnloadNow"); });
+    fRounds(10, 2 << 20, [] { CallExport("DllCanUnloadNow"); });
     std::filesystem::remove(machine::Folder() + strDriverFolder + "audio_kelvane_params_default.xml");
-    fRounds(iManyRounds, 256, [] { CallExport("DllCanUnloadNow"); });
+    fRounds(iManyRounds, 1 << 20, [] { CallExport("DllCanUnloadNow"); });
 }
 } // namespace

@@ -29,6 +29,14 @@ bool WaitUntilIdle(DWORD dwMilliseconds);
 size_t LiveWork();
 size_t LiveHandles();
 
+// What the process holds: bytes of memory, open handles.
+struct Footprint
+{
+    size_t iBytes = 0;
+    size_t iHandles = 0;
+};
+Footprint GetFootprint();
+
 // What this program reported to the event log, one text each: source, type, number and text with tabs between; line
 // ends, tabs and backslashes of the text are escaped.
 std::vector<std::string> ReportedEvents();

@@ -3,6 +3,7 @@
 #include "tests/support/test_control.h"
 
 #include <fstream>
+#include <unistd.h>
 
 void control::FailNext(const std::string& strCall, DWORD dwError, int iTimes, int iSkip)
 {
@@ -53,6 +54,15 @@ size_t control::LiveWork()
 size_t control::LiveHandles()
 {
     return machine::LiveHandles();
+}
+
+control::Footprint control::GetFootprint()
+{
+    std::ifstream oFile("/proc/self/statm");
+    size_t iSize = 0;
+    size_t iResident = 0;
+    oFile >> iSize >> iResident;
+    return {iResident * static_cast<size_t>(sysconf(_SC_PAGESIZE)), LiveHandles() + LiveWork()};
 }
 
 std::vector<std::string> control::ReportedEvents()

@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <psapi.h>
 #include <set>
 #include <string_view>
 #include <type_traits>
@@ -521,6 +522,15 @@ size_t control::LiveHandles()
 {
     const CGuard oGuard;
     return Handles().size();
+}
+
+control::Footprint control::GetFootprint()
+{
+    PROCESS_MEMORY_COUNTERS stMemory{};
+    DWORD dwHandles = 0;
+    GetProcessMemoryInfo(GetCurrentProcess(), &stMemory, sizeof(stMemory));
+    GetProcessHandleCount(GetCurrentProcess(), &dwHandles);
+    return {stMemory.WorkingSetSize, dwHandles};
 }
 
 std::vector<std::string> control::ReportedEvents()

@@ -1,0 +1,208 @@
+// Periods on every path, and rounds without end: nothing faults, grows or leaves a sample that isn't a number.
+#include "tests/conformance/module_fixture.h"
+#include "tests/support/test_control.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <random>
+#include <set>
+#include <vector>
+
+using namespace published;
+
+namespace
+{
+constexpr const CLSID* CLASSES[] = {&RENDER_EFX, &RENDER_OMFX};
+constexpr UINT32 MOST_FRAMES = 4096;
+constexpr UINT32 MOST_CHANNELS = 16;
+
+// The sanitizers keep what is freed and take their time.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool SANITIZED = true;
+#else
+constexpr bool SANITIZED = false;
+#endif
+
+class StreamsTest : public ModuleFixture
+{
+protected:
+    // Memory for the largest period; a period's records over it, in place or not.
+    void Process(IRealtime& oRealtime, UINT32 u32Frames, int iFlags, bool bInPlace)
+    {
+        m_oInput = {reinterpret_cast<UINT_PTR>(m_vecInput.data()), u32Frames, iFlags, 0x41435053};
+        m_oOutput = {reinterpret_cast<UINT_PTR>(bInPlace ? m_vecInput.data() : m_vecOutput.data()), 0, 0, 0x41435053};
+        Property* pInput = &m_oInput;
+        Property* pOutput = &m_oOutput;
+        oRealtime.Process(1, &pInput, 1, &pOutput);
+    }
+
+    std::vector<FLOAT> m_vecInput = std::vector<FLOAT>(MOST_FRAMES * MOST_CHANNELS, 0.25F);
+    std::vector<FLOAT> m_vecOutput = std::vector<FLOAT>(MOST_FRAMES * MOST_CHANNELS);
+    Property m_oInput{};
+    Property m_oOutput{};
+};
+
+// The start of a stream at each rate, and what is played when a bypass or a missing library takes the processing away.
+TEST_F(StreamsTest, WhatIsWrittenIsWholeAndFinite)
+{
+    constexpr FLOAT f32Infinity = std::numeric_limits<FLOAT>::infinity();
+    for (const char* pMissing : {"", "Kelvane_x64.dll"})
+    {
+        Free();
+        if (*pMissing != 0)
+            DeleteFileA((std::string("C:\\windows\\system32\\ZVAudioDriver\\") + pMissing).c_str());
+        Load();
+        for (const CLSID* pClassID : CLASSES)
+            for (const FLOAT f32Rate : {11025.0F, 16000.0F, 22050.0F, 32000.0F, 44100.0F, 48000.0F, 96000.0F})
+                for (const bool bInPlace : {false, true})
+                {
+                    SCOPED_TRACE(std::to_string(f32Rate) + pMissing + (bInPlace ? ", in place" : ""));
+                    const ComPtr<IObject> pObject = CreateInitialized(*pClassID);
+                    const ComPtr<IConfiguration> pConfiguration = Query<IConfiguration>(pObject.get(), CONFIGURATION);
+                    const ComPtr<IRealtime> pRealtime = Query<IRealtime>(pObject.get(), REALTIME);
+                    CConnection oConnection(2, f32Rate);
+                    ASSERT_EQ(oConnection.Lock(*pConfiguration), OK);
+                    const auto u32Frames = static_cast<UINT32>(f32Rate / 50);
+                    // The first periods of the one variant are silence that it owes its worker; the other's are audio.
+                    for (int iPeriod = 0; iPeriod < 3; ++iPeriod)
+                    {
+                        std::fill(m_vecInput.begin(), m_vecInput.end(), 0.25F);
+                        std::fill(m_vecOutput.begin(), m_vecOutput.end(), f32Infinity);
+                        Process(*pRealtime, u32Frames, 1, bInPlace);
+                        EXPECT_EQ(m_oOutput.u32ValidFrameCount, u32Frames);
+                        EXPECT_EQ(m_oOutput.iFlags, 1);
+                        const std::vector<FLOAT>& vecWritten = bInPlace ? m_vecInput : m_vecOutput;
+                        const auto itEnd = vecWritten.begin() + 2 * u32Frames;
+                        EXPECT_TRUE(
+                            std::all_of(vecWritten.begin(), itEnd, [](FLOAT f32) { return std::isfinite(f32); }));
+                        EXPECT_EQ(*itEnd, bInPlace ? 0.25F : f32Infinity) << "nothing is written behind the period";
+                    }
+                }
+    }
+}
+
+TEST_F(StreamsTest, LoadedAndFreedWithoutGrowth)
+{
+    const int iRounds = SANITIZED ? 50 : 1000;
+    // The tuning file's reading is the same each time, and long.
+    DeleteFileA("C:\\windows\\system32\\ZVAudioDriver\\audio_kelvane_params_default.xml");
+    Free();
+    const auto fRound = [this]
+    {
+        Load();
+        Create<IUnknown>(RENDER_EFX, UNKNOWN);
+        Free();
+    };
+    for (int i = 0; i < iRounds / 10; ++i)
+        fRound();
+    const control::Footprint oBefore = control::GetFootprint();
+    for (int i = 0; i < iRounds; ++i)
+        fRound();
+    EXPECT_TRUE(WaitFor([&] { return control::GetFootprint().iHandles <= oBefore.iHandles; }));
+    EXPECT_LT(SANITIZED ? 0 : control::GetFootprint().iBytes, oBefore.iBytes + (4 << 20));
+}
+
+// The dice of one object's life.
+class CRandomLife
+{
+public:
+    explicit CRandomLife(unsigned uSeed) : m_oRandom(uSeed) {}
+
+    template <class T, size_t N> T Pick(const T (&aValues)[N]) { return aValues[m_oRandom() % N]; }
+    bool Chance(unsigned uPercent) { return m_oRandom() % 100 < uPercent; }
+    unsigned Below(unsigned uEnd) { return static_cast<unsigned>(m_oRandom() % uEnd); }
+
+private:
+    std::mt19937 m_oRandom;
+};
+
+// In any order, good and bad alike, each call ends in a code that it is known for.
+TEST_F(StreamsTest, RandomCallsEndInACode)
+{
+    static const DWORD aChannels[] = {0, 1, 2, 2, 2, 3, 4, 6, 8, MOST_CHANNELS};
+    static const FLOAT aRates[] = {8000, 11025, 16000, 22050, 32000, 44100, 48000, 48000, 48000, 96000, 192000, 0};
+    static const UINT32 aSizes[] = {0, 55, 56, 56, 88, 88, 88, 128};
+    static const IID aInterfaces[] = {UNKNOWN, OBJECT, REALTIME, CONFIGURATION, EFFECTS, EFFECTS_2, CLASS_FACTORY};
+    const std::set<HRESULT> setCodes = {OK,
+                                        NOT_AS_ASKED,
+                                        MISSING,
+                                        NO_INTERFACE,
+                                        NULL_POINTER,
+                                        BAD_ARGUMENT,
+                                        ALREADY_INITIALIZED,
+                                        NOT_INITIALIZED,
+                                        FORMAT_NOT_SUPPORTED,
+                                        ALREADY_UNLOCKED,
+                                        BAD_CONNECTION_COUNT,
+                                        BAD_CONNECTION_FORMAT,
+                                        LOCKED};
+    BYTE aInit[128] = {};
+    int iLongWaits = 3; // an inline stream waits a second for a whole block, in an empty period too
+    for (unsigned uSeed = 0; uSeed < (SANITIZED ? 400 : 2000); ++uSeed)
+    {
+        SCOPED_TRACE(uSeed);
+        CRandomLife oLife(uSeed);
+        const bool bInline = oLife.Chance(50);
+        const ComPtr<IObject> pObject = Create<IObject>(bInline ? RENDER_OMFX : RENDER_EFX);
+        const ComPtr<IConfiguration> pConfiguration = Query<IConfiguration>(pObject.get(), CONFIGURATION);
+        const ComPtr<IRealtime> pRealtime = Query<IRealtime>(pObject.get(), REALTIME);
+        if (oLife.Chance(70))
+            pObject->Initialize(88, aInit);
+        UINT32 u32Block = 1;
+        for (unsigned uCalls = oLife.Below(16); uCalls > 0; --uCalls)
+        {
+            HRESULT hResult = OK;
+            switch (oLife.Below(8))
+            {
+            case 0:
+                hResult = pObject->Initialize(oLife.Pick(aSizes), oLife.Chance(80) ? aInit : nullptr);
+                break;
+            case 1:
+            {
+                const ComPtr<IUnknown> pAny = Query<IUnknown>(pRealtime.get(), oLife.Pick(aInterfaces));
+                hResult = pObject->Reset();
+                break;
+            }
+            case 2:
+            {
+                CMediaType oOne(oLife.Pick(aChannels), oLife.Pick(aRates));
+                CMediaType oOther(oLife.Pick(aChannels), oLife.Pick(aRates));
+                oOther.m_hResult = oLife.Chance(80) ? OK : BAD_ARGUMENT;
+                IMediaType* pSupported = nullptr;
+                hResult = oLife.Chance(50) ? pObject->IsInputFormatSupported(&oOther, &oOne, &pSupported)
+                                           : pObject->IsOutputFormatSupported(nullptr, &oOther, &pSupported);
+                if (pSupported != nullptr)
+                    pSupported->Release();
+                break;
+            }
+            case 3:
+            {
+                CConnection oConnection(oLife.Pick(aChannels), oLife.Pick(aRates));
+                CConnection oOther(oLife.Pick(aChannels), oLife.Pick(aRates));
+                Descriptor* pOutput = oLife.Chance(90) ? oConnection.m_pDescriptor : oOther.m_pDescriptor;
+                oConnection.m_oType.m_hResult = oLife.Chance(95) ? OK : BAD_ARGUMENT;
+                hResult = pConfiguration->Lock(oLife.Chance(95) ? 1 : 2, &oConnection.m_pDescriptor, 1, &pOutput);
+                if (hResult == OK)
+                    u32Block = static_cast<UINT32>(oConnection.m_oType.m_oFormat.f32Rate /
+                                                   (oConnection.m_oType.m_oFormat.f32Rate == 22050 ? 50 : 100));
+                break;
+            }
+            case 4:
+                hResult = pConfiguration->Unlock();
+                break;
+            default:
+            {
+                const bool bWhole = bInline && (iLongWaits == 0 || oLife.Chance(99));
+                iLongWaits -= bInline && !bWhole;
+                const UINT32 u32Frames =
+                    bWhole ? u32Block * (1 + oLife.Below(MOST_FRAMES / u32Block)) : oLife.Below(MOST_FRAMES + 1);
+                Process(*pRealtime, u32Frames, static_cast<int>(oLife.Below(4)), oLife.Chance(50));
+            }
+            }
+            EXPECT_TRUE(setCodes.count(hResult) == 1) << std::hex << hResult;
+        }
+    }
+    EXPECT_EQ(CanUnload(), OK);
+}
+} // namespace
