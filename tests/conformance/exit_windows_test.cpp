@@ -11,8 +11,10 @@ using ExitDeathTest = ModuleFixture;
 
 TEST_F(ExitDeathTest, AProgramMayEndWithAStreamOpen)
 {
+    Free(); // the program that ends loads it from the same place
     const auto fEnd = [this]
     {
+        Load();
         IObject* const pObject = CreateInitialized(RENDER_EFX).release();
         CConnection oConnection;
         std::exit(oConnection.Lock(*Query<IConfiguration>(pObject, CONFIGURATION).release()) == OK ? 7 : 1);

@@ -29,11 +29,11 @@ bool WaitUntilIdle(DWORD dwMilliseconds);
 size_t LiveWork();
 size_t LiveHandles();
 
-// What the process holds: bytes of memory, open handles.
+// What the process holds: bytes of memory; handles, pool work or threads, which tell when a module's are all gone.
 struct Footprint
 {
     size_t iBytes = 0;
-    size_t iHandles = 0;
+    size_t iObjects = 0;
 };
 Footprint GetFootprint();
 

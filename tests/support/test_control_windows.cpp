@@ -7,6 +7,7 @@
 #include <psapi.h>
 #include <set>
 #include <string_view>
+#include <tlhelp32.h>
 #include <type_traits>
 
 namespace
@@ -527,10 +528,15 @@ size_t control::LiveHandles()
 control::Footprint control::GetFootprint()
 {
     PROCESS_MEMORY_COUNTERS stMemory{};
-    DWORD dwHandles = 0;
     GetProcessMemoryInfo(GetCurrentProcess(), &stMemory, sizeof(stMemory));
-    GetProcessHandleCount(GetCurrentProcess(), &dwHandles);
-    return {stMemory.WorkingSetSize, dwHandles};
+    size_t iThreads = 0;
+    const HANDLE hSnapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+    THREADENTRY32 stThread{};
+    stThread.dwSize = sizeof(stThread);
+    for (BOOL bFound = Thread32First(hSnapshot, &stThread); bFound; bFound = Thread32Next(hSnapshot, &stThread))
+        iThreads += stThread.th32OwnerProcessID == GetCurrentProcessId();
+    CloseHandle(hSnapshot);
+    return {stMemory.WorkingSetSize, iThreads};
 }
 
 std::vector<std::string> control::ReportedEvents()

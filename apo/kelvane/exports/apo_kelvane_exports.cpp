@@ -7,7 +7,8 @@
 #include <windows.h>
 
 // The loader's call. Everything comes up at attach and goes down at detach; a failed step never keeps the module out.
-// At the process's end, where pReserved is set, the workers are gone already; the devices get their last commands still.
+// At the process's end, where pReserved is set, the workers are gone already; the devices get their last commands
+// still.
 extern "C" BOOL APIENTRY DllMain(HINSTANCE hInstance, DWORD dwReason, LPVOID pReserved)
 try
 {
