@@ -1,0 +1,81 @@
+// Questions about processes, users and sessions, put to the platform itself. Where the emulator has no answer, the test
+// knows the code by which it says so.
+#include "audioapi/audio_api_system.h"
+#include "tests/support/logged_machine_test.h"
+
+#include <algorithm>
+
+namespace
+{
+constexpr wchar_t strOwnProcess[] = L"TEST_audioapi.exe";
+
+using SystemQueryTest = LoggedMachineTest;
+
+TEST_F(SystemQueryTest, ProcessesAreFoundByNameAndNumber)
+{
+    StartLog();
+    std::vector<DWORD> vecID;
+    DWORD dwID = 1;
+    EXPECT_EQ(CAudioSYS::GetProcessIDByName(L"kelvane-none.exe", dwID), 6U);
+    EXPECT_EQ(dwID, 0U);
+    EXPECT_FALSE(CAudioSYS::CheckProcessInvalidByName(L"kelvane-none.exe"));
+    EXPECT_EQ(CountLog("kelvane-none.exe is not exist!"), 1U);
+    EXPECT_EQ(CAudioSYS::GetProcessIDByName(strOwnProcess, vecID), 0U);
+    EXPECT_EQ(std::count(vecID.begin(), vecID.end(), GetCurrentProcessId()), 1);
+    EXPECT_EQ(CAudioSYS::GetProcessNameByID(GetCurrentProcessId()), "test_audioapi.exe");
+    EXPECT_TRUE(CAudioSYS::CheckProcessInvalidByID(GetCurrentProcessId()));
+    EXPECT_FALSE(CAudioSYS::CheckProcessInvalidByID(0));
+    EXPECT_TRUE(CAudioSYS::CheckProcessMemory(strOwnProcess, 1));
+    EXPECT_FALSE(CAudioSYS::CheckProcessMemory(strOwnProcess, 4095));
+    EXPECT_EQ(CountLog("Current Memory beyond limit 1MB(1048576),PagefileUsage:"), 1U);
+}
+
+std::wstring OwnName()
+{
+    std::wstring strName;
+    EXPECT_EQ(CAudioSYS::QueryLoginName(strName), 0U);
+    return strName;
+}
+
+// On this system's own registry, for the accounts stand there.
+TEST(UserQueryTest, UsersAreFoundByTheirTokens)
+{
+    std::wstring strName;
+    HANDLE hToken = nullptr;
+    ASSERT_TRUE(OpenProcessToken(GetCurrentProcess(), TOKEN_ALL_ACCESS, &hToken));
+    EXPECT_EQ(CAudioSYS::GetTokenUserName(hToken, strName), 0U);
+    EXPECT_EQ(strName, OwnName());
+    CloseHandle(hToken);
+    EXPECT_NE(CAudioSYS::GetTokenUserName(nullptr, strName), 0U);
+
+    // Who sits at the console is who runs this.
+    EXPECT_EQ(CAudioSYS::QueryConsoleUserName(strName), 0U);
+    EXPECT_EQ(strName, OwnName());
+    std::vector<DWORD> vecID;
+    EXPECT_EQ(CAudioSYS::GetProcessIDByUserName(strOwnProcess, vecID, 0), 0U);
+    EXPECT_EQ(std::count(vecID.begin(), vecID.end(), GetCurrentProcessId()), 1);
+    ASSERT_EQ(CAudioSYS::GetTokenHandleByName(strOwnProcess, hToken, 0), 0U);
+    EXPECT_EQ(CAudioSYS::GetTokenUserName(hToken, strName), 0U);
+    EXPECT_EQ(strName, OwnName());
+    CloseHandle(hToken);
+    EXPECT_EQ(CAudioSYS::QueryImpersonateLoginName(strName), 0U);
+    EXPECT_EQ(strName.substr(strName.find(L'\\')), L"\\" + OwnName());
+    EXPECT_EQ(CAudioSYS::GetCurrentUserSidstr(0).substr(0, 9), L"S-1-5-21-");
+}
+
+// The emulator lists no sessions of that kind, and says no without a code of its own; it keeps no event log.
+TEST_F(SystemQueryTest, WhatTheEmulatorLacksIsReported)
+{
+    StartLog();
+    std::vector<std::wstring> vecName;
+    SetLastError(ERROR_CALL_NOT_IMPLEMENTED);
+    CAudioSYS::QueryInactiveUser(vecName);
+    const std::vector<LogLine> vecLine = FindLog("WTSEnumerateSessionsEx(");
+    if (vecLine.empty())
+        EXPECT_EQ(CountLog("Find Inactive User "), 1U);
+    else
+        EXPECT_EQ(vecLine[0].iErrorCode, ERROR_CALL_NOT_IMPLEMENTED);
+    EXPECT_FALSE(CAudioSYS::FindLastestMatchEvent("System", 0x0F02));
+    EXPECT_EQ(CountLog("Need Check event BaseTime occurse at "), 1U);
+}
+} // namespace
