@@ -103,7 +103,7 @@ TEST_F(StreamsTest, LoadedAndFreedWithoutGrowth)
     fRounds(iRounds / 3);
     const control::Footprint oBefore = control::GetFootprint();
     fRounds(iRounds);
-    EXPECT_LT(SANITIZED ? 0 : control::GetFootprint().iBytes, oBefore.iBytes + (4 << 20));
+    EXPECT_LT(SANITIZED ? 0 : control::GetFootprint().iBytes, oBefore.iBytes + (1 << 20));
 }
 
 // The dice of one object's life.

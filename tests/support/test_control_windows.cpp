@@ -4,7 +4,6 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <psapi.h>
 #include <set>
 #include <string_view>
 #include <tlhelp32.h>
@@ -527,8 +526,13 @@ size_t control::LiveHandles()
 
 control::Footprint control::GetFootprint()
 {
-    PROCESS_MEMORY_COUNTERS stMemory{};
-    GetProcessMemoryInfo(GetCurrentProcess(), &stMemory, sizeof(stMemory));
+    // Blocks of the heap: what the system holds of threads comes and goes by its own rules.
+    size_t iBytes = 0;
+    PROCESS_HEAP_ENTRY stEntry{};
+    HeapLock(GetProcessHeap());
+    while (HeapWalk(GetProcessHeap(), &stEntry))
+        iBytes += (stEntry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0 ? stEntry.cbData : 0;
+    HeapUnlock(GetProcessHeap());
     size_t iThreads = 0;
     const HANDLE hSnapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
     THREADENTRY32 stThread{};
@@ -536,7 +540,7 @@ control::Footprint control::GetFootprint()
     for (BOOL bFound = Thread32First(hSnapshot, &stThread); bFound; bFound = Thread32Next(hSnapshot, &stThread))
         iThreads += stThread.th32OwnerProcessID == GetCurrentProcessId();
     CloseHandle(hSnapshot);
-    return {stMemory.WorkingSetSize, iThreads};
+    return {iBytes, iThreads};
 }
 
 std::vector<std::string> control::ReportedEvents()
