@@ -20,6 +20,8 @@ void AdvanceClock(long long iMilliseconds);
 
 // The platform's name of a file of this system.
 std::string PlatformPath(const std::string& strPath);
+// Where the machine is, for a person who asks for help.
+const char* MachineNote();
 // What is wrong in the machine's description, one text each.
 std::vector<std::string> MachineErrors();
 } // namespace host

@@ -33,6 +33,11 @@ std::string host::PlatformPath(const std::string& strPath)
     return machine::PlatformPath(strPath);
 }
 
+const char* host::MachineNote()
+{
+    return "The machine is the folder in KELVANE_MACHINE.";
+}
+
 std::vector<std::string> host::MachineErrors()
 {
     std::vector<std::string> vecErrors = machine::DeviceErrors();

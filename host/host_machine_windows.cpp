@@ -29,6 +29,11 @@ std::string host::PlatformPath(const std::string& strPath)
     return strPath;
 }
 
+const char* host::MachineNote()
+{
+    return "The machine is this one.";
+}
+
 std::vector<std::string> host::MachineErrors()
 {
     return {};

@@ -1,6 +1,7 @@
 // apohost: plays audio through the module, registers it, looks after the machine's registry, converts sample dumps.
 #include "host/dump_to_wav.h"
 #include "host/host_error.h"
+#include "host/host_machine.h"
 #include "host/play.h"
 #include "host/reg_commands.h"
 #include "host/registration.h"
@@ -121,7 +122,7 @@ int main(int iArgumentCount, char** ppArguments)
 {
     CLI::App oApp("Plays audio through the speaker protection module, as the audio engine would.", "apohost");
     oApp.allow_windows_style_options(false); // a path may begin with a slash
-    oApp.footer("The machine is the folder in KELVANE_MACHINE.");
+    oApp.footer(host::MachineNote());
     oApp.require_subcommand(1);
     PlayOptions oOptions;
     std::string strArgument;
