@@ -1,7 +1,7 @@
 // The log from the call to the file: line forms, filter, settings, rotation, faults, and the stop.
 #include "audioapi/audio_api_trace.h"
+#include "platform/control/control.h"
 #include "tests/support/logged_machine_test.h"
-#include "tests/support/test_control.h"
 
 #include <map>
 #include <thread>

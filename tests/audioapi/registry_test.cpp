@@ -1,8 +1,8 @@
 // Registry access on a machine of the test's own: values, keys, watches, registration, and what failures log.
 #include "audioapi/audio_api_registry.h"
 #include "audioapi/audio_api_worker_event.h"
+#include "platform/control/control.h"
 #include "tests/support/logged_machine_test.h"
-#include "tests/support/test_control.h"
 
 namespace
 {

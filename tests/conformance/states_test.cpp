@@ -127,6 +127,11 @@ TEST_F(StatesTest, TheOtherSideDecidesWhatMustMatch)
     EXPECT_EQ(oOffered.dwChannels, 2U);
     EXPECT_EQ(oOffered.f32Rate, 44100);
     EXPECT_EQ(pSupported->Release(), 0U);
+    oRequested.m_oFormat.dwChannels = 4097; // the other side tells
+    EXPECT_EQ(pObject->IsOutputFormatSupported(&oOpposite, &oRequested, &pSupported), NOT_AS_ASKED);
+    EXPECT_EQ(pSupported->Release(), 0U);
+    oOpposite.m_oFormat.dwContainerBytes = 2;
+    EXPECT_EQ(pObject->IsOutputFormatSupported(&oOpposite, &oRequested, &pSupported), FORMAT_NOT_SUPPORTED);
 
     EXPECT_EQ(pObject->IsInputFormatSupported(nullptr, nullptr, &pSupported), NULL_POINTER);
     EXPECT_EQ(pObject->IsOutputFormatSupported(nullptr, &oRequested, nullptr), NULL_POINTER);

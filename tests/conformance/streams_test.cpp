@@ -1,6 +1,6 @@
 // Periods on every path, and rounds without end: nothing faults, grows or leaves a sample that isn't a number.
+#include "platform/control/control.h"
 #include "tests/conformance/module_fixture.h"
-#include "tests/support/test_control.h"
 
 #include <algorithm>
 #include <cmath>

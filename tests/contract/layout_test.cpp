@@ -1,4 +1,4 @@
-// What both builds must agree on with the platform: sizes, offsets, constants and interface ids. It holds if it
+// What both builds must agree on with the platform: sizes, offsets, constants. It holds if it
 // compiles.
 #include <baseaudioprocessingobject.h>
 #include <psapi.h>
@@ -27,23 +27,6 @@ static_assert(sizeof(PROCESS_MEMORY_COUNTERS) == 72 && sizeof(WTS_SESSION_INFO_1
 static_assert(sizeof(WAVEFORMATEX) == 18 && sizeof(WAVEFORMATEXTENSIBLE) == 40);
 static_assert(offsetof(WAVEFORMATEXTENSIBLE, SubFormat) == 24);
 
-// --- Processing object records ---
-static_assert(sizeof(UNCOMPRESSEDAUDIOFORMAT) == 36 && offsetof(UNCOMPRESSEDAUDIOFORMAT, dwSamplesPerFrame) == 16);
-static_assert(offsetof(UNCOMPRESSEDAUDIOFORMAT, fFramesPerSecond) == 28);
-static_assert(sizeof(APO_CONNECTION_PROPERTY) == 24 && offsetof(APO_CONNECTION_PROPERTY, u32ValidFrameCount) == 8);
-static_assert(offsetof(APO_CONNECTION_PROPERTY, u32BufferFlags) == 12);
-static_assert(sizeof(APO_CONNECTION_DESCRIPTOR) == 40 && offsetof(APO_CONNECTION_DESCRIPTOR, pBuffer) == 8);
-static_assert(offsetof(APO_CONNECTION_DESCRIPTOR, u32MaxFrameCount) == 16);
-static_assert(offsetof(APO_CONNECTION_DESCRIPTOR, pFormat) == 24);
-static_assert(offsetof(APO_REG_PROPERTIES, Flags) == 16 && offsetof(APO_REG_PROPERTIES, szFriendlyName) == 20);
-static_assert(offsetof(APO_REG_PROPERTIES, u32MajorVersion) == 20 + 512 * sizeof(WCHAR));
-static_assert(offsetof(APO_REG_PROPERTIES, iidAPOInterfaceList) == 52 + 512 * sizeof(WCHAR));
-static_assert(sizeof(APO_REG_PROPERTIES) == 68 + 512 * sizeof(WCHAR));
-static_assert(sizeof(APOInitBaseStruct) == 20 && sizeof(APOInitSystemEffects) == 56);
-static_assert(offsetof(APOInitSystemEffects, pAPOEndpointProperties) == 24);
-static_assert(sizeof(APOInitSystemEffects2) == 88 && offsetof(APOInitSystemEffects2, AudioProcessingMode) == 64);
-static_assert(offsetof(APOInitSystemEffects2, InitializeForDiscoveryOnly) == 80);
-
 // --- Constants that reach files, logs or the other side of an interface ---
 static_assert(BUFFER_INVALID == 0 && BUFFER_VALID == 1 && BUFFER_SILENT == 2);
 static_assert((APO_FLAG_INPLACE | APO_FLAG_DEFAULT) == 0xF);
@@ -58,21 +41,4 @@ static_assert(Is(E_NOINTERFACE, 0x80004002) && Is(E_POINTER, 0x80004003) && Is(E
               Is(CLASS_E_NOAGGREGATION, 0x80040110));
 static_assert(Is(APOERR_ALREADY_INITIALIZED, 0x887D0001) && Is(APOERR_ALREADY_UNLOCKED, 0x887D0006) &&
               Is(APOERR_APO_LOCKED, 0x887D000A));
-
-// --- Interface ids ---
-constexpr bool Is(const GUID& oGuid, UINT32 u32First, UINT16 u16Second, UINT16 u16Third, UINT64 u64Rest)
-{
-    UINT64 u64Own = 0;
-    for (const unsigned char c : oGuid.Data4)
-        u64Own = u64Own << 8 | c;
-    return oGuid.Data1 == u32First && oGuid.Data2 == u16Second && oGuid.Data3 == u16Third && u64Own == u64Rest;
-}
-static_assert(Is(IID_IAudioProcessingObject, 0xFD7F2B29, 0x24D0, 0x4B5C, 0xB177592C39F9CA10));
-static_assert(Is(IID_IAudioProcessingObjectRT, 0x9E1D6A6D, 0xDDBC, 0x4E95, 0xA4C7AD64BA37846C));
-static_assert(Is(IID_IAudioProcessingObjectConfiguration, 0x0E5ED805, 0xABA6, 0x49C3, 0x8F9A2B8C889C4FA8));
-static_assert(Is(IID_IAudioSystemEffects, 0x5FA00F27, 0xADD6, 0x499A, 0x8A9D6B98521FA75B));
-static_assert(Is(IID_IAudioSystemEffects2, 0xBAFE99D2, 0x7436, 0x44CE, 0x9E0E4D89AFBFFF56));
-static_assert(Is(IID_IAudioMediaType, 0x4E997F73, 0xB71F, 0x4798, 0x873BED7DFCF15B4D));
-static_assert(Is(AUDIO_SIGNALPROCESSINGMODE_DEFAULT, 0xC18E2F7E, 0x933D, 0x4965, 0xB7D11EEF228D2AF3));
-static_assert(Is(AUDIO_SIGNALPROCESSINGMODE_RAW, 0x9E90EA20, 0xB493, 0x4FD1, 0xA1A87E1361A956CF));
 } // namespace

@@ -2,9 +2,9 @@
 #pragma once
 
 #include "audioapi/audio_api_dump.h"
+#include "platform/control/control.h"
 #include "platform/hostpath.h"
 #include "tests/engine/engine_test.h"
-#include "tests/support/test_control.h"
 
 class DiagnosticsTest : public EngineTest
 {

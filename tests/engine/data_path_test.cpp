@@ -1,7 +1,7 @@
 // The data path: what the library is given and what comes back, in both ways of running.
 #include "tests/engine/engine_test.h"
 
-#include "tests/support/test_control.h"
+#include "platform/control/control.h"
 
 #include <limits>
 

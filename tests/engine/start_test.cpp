@@ -1,7 +1,7 @@
 // Start-up, its failures, the second start, and the choice of parameter sets.
 #include "tests/engine/engine_test.h"
 
-#include "tests/support/test_control.h"
+#include "platform/control/control.h"
 
 using StartTest = EngineTest;
 

@@ -1,9 +1,9 @@
 // The real-time contract of one call, counted: heap blocks on the processing thread, with the log off.
 #include "apo/kelvane/apo_kelvane_factory.h"
 #include "apo/kelvane/apo_kelvane_postefx.h"
+#include "platform/control/control.h"
 #include "tests/engine/engine_test.h"
 #include "tests/support/apo_connections.h"
-#include "tests/support/test_control.h"
 
 #include <cstdlib>
 #include <new>

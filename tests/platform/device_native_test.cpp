@@ -1,4 +1,4 @@
-// Devices of the native machine: opened, asked, late, hanging, cancelled, found by interface, and what they were sent.
+// Devices of the native machine: hanging, cancelled, asked for what they are not.
 #include "tests/platform/machine_file.h"
 #include "tests/support/machine_test.h"
 
@@ -28,34 +28,6 @@ protected:
     }
 };
 } // namespace
-
-// Each way to answer, as a request that waits for its end meets it.
-TEST_F(DeviceTest, AnswersAtOnceLateOrWithAnError)
-{
-    const struct
-    {
-        const char* pAttributes;
-        DWORD dwOpenError, dwError;
-    } aRows[] = {
-        {"", 0, 0},
-        {"open-error='5'", ERROR_ACCESS_DENIED, 0},
-        {"request-error='0x1F'", 0, ERROR_GEN_FAILURE},
-        {"late='30'", 0, 0},
-        {"completion-error='1117' late='10'", 0, 1117},
-        {"completion-error='1117'", 0, 1117},
-    };
-    for (const auto& oRow : aRows)
-    {
-        SCOPED_TRACE(oRow.pAttributes);
-        DeclareMachine("<amplifier name='KELVANE_DEVICE0' " + std::string(oRow.pAttributes) + "/>");
-        const HANDLE hDevice = Open(0);
-        ASSERT_EQ(hDevice == INVALID_HANDLE_VALUE ? GetLastError() : 0, oRow.dwOpenError);
-        if (oRow.dwOpenError != 0)
-            continue;
-        EXPECT_EQ(Send(hDevice, nullptr) ? 0 : GetLastError(), oRow.dwError);
-        EXPECT_TRUE(CloseHandle(hDevice));
-    }
-}
 
 TEST_F(DeviceTest, HangsUntilCancelledAndTouchesNothingAfterClosing)
 {
@@ -95,34 +67,6 @@ TEST_F(DeviceTest, HangsUntilCancelledAndTouchesNothingAfterClosing)
     pLate.reset();
     EXPECT_EQ(machine::CompleteHungRequests(), 0U);
     Sleep(40);
-}
-
-TEST_F(DeviceTest, AWaitingRequestIsCancelledByAnotherThread)
-{
-    DeclareMachine("<amplifier name='KELVANE_DEVICE0' hang='yes'/>");
-    const HANDLE hDevice = Open(0);
-    DWORD dwError = 0;
-    std::thread oSender([&] { dwError = Send(hDevice, nullptr) ? 0 : GetLastError(); });
-    EXPECT_TRUE(WaitFor([&] { return CancelIoEx(hDevice, nullptr) != FALSE; }));
-    oSender.join();
-    EXPECT_EQ(dwError, DWORD{ERROR_OPERATION_ABORTED});
-    EXPECT_TRUE(CloseHandle(hDevice));
-}
-
-TEST_F(DeviceTest, SharingIsHonouredBothWays)
-{
-    DeclareMachine("<amplifier name='KELVANE_DEVICE0'/>");
-    constexpr DWORD dwAll = FILE_SHARE_READ | FILE_SHARE_WRITE;
-    for (const DWORD dwFirst : {DWORD{0}, DWORD{FILE_SHARE_READ}, dwAll})
-        for (const DWORD dwSecond : {DWORD{0}, dwAll})
-        {
-            const HANDLE hFirst = Open(0, dwFirst);
-            const HANDLE hSecond = Open(0, dwSecond);
-            const bool bBoth = hSecond != INVALID_HANDLE_VALUE;
-            EXPECT_EQ(bBoth, dwFirst == dwAll && dwSecond == dwAll) << dwFirst << " " << dwSecond;
-            EXPECT_TRUE(bBoth ? CloseHandle(hSecond) : GetLastError() == ERROR_SHARING_VIOLATION);
-            EXPECT_TRUE(CloseHandle(hFirst));
-        }
 }
 
 TEST_F(DeviceTest, DriversTakeTheirOwnRequestOnly)

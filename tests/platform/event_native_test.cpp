@@ -30,27 +30,6 @@ protected:
 };
 } // namespace
 
-TEST_F(EventTest, AutoReleasesOneWaiterPerSignalManualAll)
-{
-    const HANDLE hAuto = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-    const HANDLE hManual = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    std::thread aThreads[] = {StartWaiter(hAuto), StartWaiter(hAuto), StartWaiter(hManual), StartWaiter(hManual)};
-    SetEvent(hAuto);
-    EXPECT_TRUE(WaitFor([this] { return m_iReleased == 1; }));
-    Sleep(20);
-    EXPECT_EQ(m_iReleased, 1);
-    SetEvent(hManual);
-    ResetEvent(hManual); // whoever waited at the signal is released all the same
-    EXPECT_TRUE(WaitFor([this] { return m_iReleased == 3; }));
-    SetEvent(hAuto);
-    for (std::thread& oThread : aThreads)
-        oThread.join();
-    EXPECT_EQ(m_iReleased, 4);
-    EXPECT_EQ(WaitForSingleObject(hAuto, 0), DWORD{WAIT_TIMEOUT}); // each signal was taken
-    CloseHandle(hAuto);
-    CloseHandle(hManual);
-}
-
 TEST_F(EventTest, ClosedHandleFailsAndTheWaiterKeepsTheEvent)
 {
     const HANDLE hEvent = CreateEventW(nullptr, TRUE, FALSE, L"Local\\kept");

@@ -3,7 +3,6 @@
 #include "tests/support/machine_test.h"
 
 #include <atomic>
-#include <dirent.h>
 #include <thread>
 
 namespace
@@ -38,16 +37,6 @@ void CALLBACK SleepAWhile(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK)
 {
     Sleep(50);
     ++*static_cast<std::atomic<int>*>(pContext);
-}
-
-size_t CountThreads()
-{
-    size_t iThreads = 0;
-    DIR* const pTasks = opendir("/proc/self/task");
-    while (readdir(pTasks) != nullptr)
-        ++iThreads;
-    closedir(pTasks);
-    return iThreads;
 }
 } // namespace
 
@@ -96,30 +85,4 @@ TEST_F(ThreadpoolTest, SleepingCallbackIsBusyAndEachSubmissionRuns)
     CloseThreadpoolWork(pWork); // the callback under way keeps its work
     EXPECT_TRUE(machine::WaitUntilIdle(10000));
     EXPECT_EQ(iDone, 9);
-}
-
-TEST_F(ThreadpoolTest, EveryCallbackHasAThreadAtOnceAndRoundsReuseThem)
-{
-    constexpr int WORKERS = 20;
-    const auto Round = []
-    {
-        std::atomic<int> iRunning{0};
-        const PTP_WORK pWork = CreateThreadpoolWork(
-            [](PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK)
-            {
-                auto& iBeside = *static_cast<std::atomic<int>*>(pContext);
-                ++iBeside;
-                EXPECT_TRUE(WaitFor([&iBeside] { return iBeside == WORKERS; })); // all at the same time
-            },
-            &iRunning, nullptr);
-        for (int i = 0; i < WORKERS; ++i)
-            SubmitThreadpoolWork(pWork);
-        WaitForThreadpoolWorkCallbacks(pWork, FALSE);
-        CloseThreadpoolWork(pWork);
-    };
-    Round();
-    const size_t iThreads = CountThreads();
-    for (int iRound = 0; iRound < 100; ++iRound)
-        Round();
-    EXPECT_LE(CountThreads(), iThreads + 2);
 }

@@ -1,7 +1,7 @@
 // The fixture's half that is written in the platform's own calls.
 #include "tests/support/machine_test.h"
 
-#include "tests/support/test_control.h"
+#include "platform/control/control.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,5 +1,5 @@
 // The fourteen watchers: what each follows, how they start without their keys, what stops them.
-#include "tests/support/test_control.h"
+#include "platform/control/control.h"
 #include "tests/watchers/watcher_test.h"
 
 #include <set>

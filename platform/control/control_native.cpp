@@ -1,6 +1,6 @@
 // Controls of the native platform layer, which offers them itself.
+#include "platform/control/control.h"
 #include "platform/linux/machine.h"
-#include "tests/support/test_control.h"
 
 #include <fstream>
 #include <unistd.h>

@@ -1,5 +1,5 @@
 // Controls of the real platform: the imports of this program that matter to tests go through functions of ours.
-#include "tests/support/test_control.h"
+#include "platform/control/control.h"
 
 #include <functional>
 #include <map>
