@@ -1,4 +1,4 @@
-// Events: kinds, names, time-outs, and what becomes of waiters when a handle goes.
+// What becomes of waiters when a handle goes.
 #include "tests/support/machine_test.h"
 
 #include <atomic>
@@ -53,18 +53,4 @@ TEST_F(EventTest, ClosedHandleFailsAndTheWaiterKeepsTheEvent)
     oThread.join();
     EXPECT_EQ(m_iReleased, 1);
     CloseHandle(hOther);
-}
-
-TEST_F(EventTest, NameLeadsToOneEventWhileAHandleIsOpen)
-{
-    EXPECT_EQ(OpenEventW(EVENT_ALL_ACCESS, FALSE, L"Global\\Test"), nullptr);
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_FILE_NOT_FOUND});
-    const HANDLE hFirst = CreateEventW(nullptr, TRUE, TRUE, L"Global\\Test");
-    const HANDLE hSecond = CreateEventW(nullptr, FALSE, FALSE, L"Global\\Test");
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_ALREADY_EXISTS});
-    CloseHandle(hFirst);
-    EXPECT_EQ(WaitForSingleObject(hSecond, 0), DWORD{WAIT_OBJECT_0}); // the first creation's state and kind
-    EXPECT_EQ(WaitForSingleObject(hSecond, 0), DWORD{WAIT_OBJECT_0});
-    CloseHandle(hSecond);
-    EXPECT_EQ(OpenEventW(EVENT_ALL_ACCESS, FALSE, L"Global\\Test"), nullptr);
 }
