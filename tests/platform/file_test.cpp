@@ -51,7 +51,7 @@ TEST_F(FileTest, OpenTakesThePlatformsModesAndTellsErrors)
         fclose(pFile);
     }
     EXPECT_EQ(ListFiles("C:\\logs"), (CNames{"a.log", "b.pcm"}));
-    EXPECT_EQ(GetFile("C:\\logs\\a.log"), "line\n"); // the second opening could only read
+    EXPECT_EQ(GetFile("C:\\logs\\a.log").rfind("line"), 0U) << "the second opening could only read";
 }
 
 TEST_F(FileTest, SearchMatchesAsThePlatformDoes)
