@@ -16,6 +16,8 @@ constexpr const char* aPaths[] = {"C:/windows/system32/ZVAudioDriver",
                                   "C:/windows/system32/Driver",
                                   "C:/windows/system32/Counting.dll",
                                   "C:/loader.txt",
+                                  "C:/logs",
+                                  "C:/find",
                                   "C:/refuse"};
 
 void RemoveFiles()
