@@ -1,18 +1,9 @@
 // The module as another maker's program holds it.
 #include "tests/conformance/module_fixture.h"
 
-#include <fstream>
-#include <iterator>
-
 namespace
 {
 constexpr char strDriverFolder[] = "C:\\windows\\system32\\ZVAudioDriver\\";
-
-std::string HostFile(const char* pPath)
-{
-    std::ifstream oFile(pPath, std::ios::binary);
-    return {std::istreambuf_iterator<char>(oFile), {}};
-}
 } // namespace
 
 void ModuleFixture::SetUp()

@@ -114,15 +114,12 @@ TEST_F(DumpTest, TheStreamDumpsWhatGoesInAndOut)
 {
     StartLog(AUDIO_LEVEL_ERROR);
     StartDump(3);
-    auto* const pObject = new CTestAPO<CKelvaneEFX>;
-    BYTE aInit[sizeof(APOInitSystemEffects)] = {};
-    ASSERT_EQ(pObject->Initialize(sizeof(aInit), aInit), S_OK);
-    ASSERT_EQ(CFormatPair(2, 48000).Lock(*pObject), S_OK);
+    auto pObject = OpenObject(new CTestAPO<CKelvaneEFX>);
     CPeriod oPeriod(2, 480);
     oPeriod.Run(*pObject);
     CAudioMonitor::Instance()->StatusRecord().m_iKelvaneBypass = 1; // a bypassed period dumps nothing
     oPeriod.Run(*pObject);
-    pObject->NonDelegatingRelease();
+    pObject.reset();
     EXPECT_EQ(ContentOf("PostDataIn"), BytesOf(std::vector<FLOAT32>(960, 1.0F)));
     EXPECT_EQ(ContentOf("PostDataOut"), BytesOf(std::vector<FLOAT32>(960, 7.0F)));
 

@@ -14,12 +14,6 @@ namespace
 class StreamHardwareTest : public HardwareTest
 {
 protected:
-    struct ReleaseCall
-    {
-        void operator()(CKelvanePostEFX* pObject) const { pObject->NonDelegatingRelease(); }
-    };
-    using CObject = std::unique_ptr<CKelvanePostEFX, ReleaseCall>;
-
     // Both codecs and one amplifier, brought up by the manager's own steps.
     void BringUp()
     {
@@ -42,13 +36,10 @@ protected:
         m_oAmplifier = m_oSenary = m_oEverest = {};
     }
 
-    static CObject MakeLocked(int iChannel = 2)
+    static ApoObject<CKelvanePostEFX> MakeLocked(int iChannel = 2)
     {
-        CObject pObject(new CKelvanePostEFX(nullptr, CKelvaneClassFactory::KelvanePostEFX_Property));
-        BYTE aInit[sizeof(APOInitSystemEffects)] = {};
-        EXPECT_EQ(pObject->Initialize(sizeof(aInit), aInit), S_OK);
-        EXPECT_EQ(CFormatPair(static_cast<DWORD>(iChannel), 48000).Lock(*pObject), S_OK);
-        return pObject;
+        return OpenObject(new CKelvanePostEFX(nullptr, CKelvaneClassFactory::KelvanePostEFX_Property),
+                          static_cast<DWORD>(iChannel));
     }
 
     DeviceMood m_oAmplifier, m_oSenary, m_oEverest;
@@ -95,7 +86,7 @@ TEST_F(StreamHardwareTest, AFailedStartLeavesTheStreamWhereItDoesNoHarm)
             m_oAmplifier.oAnswer.dwError = oGain.dwAmplifier;
             m_oEverest.oAnswer.dwError = oGain.dwEverest;
             oStep.fnBreak();
-            const CObject pObject = MakeLocked();
+            const ApoObject<CKelvanePostEFX> pObject = MakeLocked();
             CPeriod oPeriod(2, 480, BUFFER_VALID, true); // in place: silence is written over the input
             oPeriod.Run(*pObject);
             const bool bSilent = oGain.bSilent && pManager->m_bLoadDLL;
@@ -143,7 +134,7 @@ TEST_F(StreamHardwareTest, TheProcessingThreadOfTheWorkerVariantMeetsNoDevice)
     pManager->m_fAudioKelvaneGetPara = [](void*, KelvaneStruParam*) { return 0; };
     pManager->m_fAudioKelvaneTemperature = [](void*, int32_t) { return 0; };
     pManager->m_iAlgoCtrlParam[5] = 1; // temperatures are reported
-    const CObject pObject = MakeLocked();
+    const ApoObject<CKelvanePostEFX> pObject = MakeLocked();
     DWORD dwThread = 0;
     std::thread(
         [&]
@@ -167,7 +158,7 @@ TEST_F(StreamHardwareTest, TheProcessingThreadOfTheWorkerVariantMeetsNoDevice)
 TEST_F(StreamHardwareTest, AStreamTooWideIsLowBeforeItsFirstPeriod)
 {
     BringUp();
-    const CObject pObject = MakeLocked(12);
+    const ApoObject<CKelvanePostEFX> pObject = MakeLocked(12);
     for (int i = 0; i < 2; ++i)
     {
         EXPECT_EQ(SentTo("KELVANE_DEVICE0"), "0000000000000000 0000000002000000");

@@ -5,8 +5,6 @@
 #include "tests/support/logged_machine_test.h"
 
 #include <chrono>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <thread>
 #include <vector>
@@ -27,14 +25,6 @@ protected:
     {
         CKelvaneManager::DeleteInstance();
         LoggedMachineTest::TearDown();
-    }
-
-    // A file of this host, whole.
-    static std::string HostFile(const std::string& strPath)
-    {
-        std::ifstream oFile(strPath, std::ios::binary);
-        EXPECT_TRUE(oFile) << strPath;
-        return {std::istreambuf_iterator<char>(oFile), std::istreambuf_iterator<char>()};
     }
 
     // The next file written will be newer than all before it, whatever the file system's grain.

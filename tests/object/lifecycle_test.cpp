@@ -5,17 +5,6 @@
 
 namespace
 {
-// An object that goes with its scope.
-template <class T> struct Holder
-{
-    explicit Holder(T* pT) : p(pT) {}
-    Holder(const Holder&) = delete;
-    Holder& operator=(const Holder&) = delete;
-    ~Holder() { p->NonDelegatingRelease(); }
-    T* operator->() const { return p; }
-    T* const p;
-};
-
 class LifecycleTest : public ObjectTest
 {
 protected:
@@ -47,7 +36,7 @@ TEST_F(LifecycleTest, InitializeTellsTheRecordsBySizeAndReportsTheMode)
     for (const auto& oCase : aCases)
     {
         SCOPED_TRACE(oCase.pLine);
-        const Holder<CTestAPO<CKelvaneEFX>> oObject(new CTestAPO<CKelvaneEFX>);
+        const ApoObject<CTestAPO<CKelvaneEFX>> oObject(new CTestAPO<CKelvaneEFX>);
         const size_t iLines = CountLog(oCase.pLine);
         BYTE aData[88] = {};
         std::memcpy(aData + 64, &oCase.oMode, 16);
@@ -56,21 +45,21 @@ TEST_F(LifecycleTest, InitializeTellsTheRecordsBySizeAndReportsTheMode)
         EXPECT_TRUE(oObject->m_oAudioModeGUID ==
                     (oCase.cbDataSize == 56 ? AUDIO_SIGNALPROCESSINGMODE_DEFAULT : oCase.oMode));
         // A refused record leaves the object uninitialised, a taken one bars the next.
-        EXPECT_EQ(InitializeDefault(*oObject.p), FAILED(oCase.hResult) ? S_OK : APOERR_ALREADY_INITIALIZED);
+        EXPECT_EQ(InitializeDefault(*oObject), FAILED(oCase.hResult) ? S_OK : APOERR_ALREADY_INITIALIZED);
     }
     EXPECT_EQ(CountLog("CBaseAudioProcessingObject::Initialize(cbDataSize, pbyData)"), 3U);
 }
 
 TEST_F(LifecycleTest, LockHandsFormatAndSystemToTheEngine)
 {
-    const Holder<CTestAPO<CKelvaneEFX>> oObject(new CTestAPO<CKelvaneEFX>);
+    const ApoObject<CTestAPO<CKelvaneEFX>> oObject(new CTestAPO<CKelvaneEFX>);
     CFormatPair oFormats(6, 44100);
-    ASSERT_EQ(InitializeDefault(*oObject.p), S_OK);
+    ASSERT_EQ(InitializeDefault(*oObject), S_OK);
     Status().m_iHeadSetStatus = 1;
     Status().m_iSpeakerVolume = 33;
     Status().m_iSpeakerMode = 5;
     Status().m_iMicrophoneMode = 7;
-    ASSERT_EQ(oFormats.Lock(*oObject.p), S_OK);
+    ASSERT_EQ(oFormats.Lock(*oObject), S_OK);
     CBaseEngine& oEngine = oObject->Engine();
     EXPECT_TRUE(oEngine.GetAudioModeGUID() == AUDIO_SIGNALPROCESSINGMODE_DEFAULT);
     EXPECT_EQ(oEngine.GetSampleRate(), 44100);
@@ -83,9 +72,9 @@ TEST_F(LifecycleTest, LockHandsFormatAndSystemToTheEngine)
     EXPECT_EQ(CountLog("t format in LockForProcess:{6,4,32,44100,3,{00000003-0000-0010-8000-00AA00389B71}}"), 2U);
     EXPECT_EQ(CountLog("3841082 [POST_EFX]AuidoMode=0,HeadsetStatus=1"), 1U);
 
-    EXPECT_EQ(oFormats.Lock(*oObject.p), APOERR_APO_LOCKED);
+    EXPECT_EQ(oFormats.Lock(*oObject), APOERR_APO_LOCKED);
     EXPECT_EQ(oObject->UnlockForProcess(), S_OK);
-    EXPECT_EQ(CFormatPair(1, 48000).Lock(*oObject.p), S_OK);
+    EXPECT_EQ(CFormatPair(1, 48000).Lock(*oObject), S_OK);
     EXPECT_EQ(oEngine.GetSampleRate(), 48000);
     EXPECT_EQ(oEngine.GetInChannelCount(), 1);
     EXPECT_EQ(oObject->UnlockForProcess(), S_OK);
@@ -94,7 +83,7 @@ TEST_F(LifecycleTest, LockHandsFormatAndSystemToTheEngine)
     EXPECT_EQ(oObject->LockForProcess(1, nullptr, 1, &oFormats.m_pOutput), 13);
     EXPECT_EQ(oObject->LockForProcess(1, &oFormats.m_pInput, 1, nullptr), 13);
     oObject->m_pEngine.reset();
-    EXPECT_EQ(CFormatPair(2, 48000).Lock(*oObject.p), 12);
+    EXPECT_EQ(CFormatPair(2, 48000).Lock(*oObject), 12);
 }
 
 } // namespace

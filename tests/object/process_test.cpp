@@ -14,28 +14,19 @@ protected:
     }
     void TearDown() override
     {
-        Close();
+        m_pObject.reset();
         ObjectTest::TearDown();
     }
 
     // A fresh object, locked with the format.
     void Open(DWORD dwChannels, FLOAT32 f32Rate)
     {
-        Close();
-        m_pObject = new CTestAPO<CKelvaneEFX>;
-        BYTE aInit[sizeof(APOInitSystemEffects)] = {};
-        ASSERT_EQ(m_pObject->Initialize(sizeof(aInit), aInit), S_OK);
-        ASSERT_EQ(CFormatPair(dwChannels, f32Rate).Lock(*m_pObject), S_OK);
-    }
-    void Close()
-    {
-        if (m_pObject != nullptr)
-            m_pObject->NonDelegatingRelease();
-        m_pObject = nullptr;
+        m_pObject.reset();
+        m_pObject = OpenObject(new CTestAPO<CKelvaneEFX>, dwChannels, f32Rate);
     }
     CNotingEngine& Engine() { return m_pObject->Engine(); }
 
-    CTestAPO<CKelvaneEFX>* m_pObject = nullptr;
+    ApoObject<CTestAPO<CKelvaneEFX>> m_pObject;
 };
 
 TEST_F(ProcessTest, EveryReasonLeadsToItsPath)

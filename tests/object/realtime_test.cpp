@@ -68,10 +68,7 @@ TEST_F(RealtimeTest, ACallTakesABlockForEachFrameItQueuesAndBuildsNoText)
     for (const auto& oCase : aCases)
     {
         SCOPED_TRACE(oCase.pName);
-        auto* const pObject = new CKelvanePostEFX(nullptr, oCase.pProperties);
-        BYTE aInit[sizeof(APOInitSystemEffects)] = {};
-        ASSERT_EQ(pObject->Initialize(sizeof(aInit), aInit), S_OK);
-        ASSERT_EQ(CFormatPair(2, oCase.f32Rate).Lock(*pObject), S_OK);
+        const auto pObject = OpenObject(new CKelvanePostEFX(nullptr, oCase.pProperties), 2, oCase.f32Rate);
         CPeriod oPeriod(2, oCase.u32FrameCount);
         int iMost = 0;
         for (int i = 0; i < 520; ++i) // a whole round of the periodic lines
@@ -85,6 +82,5 @@ TEST_F(RealtimeTest, ACallTakesABlockForEachFrameItQueuesAndBuildsNoText)
         }
         EXPECT_EQ(iMost, oCase.iMost);
         EXPECT_TRUE(CPeriod::IsAll(oPeriod.m_vecOutput, 1));
-        pObject->NonDelegatingRelease();
     }
 }

@@ -4,8 +4,10 @@
 #include <windows.h>
 
 #include <audioenginebaseapo.h>
+#include <gtest/gtest.h>
 
 #include <algorithm>
+#include <memory>
 #include <vector>
 
 // A float format that lives on the stack and so counts no references.
@@ -68,6 +70,23 @@ public:
     APO_CONNECTION_DESCRIPTOR* m_pInput = &m_oDescriptor;
     APO_CONNECTION_DESCRIPTOR* m_pOutput = &m_oDescriptor;
 };
+
+// An object of the module's own type, with its own reference.
+struct ApoRelease
+{
+    template <class T> void operator()(T* pObject) const { pObject->NonDelegatingRelease(); }
+};
+template <class T> using ApoObject = std::unique_ptr<T, ApoRelease>;
+
+// Initialises the object for the default mode and locks it.
+template <class T> ApoObject<T> OpenObject(T* pObject, DWORD dwChannels = 2, FLOAT32 f32Rate = 48000)
+{
+    ApoObject<T> pOpened(pObject);
+    BYTE aInit[sizeof(APOInitSystemEffects)] = {};
+    EXPECT_EQ(pObject->Initialize(sizeof(aInit), aInit), S_OK);
+    EXPECT_EQ(CFormatPair(dwChannels, f32Rate).Lock(*pObject), S_OK);
+    return pOpened;
+}
 
 // The buffers and records of one period: input of ones, output of minus ones flagged 3, no valid frames.
 class CPeriod

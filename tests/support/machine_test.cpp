@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <chrono>
+#include <fstream>
+#include <iterator>
 #include <memory>
 #include <thread>
 
@@ -118,6 +120,13 @@ std::string MachineTest::GetFile(const std::string& strPath)
             strContent.append(cBuf, iCount);
     }
     return strContent;
+}
+
+std::string MachineTest::HostFile(const std::string& strPath)
+{
+    std::ifstream oFile(strPath, std::ios::binary);
+    EXPECT_TRUE(oFile) << strPath;
+    return {std::istreambuf_iterator<char>(oFile), std::istreambuf_iterator<char>()};
 }
 
 std::vector<std::string> MachineTest::ListFiles(const std::string& strFolder)

@@ -30,6 +30,8 @@ protected:
     static void PutFile(const std::string& strPath, const std::string& strContent);
     // The whole content; empty when there is no such file.
     static std::string GetFile(const std::string& strPath);
+    // A file of this host, whole; a failure without it.
+    static std::string HostFile(const std::string& strPath);
     // Names of the files in the folder, sorted.
     static std::vector<std::string> ListFiles(const std::string& strFolder);
 

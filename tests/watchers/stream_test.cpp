@@ -26,10 +26,7 @@ TEST_F(StreamTest, FollowsBypassHeadsetModeAndVolume)
     CAudioStatus& oStatus = CAudioMonitor::Instance()->StatusRecord();
     CAudioMonitor::Instance()->Initialize({std::begin(AUDIO_MONITOR_LIST), std::end(AUDIO_MONITOR_LIST)});
     WaitForWorkers();
-    auto* const pObject = new CKelvanePostEFX(nullptr, CKelvaneClassFactory::KelvanePostEFX_Property);
-    BYTE aInit[sizeof(APOInitSystemEffects)] = {};
-    ASSERT_EQ(pObject->Initialize(sizeof(aInit), aInit), S_OK);
-    ASSERT_EQ(CFormatPair(2, 48000).Lock(*pObject), S_OK);
+    auto pObject = OpenObject(new CKelvanePostEFX(nullptr, CKelvaneClassFactory::KelvanePostEFX_Property));
     const auto fPlay = [&]
     {
         CPeriod oPeriod(2, 480);
@@ -69,6 +66,6 @@ TEST_F(StreamTest, FollowsBypassHeadsetModeAndVolume)
         EXPECT_EQ(fPlay(), oCase.f32Output);
         EXPECT_GE(CountLog(oCase.pLine), 1U) << oCase.pLine;
     }
-    pObject->Release();
+    pObject.reset();
 }
 } // namespace
