@@ -189,7 +189,8 @@ inline DWORD AudioCheckWin(BOOL bDone, const AudioLogSite& oSite, const char* pT
 {
     if (bDone)
         return 0;
-    const DWORD dwError = GetLastError();
+    // A call that fails without a code has failed all the same.
+    const DWORD dwError = GetLastError() != 0 ? GetLastError() : ERROR_GEN_FAILURE;
     AudioLogFailure(oSite, dwError, pText);
     return dwError;
 }

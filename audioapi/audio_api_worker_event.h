@@ -1,6 +1,8 @@
 // The manual-reset event that a worker waits on.
 #pragma once
 
+#include "audioapi/audio_api_lock.h"
+
 #include <windows.h>
 
 #include <atomic>
@@ -30,26 +32,26 @@ public:
     // found no event to signal is seen then, which the lock orders.
     void Publish(HANDLE hEvent)
     {
-        const std::lock_guard<std::mutex> oGuard(m_oMutex);
+        const std::lock_guard<CAudioLock> oGuard(m_oLock);
         m_hEvent.store(hEvent, std::memory_order_release);
     }
 
     // Signals the event, when there is one. For the stop, and for those who may meet it; others use SetEvent.
     void Signal()
     {
-        const std::lock_guard<std::mutex> oGuard(m_oMutex);
+        const std::lock_guard<CAudioLock> oGuard(m_oLock);
         if (*this != nullptr)
             SetEvent(*this);
     }
 
     void Close()
     {
-        const std::lock_guard<std::mutex> oGuard(m_oMutex);
+        const std::lock_guard<CAudioLock> oGuard(m_oLock);
         if (*this != nullptr)
             CloseHandle(m_hEvent.exchange(nullptr));
     }
 
 private:
     std::atomic<HANDLE> m_hEvent{nullptr};
-    std::mutex m_oMutex;
+    CAudioLock m_oLock;
 };

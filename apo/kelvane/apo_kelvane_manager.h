@@ -29,6 +29,8 @@ public:
     void Initialize(HMODULE hModule);
 
     // The exports' bodies. Any thread; HRESULT values.
+    // S_FALSE while an object lives or a server lock is held.
+    HRESULT CanUnloadNow() const;
     HRESULT GetClassObject(REFCLSID rclsid, REFIID riid, void** ppv);
     HRESULT RegisterAllFX();
     HRESULT UnregisterAllFX();

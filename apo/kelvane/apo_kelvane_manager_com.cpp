@@ -1,6 +1,7 @@
 // The manager behind the module's exports: class objects and registration.
 #include "apo/kelvane/apo_kelvane_manager.h"
 
+#include "apo/base/apo_base_module.h"
 #include "apo/kelvane/apo_kelvane_factory.h"
 #include "apo/kelvane/apo_kelvane_guid.h"
 #include "audioapi/audio_api_log.h"
@@ -9,6 +10,11 @@
 #include "audioapi/audio_api_system.h"
 
 #include <new>
+
+HRESULT CKelvaneManager::CanUnloadNow() const
+{
+    return g_lObjectCount != 0 || g_lServerLocks != 0 ? S_FALSE : S_OK;
+}
 
 HRESULT CKelvaneManager::GetClassObject(REFCLSID rclsid, REFIID riid, void** ppv)
 {

@@ -25,11 +25,13 @@ void Reset();
 
 // Whether every pool thread came to wait for an object that isn't signalled, within the time.
 bool WaitUntilIdle(DWORD dwMilliseconds);
-// Thread pool work objects that were created and not yet gone; open events, files, snapshots and searches.
+// Thread pool work objects that were created and not yet gone; open events, files and searches,
+// natively snapshots and tokens too.
 size_t LiveWork();
 size_t LiveHandles();
 
-// What the process holds: bytes of memory; handles, pool work or threads, which tell when a module's are all gone.
+// What the process holds: bytes of memory; natively handles and pool work, on Windows threads, by which it is seen when
+// a module's are all gone.
 struct Footprint
 {
     size_t iBytes = 0;

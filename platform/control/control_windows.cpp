@@ -1,6 +1,7 @@
 // Controls of the real platform: the imports of this program that matter to tests go through functions of ours.
 #include "platform/control/control.h"
 
+#include <algorithm>
 #include <functional>
 #include <map>
 #include <memory>
@@ -284,11 +285,12 @@ template <class F> struct Wait
 {
     static DWORD Call(F fnReal, HANDLE hObject, DWORD dwMilliseconds)
     {
-        const auto fnWait = [=] { return fnReal(hObject, dwMilliseconds); };
-        // The module's events are all reset by hand, so that asking takes nothing from them.
-        return IsPoolThread() ? RestWhile(
-                                    hObject, [=] { return fnReal(hObject, 0) != WAIT_TIMEOUT; }, fnWait)
-                              : fnWait();
+        if (!IsPoolThread())
+            return fnReal(hObject, dwMilliseconds);
+        DWORD dwResult = WAIT_TIMEOUT; // of the first asking, which may have taken the signal
+        const auto fnReady = [&] { return (dwResult = fnReal(hObject, 0)) != WAIT_TIMEOUT; };
+        return RestWhile(hObject, fnReady,
+                         [&] { return dwResult != WAIT_TIMEOUT ? dwResult : fnReal(hObject, dwMilliseconds); });
     }
 };
 
@@ -526,13 +528,18 @@ size_t control::LiveHandles()
 
 control::Footprint control::GetFootprint()
 {
-    // Blocks of the heap: what the system holds of threads comes and goes by its own rules.
+    // Blocks of the heaps, the C runtime's own too: what the system holds of threads comes and goes by its own rules.
     size_t iBytes = 0;
-    PROCESS_HEAP_ENTRY stEntry{};
-    HeapLock(GetProcessHeap());
-    while (HeapWalk(GetProcessHeap(), &stEntry))
-        iBytes += (stEntry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0 ? stEntry.cbData : 0;
-    HeapUnlock(GetProcessHeap());
+    HANDLE aHeaps[16];
+    const DWORD dwHeaps = std::min<DWORD>(GetProcessHeaps(16, aHeaps), 16);
+    for (DWORD i = 0; i < dwHeaps; ++i)
+    {
+        PROCESS_HEAP_ENTRY stEntry{};
+        HeapLock(aHeaps[i]);
+        while (HeapWalk(aHeaps[i], &stEntry))
+            iBytes += (stEntry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0 ? stEntry.cbData : 0;
+        HeapUnlock(aHeaps[i]);
+    }
     size_t iThreads = 0;
     const HANDLE hSnapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
     THREADENTRY32 stThread{};

@@ -150,7 +150,8 @@ TEST_F(InterfacesTest, EachSlotAnswersForItself)
     EXPECT_EQ(pObject->GetRegistrationProperties(nullptr), NULL_POINTER);
 
     const ComPtr<IEffects2> pEffects = Query<IEffects2>(pObject.get(), EFFECTS_2);
-    GUID* pEffectList = &pRegistration->oClassID;
+    GUID oUnwritten{};
+    GUID* pEffectList = &oUnwritten;
     UINT uEffects = 7;
     EXPECT_EQ(pEffects->GetEffectsList(&pEffectList, &uEffects, nullptr), OK);
     EXPECT_EQ(pEffectList, nullptr);

@@ -28,8 +28,13 @@ catch (...)
 }
 
 STDAPI DllCanUnloadNow()
+try
 {
-    return g_lObjectCount != 0 || g_lServerLocks != 0 ? S_FALSE : S_OK;
+    return CKelvaneManager::Instance()->CanUnloadNow();
+}
+catch (...)
+{
+    return CaughtResult();
 }
 
 STDAPI DllGetClassObject(REFCLSID rclsid, REFIID riid, LPVOID* ppv)
