@@ -1,6 +1,4 @@
 // What device calls, automation values and the instrumentation's interfaces share with the platform: sizes, slots.
-#include "tests/contract/slot_of.h"
-
 #include <windows.h>
 
 #include <winioctl.h>
@@ -11,6 +9,8 @@
 #include <wbemidl.h>
 
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 
 namespace
 {
@@ -26,6 +26,13 @@ static_assert((DIGCF_PRESENT | DIGCF_DEVICEINTERFACE) == 18 && LPTR == 0x40 && O
 static_assert((GENERIC_READ | GENERIC_WRITE | FILE_FLAG_OVERLAPPED) == 0xC0000000 && CIM_UINT64 == 21);
 static_assert(ERROR_IO_PENDING == 997 && ERROR_IO_INCOMPLETE == 996 && ERROR_OPERATION_ABORTED == 995);
 
+// A pointer to a virtual operation holds its table offset and 1, in both builds.
+template <class Operation> size_t SlotOf(Operation pOperation)
+{
+    std::uintptr_t iOffset = 0;
+    std::memcpy(&iOffset, &pOperation, sizeof iOffset);
+    return (iOffset - 1) / sizeof(void*);
+}
 } // namespace
 
 TEST(DeviceContract, InstrumentationSlotsStandInPublishedOrder)

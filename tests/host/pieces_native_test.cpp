@@ -6,7 +6,6 @@
 #include "host/reg_commands.h"
 #include "host/registry_text.h"
 #include "host/report.h"
-#include "host/temperature_course.h"
 #include "platform/linux/machine.h"
 #include "tests/support/machine_test.h"
 
@@ -157,59 +156,6 @@ TEST_F(HostPieces, ACallIsJudgedByTheBuffersItLeaves)
             << oCase.pName;
     EXPECT_EQ(JudgePeriod({vecSound.data(), vecOther.data(), vecOther.data(), 4, true}), PeriodPath::Processed)
         << "in place";
-}
-
-TEST_F(HostPieces, ACourseOfTemperaturesIsToldInAFewWords)
-{
-    struct Case
-    {
-        std::vector<int> vecTenths;
-        const char* pCourse;
-    };
-    const Case CASES[] = {
-        {{}, ""},
-        {{250}, "25.0 x1;"},
-        {{-1, -1}, "-0.1 x2;"},
-        {{453, 454, 453, 454}, "45.3/45.4 alternating x4;"},
-        {{254, 253, 253, 251}, "falling 25.4 to 25.1 x4;"},
-        {{250, 251, 300, 301, 350, 351, 352}, "rising 25.0 to 35.2 x7;"},
-        {{250, 300, 350, 350, 351, 350, 300, 200, 250},
-         "rising 25.0 to 30.0 x2;35.0/35.1 alternating x4;"
-         "falling 30.0 to 20.0 x2;25.0 x1;"},
-    };
-    for (const Case& oCase : CASES)
-    {
-        std::vector<TimedNumber> vecValues;
-        for (const int iTenths : oCase.vecTenths)
-            vecValues.push_back({static_cast<double>(vecValues.size()), iTenths});
-        std::string strCourse;
-        double f64End = -1;
-        for (const CoursePart& oPart : FoldCourse(vecValues))
-        {
-            strCourse += FormatCoursePart(oPart) + " x" + std::to_string(oPart.iCount) + ";";
-            EXPECT_EQ(oPart.f64From, f64End + 1);
-            f64End = oPart.f64To;
-        }
-        EXPECT_EQ(strCourse, oCase.pCourse);
-        EXPECT_EQ(f64End + 1, static_cast<double>(vecValues.size()));
-    }
-}
-
-TEST_F(HostPieces, AMomentIsFoundAcrossTheNewYear)
-{
-    machine::FreezeClock();
-    machine::SetClock({2026, 12, 4, 31, 23, 59, 59, 500});
-    CStreamTime oTime;
-    oTime.Start();
-    double f64Seconds = 0;
-    ASSERT_TRUE(oTime.SecondsOf("01-01 00:00:01.250][T1][INFO]: text", f64Seconds));
-    EXPECT_NEAR(f64Seconds, 1.75, 1e-6);
-    EXPECT_FALSE(oTime.SecondsOf("13-01 00:00:01.250", f64Seconds));
-    EXPECT_FALSE(oTime.SecondsOf("no time", f64Seconds));
-    machine::AdvanceClock(2500);
-    FILETIME stNow{};
-    GetSystemTimeAsFileTime(&stNow);
-    EXPECT_NEAR(oTime.SecondsOf(stNow), 2.5, 1e-6);
 }
 
 TEST_F(HostPieces, TheReportsNumbersAreRight)

@@ -1,8 +1,6 @@
-// The machine's clock and the conversions of its times.
+// The machine's clock.
 #include "platform/linux/machine.h"
 #include "tests/support/machine_test.h"
-
-#include <ctime>
 
 namespace
 {
@@ -38,25 +36,4 @@ TEST_F(ClockTest, StandsMovesAndRunsAsTold)
     EXPECT_EQ(LocalTime(), "2023-12-31/0 23:59:59.999");
     machine::RunClock();
     EXPECT_TRUE(WaitFor([] { return LocalTime() >= "2024-01-01/1 00:00:00.004"; }));
-}
-
-TEST_F(ClockTest, LocalTimeFollowsTheZone)
-{
-    setenv("TZ", "XST-5:30", 1);
-    tzset();
-    machine::FreezeClock();
-    machine::SetClock({2031, 6, 0, 1, 2, 0, 0, 0}); // a quarter of an hour that no other test has asked for
-    SYSTEMTIME stUtc{};
-    GetSystemTime(&stUtc);
-    EXPECT_EQ(Text(stUtc), "2031-05-31/6 20:30:00.000");
-    FILETIME stFile{};
-    FILETIME stLocal{};
-    SYSTEMTIME stResult{};
-    EXPECT_TRUE(SystemTimeToFileTime(&stUtc, &stFile));
-    EXPECT_TRUE(FileTimeToLocalFileTime(&stFile, &stLocal));
-    EXPECT_TRUE(FileTimeToSystemTime(&stLocal, &stResult));
-    EXPECT_EQ(Text(stResult), "2031-06-01/0 02:00:00.000");
-    EXPECT_EQ(LocalTime(), Text(stResult));
-    unsetenv("TZ");
-    tzset();
 }

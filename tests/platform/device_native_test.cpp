@@ -20,11 +20,11 @@ protected:
         return CreateFileA(pName, GENERIC_READ | GENERIC_WRITE, dwShare, nullptr, OPEN_EXISTING, dwFlags, nullptr);
     }
 
-    static BOOL Send(HANDLE hDevice, LPOVERLAPPED pRecord, DWORD dwCode = SET_STATUS, DWORD dwSize = 8)
+    static BOOL Send(HANDLE hDevice, LPOVERLAPPED pRecord)
     {
         BYTE cRecord[8] = {0, 0, 0, 0, 2, 0, 0, 0};
         DWORD dwBytes = 0;
-        return DeviceIoControl(hDevice, dwCode, cRecord, dwSize, nullptr, 0, &dwBytes, pRecord);
+        return DeviceIoControl(hDevice, SET_STATUS, cRecord, sizeof(cRecord), nullptr, 0, &dwBytes, pRecord);
     }
 };
 } // namespace
@@ -67,21 +67,6 @@ TEST_F(DeviceTest, HangsUntilCancelledAndTouchesNothingAfterClosing)
     pLate.reset();
     EXPECT_EQ(machine::CompleteHungRequests(), 0U);
     Sleep(40);
-}
-
-TEST_F(DeviceTest, DriversTakeTheirOwnRequestOnly)
-{
-    DeclareMachine("<amplifier name='KELVANE_DEVICE0'/>");
-    const HANDLE hDevice = Open(0);
-    EXPECT_FALSE(Send(hDevice, nullptr, SET_STATUS + 4));
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_FUNCTION});
-    EXPECT_FALSE(Send(hDevice, nullptr, SET_STATUS, 4));
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_PARAMETER});
-    EXPECT_FALSE(DeviceIoControl(hDevice, SET_STATUS, nullptr, 8, nullptr, 0, nullptr, nullptr));
-    EXPECT_TRUE(CloseHandle(hDevice));
-    EXPECT_FALSE(Send(hDevice, nullptr));
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_HANDLE});
-    EXPECT_EQ(CreateFileW(L"\\\\.\\KELVANE_DEVICE0", GENERIC_READ, 0, nullptr, 9, 0, nullptr), INVALID_HANDLE_VALUE);
 }
 
 // Two threads send, cancel and wait on one device: every request ends exactly once.

@@ -1,16 +1,12 @@
-// The registry of the native machine: values and keys, rights, the file's text, watches, several processes at once.
+// The registry of the native machine: values and keys, rights, the file's text, watches.
 #include "platform/linux/machine.h"
 #include "tests/support/machine_test.h"
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <spawn.h>
 #include <sstream>
 #include <string>
-#include <sys/wait.h>
 #include <thread>
-#include <unistd.h>
 #include <vector>
 
 namespace
@@ -338,66 +334,5 @@ TEST_F(PlatformRegistryTest, EditorsWakeWatches)
     EXPECT_EQ(Get(oKey.m_hKey, "N").substr(0, 2), "4:");
     EXPECT_TRUE(oEvent.IsSet(10000));
     EXPECT_EQ(Get(oKey.m_hKey, "N"), "error 1018");
-}
-
-constexpr DWORD c_dwSharedValues = 60;
-
-void WriteSharedValues(const std::string& strPrefix)
-{
-    ScopedKey oKey("SOFTWARE\\Shared");
-    for (DWORD i = 0; i < c_dwSharedValues; i++)
-        ASSERT_EQ(SetNumber(oKey.m_hKey, (strPrefix + std::to_string(i)).c_str(), i), 0);
-}
-
-// The other process of the test below: runs on the machine that the environment names.
-TEST(DISABLED_PlatformRegistryWriter, Writes)
-{
-    WriteSharedValues("Other");
-}
-
-TEST_F(PlatformRegistryTest, ProcessesAndThreadsShareOneFile)
-{
-    ScopedKey oKey("SOFTWARE\\Shared");
-    const ScopedEvent oEvent;
-    Watch(oKey, oEvent);
-    setenv("KELVANE_MACHINE", machine::Folder().c_str(), 1);
-    const char* pArguments[] = {"writer", "--gtest_also_run_disabled_tests", "--gtest_filter=*PlatformRegistryWriter*",
-                                nullptr};
-    pid_t iWriter = 0;
-    ASSERT_EQ(posix_spawn(&iWriter, "/proc/self/exe", nullptr, nullptr, const_cast<char**>(pArguments), environ), 0);
-    unsetenv("KELVANE_MACHINE");
-    EXPECT_TRUE(oEvent.IsSet(20000)) << "the other process's first value";
-
-    std::atomic<bool> bEnd{false};
-    std::thread oReader(
-        [&]
-        {
-            while (!bEnd)
-                EXPECT_EQ(Get(HKEY_LOCAL_MACHINE, "No such value"), "error 2");
-        });
-    std::thread oWatcher(
-        [&]
-        {
-            while (!bEnd)
-            {
-                const ScopedEvent oOwn;
-                ScopedKey oWatched("SOFTWARE\\Shared", KEY_NOTIFY);
-                Watch(oWatched, oOwn);
-                oOwn.IsSet(5);
-            }
-        });
-    WriteSharedValues("Own");
-    int iStatus = -1;
-    EXPECT_EQ(waitpid(iWriter, &iStatus, 0), iWriter);
-    EXPECT_EQ(iStatus, 0);
-    bEnd = true;
-    oReader.join();
-    oWatcher.join();
-    machine::UseFolder(machine::Folder()); // all that is known now comes from the file
-    ScopedKey oAgain("SOFTWARE\\Shared");
-    for (DWORD i = 0; i < c_dwSharedValues; i++)
-        for (const char* pPrefix : {"Own", "Other"})
-            EXPECT_EQ(Get(oAgain.m_hKey, (pPrefix + std::to_string(i)).c_str())[2], static_cast<char>(i))
-                << pPrefix << i;
 }
 } // namespace

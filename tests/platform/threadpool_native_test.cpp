@@ -32,12 +32,6 @@ void CALLBACK PassOn(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK)
             SetEvent(oLink.hNext);
     }
 }
-
-void CALLBACK SleepAWhile(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK)
-{
-    Sleep(50);
-    ++*static_cast<std::atomic<int>*>(pContext);
-}
 } // namespace
 
 TEST_F(ThreadpoolTest, ChainOfWorkersIsIdleOnlyWhenTheLastIsDone)
@@ -69,20 +63,4 @@ TEST_F(ThreadpoolTest, ChainOfWorkersIsIdleOnlyWhenTheLastIsDone)
         CloseThreadpoolWork(aWorks[iLink]);
         EXPECT_EQ(aLinks[iLink].iRounds, ROUNDS);
     }
-}
-
-TEST_F(ThreadpoolTest, SleepingCallbackIsBusyAndEachSubmissionRuns)
-{
-    std::atomic<int> iDone{0};
-    const PTP_WORK pWork = CreateThreadpoolWork(SleepAWhile, &iDone, nullptr);
-    for (int iCount = 0; iCount < 8; ++iCount)
-        SubmitThreadpoolWork(pWork);
-    EXPECT_FALSE(machine::WaitUntilIdle(5));
-    EXPECT_TRUE(machine::WaitUntilIdle(10000));
-    EXPECT_EQ(iDone, 8);
-
-    SubmitThreadpoolWork(pWork);
-    CloseThreadpoolWork(pWork); // the callback under way keeps its work
-    EXPECT_TRUE(machine::WaitUntilIdle(10000));
-    EXPECT_EQ(iDone, 9);
 }

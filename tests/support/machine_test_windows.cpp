@@ -13,12 +13,8 @@ constexpr const char* aPaths[] = {"C:/windows/system32/ZVAudioDriver",
                                   "C:/PROGRAMDATA/ZVAudio",
                                   "D:/.ZVAudioParams",
                                   "D:/.LOGAudioKelvaneVoice",
-                                  "C:/windows/system32/Driver",
-                                  "C:/windows/system32/Counting.dll",
-                                  "C:/loader.txt",
                                   "C:/logs",
-                                  "C:/find",
-                                  "C:/refuse"};
+                                  "C:/find"};
 
 void RemoveFiles()
 {
