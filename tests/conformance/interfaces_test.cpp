@@ -5,9 +5,7 @@ using namespace published;
 
 namespace
 {
-class InterfacesTest : public ModuleFixture
-{
-};
+using InterfacesTest = ModuleFixture;
 
 // An unknown around an object: all interfaces of the whole lead back here.
 class COuter : public IUnknown
@@ -30,8 +28,6 @@ public:
     ULONG m_uReferences = 1;
 };
 
-// Both classes behave alike.
-constexpr const CLSID* CLASSES[] = {&RENDER_EFX, &RENDER_OMFX};
 constexpr const IID* INTERFACES[] = {&OBJECT, &REALTIME, &CONFIGURATION, &EFFECTS, &EFFECTS_2};
 
 TEST_F(InterfacesTest, ClassObjectsComeForTheTwoClassesAlone)

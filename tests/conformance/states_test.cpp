@@ -7,11 +7,7 @@ using namespace published;
 
 namespace
 {
-class StatesTest : public ModuleFixture
-{
-};
-
-constexpr const CLSID* CLASSES[] = {&RENDER_EFX, &RENDER_OMFX};
+using StatesTest = ModuleFixture;
 
 TEST_F(StatesTest, TheSizeTellsTheInitRecord)
 {

@@ -13,16 +13,8 @@ using namespace published;
 
 namespace
 {
-constexpr const CLSID* CLASSES[] = {&RENDER_EFX, &RENDER_OMFX};
 constexpr UINT32 MOST_FRAMES = 4096;
 constexpr UINT32 MOST_CHANNELS = 16;
-
-// The sanitizers keep what is freed and take their time.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool SANITIZED = true;
-#else
-constexpr bool SANITIZED = false;
-#endif
 
 constexpr size_t GROWTH = 256 << 10; // bytes in a thousand rounds
 
@@ -184,11 +176,9 @@ TEST_F(StreamsTest, RandomCallsEndInACode)
                 hResult = pObject->Initialize(oLife.Pick(aSizes), oLife.Chance(80) ? aInit : nullptr);
                 break;
             case 1:
-            {
-                const ComPtr<IUnknown> pAny = Query<IUnknown>(pRealtime.get(), oLife.Pick(aInterfaces));
+                Query<IUnknown>(pRealtime.get(), oLife.Pick(aInterfaces));
                 hResult = pObject->Reset();
                 break;
-            }
             case 2:
             {
                 CMediaType oOne;

@@ -1,5 +1,4 @@
-// What both builds must agree on with the platform: sizes, offsets, constants. It holds if it
-// compiles.
+// What both builds must agree on with the platform: sizes, offsets, constants, ids. It holds if it compiles.
 #include <baseaudioprocessingobject.h>
 #include <psapi.h>
 #include <wincrypt.h>
@@ -41,4 +40,16 @@ static_assert(Is(E_NOINTERFACE, 0x80004002) && Is(E_POINTER, 0x80004003) && Is(E
               Is(CLASS_E_NOAGGREGATION, 0x80040110));
 static_assert(Is(APOERR_ALREADY_INITIALIZED, 0x887D0001) && Is(APOERR_ALREADY_UNLOCKED, 0x887D0006) &&
               Is(APOERR_APO_LOCKED, 0x887D000A));
+
+// --- Ids that come from the other side ---
+constexpr bool Is(const GUID& oGuid, UINT32 u32First, UINT16 u16Second, UINT16 u16Third, UINT64 u64Rest)
+{
+    UINT64 u64Own = 0;
+    for (const unsigned char c : oGuid.Data4)
+        u64Own = u64Own << 8 | c;
+    return oGuid.Data1 == u32First && oGuid.Data2 == u16Second && oGuid.Data3 == u16Third && u64Own == u64Rest;
+}
+static_assert(Is(IID_IAudioMediaType, 0x4E997F73, 0xB71F, 0x4798, 0x873BED7DFCF15B4D));
+static_assert(Is(AUDIO_SIGNALPROCESSINGMODE_DEFAULT, 0xC18E2F7E, 0x933D, 0x4965, 0xB7D11EEF228D2AF3));
+static_assert(Is(AUDIO_SIGNALPROCESSINGMODE_RAW, 0x9E90EA20, 0xB493, 0x4FD1, 0xA1A87E1361A956CF));
 } // namespace

@@ -5,6 +5,7 @@
 #include "tests/support/machine_test.h"
 
 #include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -132,7 +133,7 @@ TEST_F(HostProgram, ABypassIsToldWithItsReason)
     EXPECT_EQ(Run("reg get 'Test\\Value'").strOut, "5 (0x00000005)\n");
 }
 
-TEST_F(HostProgram, EveryRunGivesTheSameSamples)
+TEST_F(HostProgram, EveryRunGivesTheSameSamplesAndRealTimeKeepsTheClock)
 {
     WriteInput(2 * 44100);
     Play("--rate 44100 --period 441");
@@ -140,7 +141,9 @@ TEST_F(HostProgram, EveryRunGivesTheSameSamples)
     Play("--rate 44100 --period 441");
     EXPECT_EQ(ReadOutput(), vecFirst);
     WriteInput(2 * 480 * 30);
+    const auto tBegin = std::chrono::steady_clock::now();
     ExpectParts(Play("--realtime"), {"\"periods\": 30", "\"realtime\": true"});
+    EXPECT_GE(std::chrono::steady_clock::now() - tBegin, std::chrono::milliseconds(290)) << "it didn't wait";
 }
 
 // Its eight minutes in long periods; the tuning file of the debug folder comes before the default one.

@@ -13,13 +13,7 @@ namespace
 {
 constexpr char strDriverFolder[] = "/c/windows/system32/ZVAudioDriver/";
 
-// The sanitizers keep what is freed and take their time.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool bSanitized = true;
-#else
-constexpr bool bSanitized = false;
-#endif
-constexpr int iManyRounds = bSanitized ? 100 : 1000;
+constexpr int iManyRounds = SANITIZED ? 100 : 1000;
 
 // A stream that is initialised and locked, and gone at the end.
 class CStream
@@ -245,7 +239,7 @@ TEST_F(ModuleTest, ThousandsOfRoundsLeaveNothingBehind)
             fRound();
         WaitForWorkers();
         EXPECT_EQ(CountResources(), iResources);
-        EXPECT_LE(bSanitized ? 0 : control::GetFootprint().iBytes, iBefore + iGrowth);
+        EXPECT_LE(SANITIZED ? 0 : control::GetFootprint().iBytes, iBefore + iGrowth);
     };
     {
         CStream oStream(KELVANE_RENDER_EFX_GUID, 2, 48000);

@@ -9,6 +9,13 @@
 #include <string>
 #include <vector>
 
+// The sanitizers keep what is freed and take their time.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool SANITIZED = true;
+#else
+constexpr bool SANITIZED = false;
+#endif
+
 // Paths of files and registry keys are the platform's: "C:\windows\x", "HKEY_LOCAL_MACHINE\SOFTWARE\x".
 class MachineTest : public ::testing::Test
 {
