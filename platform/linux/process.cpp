@@ -98,16 +98,14 @@ BOOL K32GetProcessMemoryInfo(HANDLE Process, PPROCESS_MEMORY_COUNTERS ppsmemCoun
     // In kilobytes. A process that has ended, or one of the kernel's own, holds none.
     unsigned long long iResident = 0;
     unsigned long long iPeak = 0;
-    unsigned long long iOwn = 0;
-    unsigned long long iSwapped = 0;
+    unsigned long long iOwn = 0; // asked for, touched or not
     pProcess->oFolder.Field("VmRSS", iResident);
     pProcess->oFolder.Field("VmHWM", iPeak);
-    pProcess->oFolder.Field("RssAnon", iOwn);
-    pProcess->oFolder.Field("VmSwap", iSwapped);
+    pProcess->oFolder.Field("VmData", iOwn);
     *ppsmemCounters = PROCESS_MEMORY_COUNTERS{};
     ppsmemCounters->cb = sizeof(PROCESS_MEMORY_COUNTERS);
     ppsmemCounters->WorkingSetSize = iResident * 1024;
     ppsmemCounters->PeakWorkingSetSize = iPeak * 1024;
-    ppsmemCounters->PagefileUsage = (iOwn + iSwapped) * 1024;
+    ppsmemCounters->PagefileUsage = iOwn * 1024;
     return TRUE;
 }

@@ -20,28 +20,44 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <tuple>
 #include <utility>
 
 namespace
 {
-// A process of an executable's name of its own, ended with its scope.
+// A name of an executable that no other run of these tests has on this system.
+std::string ChildName()
+{
+    return "Kelvane-Child" + std::to_string(getpid());
+}
+
+std::wstring Upper(const std::string& strName)
+{
+    return CAudioSTR::ToUpper(std::wstring(strName.begin(), strName.end()));
+}
+
+// A process of an executable's name of its own, ended with its scope. It waits for a block that never comes, in memory
+// that it asked for and doesn't touch.
 class CChild
 {
 public:
-    explicit CChild(const std::string& strName)
+    explicit CChild(const std::string& strName, std::string strBlock = "bs=4k")
     {
-        const std::string strFile = machine::Folder() + "/" + strName;
-        std::filesystem::copy_file("/bin/sleep", strFile, std::filesystem::copy_options::skip_existing);
-        std::string strTime = "60";
-        std::string strProgram = strFile;
-        char* const aArguments[] = {strProgram.data(), strTime.data(), nullptr};
-        EXPECT_EQ(posix_spawn(&m_iProcess, strFile.c_str(), nullptr, nullptr, aArguments, environ), 0);
+        std::string strProgram = machine::Folder() + "/" + strName;
+        std::filesystem::copy_file("/bin/dd", strProgram, std::filesystem::copy_options::skip_existing);
+        EXPECT_EQ(pipe2(m_aPipe, O_CLOEXEC), 0);
+        posix_spawn_file_actions_t oActions;
+        posix_spawn_file_actions_init(&oActions);
+        posix_spawn_file_actions_adddup2(&oActions, m_aPipe[0], STDIN_FILENO);
+        char* const aArguments[] = {strProgram.data(), strBlock.data(), nullptr};
+        EXPECT_EQ(posix_spawn(&m_iProcess, strProgram.c_str(), &oActions, nullptr, aArguments, environ), 0);
+        posix_spawn_file_actions_destroy(&oActions);
     }
     ~CChild()
     {
         kill(m_iProcess, SIGKILL);
         waitpid(m_iProcess, nullptr, 0);
+        close(m_aPipe[0]);
+        close(m_aPipe[1]);
     }
     CChild(const CChild&) = delete;
     CChild& operator=(const CChild&) = delete;
@@ -49,6 +65,7 @@ public:
 
 private:
     pid_t m_iProcess = 0;
+    int m_aPipe[2] = {};
 };
 
 class SystemQueryTest : public LoggedMachineTest
@@ -76,22 +93,23 @@ protected:
 TEST_F(SystemQueryTest, ProcessesAreFoundByNameInAnyCase)
 {
     StartLog();
+    const std::string strChild = ChildName();
     std::vector<DWORD> vecID;
     DWORD dwID = 0;
     {
-        const CChild oOne("Kelvane-Child");
-        const CChild oOther("Kelvane-Child");
-        ASSERT_TRUE(WaitFor([&] { return CAudioSYS::GetProcessNameByID(oOther.ID()) == "Kelvane-Child"; }));
-        EXPECT_EQ(CAudioSYS::GetProcessIDByName(L"kelvane-CHILD", dwID), 0U);
+        const CChild oOne(strChild);
+        const CChild oOther(strChild);
+        ASSERT_TRUE(WaitFor([&] { return CAudioSYS::GetProcessNameByID(oOther.ID()) == strChild; }));
+        EXPECT_EQ(CAudioSYS::GetProcessIDByName(Upper(strChild), dwID), 0U);
         EXPECT_TRUE(dwID == oOne.ID() || dwID == oOther.ID());
-        EXPECT_EQ(CAudioSYS::GetProcessIDByName(L"kelvane-CHILD", vecID), 0U);
+        EXPECT_EQ(CAudioSYS::GetProcessIDByName(Upper(strChild), vecID), 0U);
         std::sort(vecID.begin(), vecID.end());
         EXPECT_EQ(vecID, (std::vector<DWORD>{std::min(oOne.ID(), oOther.ID()), std::max(oOne.ID(), oOther.ID())}));
-        EXPECT_TRUE(CAudioSYS::CheckProcessInvalidByName(L"kelvane-child"));
+        EXPECT_TRUE(CAudioSYS::CheckProcessInvalidByName(Upper(strChild)));
         EXPECT_TRUE(CAudioSYS::CheckProcessInvalidByID(oOne.ID()));
 
         machine::FailNext("CreateToolhelp32Snapshot", ERROR_ACCESS_DENIED);
-        EXPECT_EQ(CAudioSYS::GetProcessIDByName(L"kelvane-child", dwID), 6U);
+        EXPECT_EQ(CAudioSYS::GetProcessIDByName(Upper(strChild), dwID), 6U);
         ASSERT_EQ(CountLog("(hSnapshot == INVALID_HANDLE_VALUE)"), 1U);
         EXPECT_EQ(FindLog("(hSnapshot == INVALID_HANDLE_VALUE)")[0].iErrorCode, 6);
     }
@@ -101,35 +119,37 @@ TEST_F(SystemQueryTest, ProcessesAreFoundByNameInAnyCase)
 TEST_F(SystemQueryTest, ConsoleUserOwnsProcesses)
 {
     StartLog();
-    const CChild oChild("kelvane-child");
-    ASSERT_TRUE(WaitFor([&] { return CAudioSYS::CheckProcessInvalidByName(L"kelvane-child"); }));
+    const std::string strChild = ChildName();
+    const std::wstring strWide(strChild.begin(), strChild.end());
+    const CChild oChild(strChild);
+    ASSERT_TRUE(WaitFor([&] { return CAudioSYS::CheckProcessInvalidByName(strWide); }));
     std::vector<DWORD> vecID;
     HANDLE hToken = nullptr;
     // Nobody at the console: first attempt and two retries.
-    EXPECT_EQ(CAudioSYS::GetProcessIDByUserName(L"kelvane-child", vecID, 2), 0U);
+    EXPECT_EQ(CAudioSYS::GetProcessIDByUserName(strWide, vecID, 2), 0U);
     EXPECT_EQ(CountLog("Query Session Information for Console UserName failed!"), 3U);
-    EXPECT_EQ(CAudioSYS::GetTokenHandleByName(L"kelvane-child", hToken, 1), 6U);
+    EXPECT_EQ(CAudioSYS::GetTokenHandleByName(strWide, hToken, 1), 6U);
     // Somebody else.
     PutConsole("someone-else");
-    EXPECT_EQ(CAudioSYS::GetProcessIDByUserName(L"kelvane-child", vecID, 0), 0U);
-    EXPECT_EQ(CAudioSYS::GetTokenHandleByName(L"kelvane-child", hToken, 0), 6U);
+    EXPECT_EQ(CAudioSYS::GetProcessIDByUserName(strWide, vecID, 0), 0U);
+    EXPECT_EQ(CAudioSYS::GetTokenHandleByName(strWide, hToken, 0), 6U);
     EXPECT_TRUE(vecID.empty());
     EXPECT_EQ(hToken, nullptr);
     // This user; the first two openings fail.
     PutConsole(CAudioSTR::ToUpper(OwnNarrowName()));
     machine::FailNext("OpenProcess", ERROR_ACCESS_DENIED, 2);
-    EXPECT_EQ(CAudioSYS::GetProcessIDByUserName(L"kelvane-child", vecID, 0), 0U);
+    EXPECT_EQ(CAudioSYS::GetProcessIDByUserName(strWide, vecID, 0), 0U);
     EXPECT_TRUE(vecID.empty());
-    EXPECT_EQ(CAudioSYS::GetTokenHandleByName(L"Kelvane-child", hToken, 1), 0U);
+    EXPECT_EQ(CAudioSYS::GetTokenHandleByName(Upper(strChild), hToken, 1), 0U);
     EXPECT_EQ(CountLog("hProcess"), 2U);
     std::wstring strTokenUser;
     EXPECT_EQ(CAudioSYS::GetTokenUserName(hToken, strTokenUser), 0U);
     EXPECT_EQ(strTokenUser, OwnName());
     CloseHandle(hToken);
-    EXPECT_TRUE(CAudioSYS::CheckProcessInvalidByUserName(L"kelvane-child"));
-    EXPECT_EQ(CAudioSYS::GetProcessIDByUserName(L"kelvane-child", vecID), 0U);
+    EXPECT_TRUE(CAudioSYS::CheckProcessInvalidByUserName(strWide));
+    EXPECT_EQ(CAudioSYS::GetProcessIDByUserName(strWide, vecID), 0U);
     EXPECT_EQ(vecID, std::vector<DWORD>{oChild.ID()});
-    EXPECT_EQ(CountLog("ProcessName:kelvane-child,ProcessID:" + std::to_string(oChild.ID()) +
+    EXPECT_EQ(CountLog("ProcessName:" + strChild + ",ProcessID:" + std::to_string(oChild.ID()) +
                        ",TokenUserName:" + OwnNarrowName() + ",ConsoleUserName=someone-else"),
               2U);
 }
@@ -243,23 +263,27 @@ TEST_F(SystemQueryTest, MissingRuntimeLibrariesAreCopied)
 TEST_F(SystemQueryTest, MemoryLimitIsReachedByEitherFigure)
 {
     StartLog();
-    const std::vector<char> vecHeld(64 << 20, 1); // bytes of this process's own
-    for (const auto& [pName, iLimit, bReached] : {std::tuple<const wchar_t*, UINT32, bool>{L"test_audioapi", 64, true},
-                                                  {L"TEST_AUDIOAPI", 4095, false},
-                                                  {L"test_audioapi", 4096, true}, // no bytes within 32 bits
-                                                  {L"kelvane-none", 0, false}})
-        EXPECT_EQ(CAudioSYS::CheckProcessMemory(pName, iLimit), bReached) << iLimit;
-    EXPECT_EQ(vecHeld[vecHeld.size() / 2], 1);
-    const std::vector<LogLine> vecLine = FindLog("Current Memory beyond limit 64MB(67108864),PagefileUsage:");
+    const std::string strSmall = ChildName() + "-small";
+    const std::string strLarge = ChildName() + "-large";
+    const CChild oSmall(strSmall);           // below 1 MB of its own, but its libraries are in memory
+    const CChild oLarge(strLarge, "bs=64M"); // 64 MB of its own, not in memory
+    ASSERT_TRUE(WaitFor([&] { return CAudioSYS::CheckProcessMemory(Upper(strLarge), 33); }));
+    ASSERT_TRUE(WaitFor([&] { return CAudioSYS::CheckProcessMemory(Upper(strSmall), 1); }));
+    const std::vector<LogLine> vecLine = FindLog("Current Memory beyond limit 33MB(34603008),PagefileUsage:");
     ASSERT_EQ(vecLine.size(), 1U);
     unsigned long long aFigures[4] = {};
     ASSERT_EQ(sscanf(std::strstr(vecLine[0].strMessage.c_str(), ",Page"),
                      ",PagefileUsage:%lluMB(%llu),WorkingSetSize:%lluMB(%llu)", &aFigures[0], &aFigures[1],
                      &aFigures[2], &aFigures[3]),
               4);
-    EXPECT_GE(aFigures[1], vecHeld.size());
-    EXPECT_GE(aFigures[3], aFigures[1]); // nothing swapped out: its own pages are in memory
-    EXPECT_EQ(aFigures[0], aFigures[1] >> 20);
+    EXPECT_EQ(aFigures[0], 64U);
+    EXPECT_EQ(aFigures[1] >> 20, 64U);
+    EXPECT_LT(aFigures[2], 33U);
+    EXPECT_EQ(aFigures[2], aFigures[3] >> 20);
+    EXPECT_EQ(CountLog("Current Memory beyond limit 1MB(1048576),PagefileUsage:0MB("), 1U);
+    EXPECT_FALSE(CAudioSYS::CheckProcessMemory(Upper(strLarge), 4095));
+    EXPECT_TRUE(CAudioSYS::CheckProcessMemory(Upper(strLarge), 4096)) << "no bytes within 32 bits";
+    EXPECT_FALSE(CAudioSYS::CheckProcessMemory(L"kelvane-none", 0));
     EXPECT_NE(GetFile(machine::PlatformPath(machine::Folder() + "/eventlog.txt")).find("0x80020F02"),
               std::string::npos);
 }
