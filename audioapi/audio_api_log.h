@@ -145,13 +145,15 @@ struct AudioLogSite
 // Logs pText at ERROR with the code. The body of the check macros.
 void AudioLogFailure(const AudioLogSite& oSite, INT64 iErrorCode, const char* pText);
 
-// The text is built only when the level is on.
-#define AUDIO_LOG(iLevel, iErrorCode, strText)                                                                         \
+// The text is built only when the level is on. A helper logs at the site that its caller gave it.
+#define AUDIO_LOG_AT(oSite, iLevel, iErrorCode, strText)                                                               \
     do                                                                                                                 \
     {                                                                                                                  \
         if (CAudioLog::Instance()->IsRecorded(iLevel))                                                                 \
-            CAudioLog::Instance()->RecordItem(__FUNCTION__, __FILE__, __LINE__, iLevel, iErrorCode, strText);          \
+            CAudioLog::Instance()->RecordItem((oSite).pFunction, (oSite).pFile, (oSite).iLine, iLevel, iErrorCode,     \
+                                              strText);                                                                \
     } while (false)
+#define AUDIO_LOG(iLevel, iErrorCode, strText) AUDIO_LOG_AT(AUDIO_LOG_SITE, iLevel, iErrorCode, strText)
 #define AUDIOLOG_DEBUG(strText) AUDIO_LOG(AUDIO_LEVEL_DEBUG, 0, strText)
 #define AUDIOLOG_INFO(strText) AUDIO_LOG(AUDIO_LEVEL_INFO, 0, strText)
 #define AUDIOLOG_WARN(strText) AUDIO_LOG(AUDIO_LEVEL_WARN, 0, strText)
@@ -185,12 +187,18 @@ inline bool AudioCheckCondition(bool bFailed, const AudioLogSite& oSite, INT64 i
     return bFailed;
 }
 
+// The code of the platform call that has just failed. One that fails without a code has failed all the same.
+inline DWORD AudioLastError()
+{
+    const DWORD dwError = GetLastError();
+    return dwError != 0 ? dwError : ERROR_GEN_FAILURE;
+}
+
 inline DWORD AudioCheckWin(BOOL bDone, const AudioLogSite& oSite, const char* pText)
 {
     if (bDone)
         return 0;
-    // A call that fails without a code has failed all the same.
-    const DWORD dwError = GetLastError() != 0 ? GetLastError() : ERROR_GEN_FAILURE;
+    const DWORD dwError = AudioLastError();
     AudioLogFailure(oSite, dwError, pText);
     return dwError;
 }

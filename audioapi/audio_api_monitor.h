@@ -3,6 +3,8 @@
 #pragma once
 
 #include "audioapi/audio_api_atomic.h"
+#include "audioapi/audio_api_latch.h"
+#include "audioapi/audio_api_lock.h"
 #include "audioapi/audio_api_singleton.h"
 #include "audioapi/audio_api_worker_event.h"
 
@@ -10,15 +12,19 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
-// What is known of the system. One watcher writes each number, any thread reads it; a combination of fields is not
-// atomic. The strings are read on their own watcher's thread only.
+struct AudioLogSite;
+
+// What is known of the system. One watcher writes each field, any thread reads it, the texts under their lock; a
+// combination of fields is not atomic.
 struct CAudioStatus
 {
     CAudioInt m_iKelvaneBypass{0};
     CAudioInt m_iLyranaBypass{0};
     CAudioInt m_iVQEBypass{0};
+    mutable CAudioLock m_oCLSIDLock; // guards the two texts
     std::string m_strCaptureCLSID;
     std::string m_strRenderCLSID;
     CAudioInt m_iCaptureMode{0};
@@ -59,6 +65,10 @@ public:
     // at once.
     void StartMonitor(int iIndex);
 
+    // Returns when each watcher that was started has read its key once or has ended, or after 250 ms, with a WARN line.
+    // The record then holds the registry's values. Waits once in the monitor's life: for the thread of a first lock.
+    void WaitForFirstRead();
+
     // Signals the event by which another program follows the processor's status, on machines whose processor isn't an
     // AMD one. Reads the registry: for a stream that is late already. Any thread.
     static void SetGetCPUStatusEvent();
@@ -80,12 +90,12 @@ public:
     static void SetProcessEnding() { m_bProcessEnding = true; }
     static bool IsProcessEnding() { return m_bProcessEnding; }
 
-    // One load of a field each. Any thread.
+    // One load of a field each, of the texts a copy. Any thread.
     int GetKelvaneBypass() const { return m_oStatus.m_iKelvaneBypass; }
     int GetLyranaBypass() const { return m_oStatus.m_iLyranaBypass; }
     int GetVQEBypass() const { return m_oStatus.m_iVQEBypass; }
-    const std::string& GetCaptureCLSID() const { return m_oStatus.m_strCaptureCLSID; }
-    const std::string& GetRenderCLSID() const { return m_oStatus.m_strRenderCLSID; }
+    std::string GetCaptureCLSID() const { return CopyText(m_oStatus.m_strCaptureCLSID); }
+    std::string GetRenderCLSID() const { return CopyText(m_oStatus.m_strRenderCLSID); }
     int GetCaptureMode() const { return m_oStatus.m_iCaptureMode; }
     int GetRenderMode() const { return m_oStatus.m_iRenderMode; }
     int GetMultiRender() const { return m_oStatus.m_iMultiRender; }
@@ -121,40 +131,65 @@ private:
     // Stops the watchers.
     ~CAudioMonitor();
 
+    // The watchers' numbers: places in the list that starts them.
+    enum WatcherIndex : int
+    {
+        APP_MODE,
+        REALTEK_HEADSET,
+        SPEAKER_VOLUME,
+        REGISTRY_BYPASS,
+        DEVICE_CLSID,
+        HEADSET_TYPE,
+        HEADSET_MODE,
+        LYRANA_MODE,
+        AUDIO_HEADSET,
+        SILENT_SPACE,
+        MICROPHONE_VOLUME,
+        EXTERNAL_MIC,
+        ZV_SOUND,
+        ZV_SMART_AUDIO,
+    };
+    static constexpr DWORD FIRST_READ_MS = 250;
+
     struct Watcher;
     static const Watcher WATCHER_TABLE[MONITOR_COUNT];
+    template <int... iRow> static constexpr bool IsTableInOrder(std::integer_sequence<int, iRow...>);
     inline static bool m_bProcessEnding = false; // set when no other thread is left
 
     // The workers: each follows one registry key until it is stopped. pContext is the monitor.
-    template <int iIndex> static void CALLBACK ProcessWatcher(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK)
+    template <WatcherIndex iIndex> static void CALLBACK ProcessWatcher(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK)
     {
         ProcessWatcherThread(static_cast<CAudioMonitor*>(pContext), iIndex);
     }
-    static constexpr PTP_WORK_CALLBACK ProcessAPPModeWorkerThread = ProcessWatcher<0>;
-    static constexpr PTP_WORK_CALLBACK ProcessRealtekHeadSetWorkerThread = ProcessWatcher<1>;
-    static constexpr PTP_WORK_CALLBACK ProcessSpeakerVolumeWorkerThread = ProcessWatcher<2>;
-    static constexpr PTP_WORK_CALLBACK ProcessRegistryBypassWorkerThread = ProcessWatcher<3>;
-    static constexpr PTP_WORK_CALLBACK ProcessDeviceCLSIDWorkerThread = ProcessWatcher<4>;
-    static constexpr PTP_WORK_CALLBACK ProcessHeadSetTypeWorkerThread = ProcessWatcher<5>;
-    static constexpr PTP_WORK_CALLBACK ProcessHeadSetModeWorkerThread = ProcessWatcher<6>;
-    static constexpr PTP_WORK_CALLBACK ProcessLyranaModeWorkerThread = ProcessWatcher<7>;
-    static constexpr PTP_WORK_CALLBACK ProcessAudioHeadSetWorkerThread = ProcessWatcher<8>;
-    static constexpr PTP_WORK_CALLBACK ProcessSilentSpaceWorkerThread = ProcessWatcher<9>;
-    static constexpr PTP_WORK_CALLBACK ProcessMicrophoneVolumeWorkerThread = ProcessWatcher<10>;
-    static constexpr PTP_WORK_CALLBACK ProcessExternalMICWorkerThread = ProcessWatcher<11>;
-    static constexpr PTP_WORK_CALLBACK ProcessZVSoundWorkerThread = ProcessWatcher<12>;
-    static constexpr PTP_WORK_CALLBACK ProcessZvSmartAudioWorkerThread = ProcessWatcher<13>;
+    static constexpr PTP_WORK_CALLBACK ProcessAPPModeWorkerThread = ProcessWatcher<APP_MODE>;
+    static constexpr PTP_WORK_CALLBACK ProcessRealtekHeadSetWorkerThread = ProcessWatcher<REALTEK_HEADSET>;
+    static constexpr PTP_WORK_CALLBACK ProcessSpeakerVolumeWorkerThread = ProcessWatcher<SPEAKER_VOLUME>;
+    static constexpr PTP_WORK_CALLBACK ProcessRegistryBypassWorkerThread = ProcessWatcher<REGISTRY_BYPASS>;
+    static constexpr PTP_WORK_CALLBACK ProcessDeviceCLSIDWorkerThread = ProcessWatcher<DEVICE_CLSID>;
+    static constexpr PTP_WORK_CALLBACK ProcessHeadSetTypeWorkerThread = ProcessWatcher<HEADSET_TYPE>;
+    static constexpr PTP_WORK_CALLBACK ProcessHeadSetModeWorkerThread = ProcessWatcher<HEADSET_MODE>;
+    static constexpr PTP_WORK_CALLBACK ProcessLyranaModeWorkerThread = ProcessWatcher<LYRANA_MODE>;
+    static constexpr PTP_WORK_CALLBACK ProcessAudioHeadSetWorkerThread = ProcessWatcher<AUDIO_HEADSET>;
+    static constexpr PTP_WORK_CALLBACK ProcessSilentSpaceWorkerThread = ProcessWatcher<SILENT_SPACE>;
+    static constexpr PTP_WORK_CALLBACK ProcessMicrophoneVolumeWorkerThread = ProcessWatcher<MICROPHONE_VOLUME>;
+    static constexpr PTP_WORK_CALLBACK ProcessExternalMICWorkerThread = ProcessWatcher<EXTERNAL_MIC>;
+    static constexpr PTP_WORK_CALLBACK ProcessZVSoundWorkerThread = ProcessWatcher<ZV_SOUND>;
+    static constexpr PTP_WORK_CALLBACK ProcessZvSmartAudioWorkerThread = ProcessWatcher<ZV_SMART_AUDIO>;
     static void ProcessWatcherThread(CAudioMonitor* pThis, int iIndex) noexcept;
     bool StartWatch(const Watcher& oWatcher, HKEY& hKey);
-    void FollowKey(const Watcher& oWatcher, HKEY hKey, const CAudioFlag& iRunFlag);
-    bool IsEventMissing(const Watcher& oWatcher) const;
+    void FollowKey(const Watcher& oWatcher, HKEY hKey);
+    bool IsEventMissing(const Watcher& oWatcher, const AudioLogSite& oSite) const;
     void RefreshRecord(const Watcher& oWatcher) noexcept;
-    // Logs old and new value, equal ones too, and stores the new one.
-    static void StoreNumber(CAudioInt& iField, DWORD dwValue, const char* pLabel);
+    std::string CopyText(const std::string& strField) const;
+    // The refreshes' stores log at their callers' site. Logs old and new value, equal ones too, and stores the new one.
+    static void StoreNumber(const AudioLogSite& oSite, CAudioInt& iField, DWORD dwValue, const char* pLabel);
     // Stores a new value with a line, passes over an equal one.
-    static void StoreChange(CAudioInt& iField, DWORD dwValue, const char* pLabel);
+    static void StoreChange(const AudioLogSite& oSite, CAudioInt& iField, DWORD dwValue, const char* pLabel);
+    void StoreEndpoint(const AudioLogSite& oSite, std::string& strField, const std::string& strValue,
+                       const char* pLabel);
     // StoreNumber with a switch below AUDIO_BYPASS_PATH that may be missing, which costs no ERROR line.
-    static void RefreshOptionalSwitch(CAudioInt& iField, const char* pName, const char* pLabel);
+    static void RefreshOptionalSwitch(const AudioLogSite& oSite, CAudioInt& iField, const char* pName,
+                                      const char* pLabel);
 
     // What watchers do before they watch: false ends the watcher.
     bool LoadZvSound();
@@ -178,6 +213,8 @@ private:
     void RefreshZvSmartAudioMode();
 
     CAudioStatus m_oStatus;
+    CAudioLatch m_oFirstRead;         // the watchers that haven't read yet
+    CAudioFlag m_iFirstReadOver{0};   // a lock has waited for them
     std::string m_strExternalMICPath; // found by its watcher, which alone reads it
 
     // Of each watcher: the event, the work, the run flag.

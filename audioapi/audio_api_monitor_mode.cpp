@@ -6,18 +6,6 @@
 #include "audioapi/audio_api_registry.h"
 #include "audioapi/audio_api_string.h"
 
-namespace
-{
-// Logs a difference only.
-void StoreEndpoint(std::string& strField, const std::string& strValue, const char* pLabel)
-{
-    if (strField == strValue)
-        return;
-    AUDIOLOG_INFO(pLabel + strField + " change to " + strValue);
-    strField = strValue;
-}
-} // namespace
-
 // The text "0" as a side's time turns that side's mode off.
 void CAudioMonitor::RefreshAPPMode()
 {
@@ -32,7 +20,7 @@ void CAudioMonitor::RefreshAPPMode()
     DWORD dwMultiRenderValue = 0;
     if (AUDIO_CHECK(CAudioREG::ReadRegValue(AUDIO_MODE_PATH, APO_MULTI_RENDER, dwMultiRenderValue)) != 0)
         return;
-    StoreNumber(m_oStatus.m_iMultiRender, dwMultiRenderValue, "multiRender: ");
+    StoreNumber(AUDIO_LOG_SITE, m_oStatus.m_iMultiRender, dwMultiRenderValue, "multiRender: ");
 
     const int iCaptureMode = strPreTime == "0" ? 0 : iAudioMode;
     const int iRenderMode = strPostTime == "0" ? 2 : iAudioMode;
@@ -42,21 +30,22 @@ void CAudioMonitor::RefreshAPPMode()
                   ",RenderMode:" + std::to_string(iRenderMode));
 }
 
-void CAudioMonitor::RefreshOptionalSwitch(CAudioInt& iField, const char* pName, const char* pLabel)
+void CAudioMonitor::RefreshOptionalSwitch(const AudioLogSite& oSite, CAudioInt& iField, const char* pName,
+                                          const char* pLabel)
 {
     DWORD dwValue = 0;
     if (CAudioREG::RegKeyExists(std::string(AUDIO_BYPASS_PATH) + "\\" + pName) &&
         CAudioREG::ReadRegValue(AUDIO_BYPASS_PATH, pName, dwValue) == 0)
-        StoreNumber(iField, dwValue, pLabel);
+        StoreNumber(oSite, iField, dwValue, pLabel);
 }
 
 void CAudioMonitor::RefreshBypassStatus()
 {
     DWORD dwValue = 0;
     if (CAudioREG::ReadRegValue(AUDIO_BYPASS_PATH, AUDIO_KELVANE_STATUS, dwValue) == 0)
-        StoreNumber(m_oStatus.m_iKelvaneBypass, dwValue, "Kelvane Bypass Status ");
-    RefreshOptionalSwitch(m_oStatus.m_iLyranaBypass, LYRANA_STATUS, "Lyrana Bypass Status ");
-    RefreshOptionalSwitch(m_oStatus.m_iVQEBypass, AUDIO_VQE_STATUS, "VQE Bypass Status ");
+        StoreNumber(AUDIO_LOG_SITE, m_oStatus.m_iKelvaneBypass, dwValue, "Kelvane Bypass Status ");
+    RefreshOptionalSwitch(AUDIO_LOG_SITE, m_oStatus.m_iLyranaBypass, LYRANA_STATUS, "Lyrana Bypass Status ");
+    RefreshOptionalSwitch(AUDIO_LOG_SITE, m_oStatus.m_iVQEBypass, AUDIO_VQE_STATUS, "VQE Bypass Status ");
 }
 
 void CAudioMonitor::RefreshDeviceCLSID()
@@ -64,10 +53,10 @@ void CAudioMonitor::RefreshDeviceCLSID()
     std::string strCaptureValue;
     if (AUDIO_CHECK(CAudioREG::ReadRegValue(DEVICE_CLSID_PATH, AUDIO_CAPTURE_CLSID, strCaptureValue)) != 0)
         return;
-    StoreEndpoint(m_oStatus.m_strCaptureCLSID, strCaptureValue, "Default Capture Endpoint CLSID ");
+    StoreEndpoint(AUDIO_LOG_SITE, m_oStatus.m_strCaptureCLSID, strCaptureValue, "Default Capture Endpoint CLSID ");
 
     std::string strRenderValue;
     if (AUDIO_CHECK(CAudioREG::ReadRegValue(DEVICE_CLSID_PATH, AUDIO_RENDER_CLSID, strRenderValue)) != 0)
         return;
-    StoreEndpoint(m_oStatus.m_strRenderCLSID, strRenderValue, "Default Render Endpoint CLSID ");
+    StoreEndpoint(AUDIO_LOG_SITE, m_oStatus.m_strRenderCLSID, strRenderValue, "Default Render Endpoint CLSID ");
 }

@@ -8,24 +8,7 @@
 namespace
 {
 constexpr DWORD ORDINARY_MICROPHONE_MODES = 4; // modes from this on aren't remembered as the last one
-
-bool IsChanged(const CAudioInt& iField, DWORD dwValue)
-{
-    return static_cast<DWORD>(iField) != dwValue;
-}
 } // namespace
-
-void CAudioMonitor::StoreNumber(CAudioInt& iField, DWORD dwValue, const char* pLabel)
-{
-    AUDIOLOG_INFO(pLabel + std::to_string(static_cast<DWORD>(iField)) + " change to " + std::to_string(dwValue));
-    iField = static_cast<int>(dwValue);
-}
-
-void CAudioMonitor::StoreChange(CAudioInt& iField, DWORD dwValue, const char* pLabel)
-{
-    if (IsChanged(iField, dwValue))
-        StoreNumber(iField, dwValue, pLabel);
-}
 
 // Before the watch, so that the first refresh finds nothing changed.
 bool CAudioMonitor::LoadZvSound()
@@ -43,27 +26,27 @@ void CAudioMonitor::RefreshZvSound()
 {
     DWORD dwZvSoundValue = 0;
     AUDIO_CHECK(CAudioREG::ReadRegValue(AUDIO_ZVSOUND_PATH, AUDIO_ZVSOUND_STATUS, dwZvSoundValue));
-    StoreChange(m_oStatus.m_iZvSoundStatus, dwZvSoundValue, "Support ZvSound Status ");
+    StoreChange(AUDIO_LOG_SITE, m_oStatus.m_iZvSoundStatus, dwZvSoundValue, "Support ZvSound Status ");
 
     DWORD dwSpeakerMode = 0;
     AUDIO_CHECK(CAudioREG::ReadRegValue(AUDIO_ZVSOUND_PATH, AUDIO_ZVSOUND_SPEAKER_MODE, dwSpeakerMode));
-    StoreChange(m_oStatus.m_iSpeakerMode, dwSpeakerMode, "ZvSound Speaker mode ");
+    StoreChange(AUDIO_LOG_SITE, m_oStatus.m_iSpeakerMode, dwSpeakerMode, "ZvSound Speaker mode ");
 
     DWORD dwHeadphoneMode = 0;
     AUDIO_CHECK(CAudioREG::ReadRegValue(AUDIO_ZVSOUND_PATH, AUDIO_ZVSOUND_HEADPHONE_MODE, dwHeadphoneMode));
-    StoreChange(m_oStatus.m_iHeadphoneMode, dwHeadphoneMode, "ZvSound Headphone mode ");
+    StoreChange(AUDIO_LOG_SITE, m_oStatus.m_iHeadphoneMode, dwHeadphoneMode, "ZvSound Headphone mode ");
 
     DWORD dwShareValue = 0;
     AUDIO_CHECK(CAudioREG::ReadRegValue(AUDIO_ZVSOUND_PATH, AUDIO_ZVSOUND_SHARE_STATUS, dwShareValue));
-    StoreChange(m_oStatus.m_iShareVoiceStatus, dwShareValue, "ZvSound Share Voice Status ");
+    StoreChange(AUDIO_LOG_SITE, m_oStatus.m_iShareVoiceStatus, dwShareValue, "ZvSound Share Voice Status ");
 
     DWORD dwMicrophoneValue = 0;
     AUDIO_CHECK(CAudioREG::ReadRegValue(AUDIO_ZVSOUND_PATH, AUDIO_ZVSOUND_MICROPHONE_MODE, dwMicrophoneValue));
     const int iOldMicrophoneMode = m_oStatus.m_iMicrophoneMode;
-    if (IsChanged(m_oStatus.m_iMicrophoneMode, dwMicrophoneValue) &&
-        static_cast<DWORD>(iOldMicrophoneMode) < ORDINARY_MICROPHONE_MODES)
+    const DWORD dwOldMicrophoneMode = static_cast<DWORD>(iOldMicrophoneMode);
+    if (dwOldMicrophoneMode != dwMicrophoneValue && dwOldMicrophoneMode < ORDINARY_MICROPHONE_MODES)
         m_oStatus.m_iLastMicrophoneMode = iOldMicrophoneMode;
-    StoreChange(m_oStatus.m_iMicrophoneMode, dwMicrophoneValue, "ZvSound Micophone Status ");
+    StoreChange(AUDIO_LOG_SITE, m_oStatus.m_iMicrophoneMode, dwMicrophoneValue, "ZvSound Micophone Status ");
 }
 
 // One number each; what can't be read leaves the field as it was.
@@ -71,33 +54,33 @@ void CAudioMonitor::RefreshHeadSetType()
 {
     DWORD dwValue = 0;
     if (AUDIO_CHECK(CAudioREG::ReadRegValue(LYRANA_HEADSET_TYPE_PATH, LYRANA_HEADSET_TYPE, dwValue)) == 0)
-        StoreNumber(m_oStatus.m_iHeadSetType, dwValue, "Headset Type ");
+        StoreNumber(AUDIO_LOG_SITE, m_oStatus.m_iHeadSetType, dwValue, "Headset Type ");
 }
 
 void CAudioMonitor::RefreshHeadSetMode()
 {
     DWORD dwValue = 0;
     if (AUDIO_CHECK(CAudioREG::ReadRegValue(LYRANA_HEADSET_MODE_PATH, LYRANA_HEADSET_MODE, dwValue)) == 0)
-        StoreNumber(m_oStatus.m_iHeadSetMode, dwValue, "Headset mode ");
+        StoreNumber(AUDIO_LOG_SITE, m_oStatus.m_iHeadSetMode, dwValue, "Headset mode ");
 }
 
 void CAudioMonitor::RefreshLyranaMode()
 {
     DWORD dwValue = 0;
     if (AUDIO_CHECK(CAudioREG::ReadRegValue(LYRANA_MODE_PATH, LYRANA_APO_MODE, dwValue)) == 0)
-        StoreNumber(m_oStatus.m_iLyranaMode, dwValue, "Lyrana mode ");
+        StoreNumber(AUDIO_LOG_SITE, m_oStatus.m_iLyranaMode, dwValue, "Lyrana mode ");
 }
 
 void CAudioMonitor::RefreshSilentSpace()
 {
     DWORD dwValue = 0;
     if (AUDIO_CHECK(CAudioREG::ReadRegValue(VQE_SILENT_SPACE_PATH, VQE_SILENT_SPACE_STATUS, dwValue)) == 0)
-        StoreNumber(m_oStatus.m_iSilentSpace, dwValue, "Silent Space Status ");
+        StoreNumber(AUDIO_LOG_SITE, m_oStatus.m_iSilentSpace, dwValue, "Silent Space Status ");
 }
 
 void CAudioMonitor::RefreshZvSmartAudioMode()
 {
     DWORD dwValue = 0;
     if (AUDIO_CHECK(CAudioREG::ReadRegValue(ZV_SMART_AUDIO_MODE_LOCAL_PATH, SMART_AUDIO_MODE, dwValue)) == 0)
-        StoreNumber(m_oStatus.m_iZvSmartAudioMode, dwValue, "ZVSmartAudio mode ");
+        StoreNumber(AUDIO_LOG_SITE, m_oStatus.m_iZvSmartAudioMode, dwValue, "ZVSmartAudio mode ");
 }

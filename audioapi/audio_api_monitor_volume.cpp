@@ -16,19 +16,20 @@ struct VolumeValues
     std::string strValue;    // dB
 };
 
-void LogNumberChange(const char* pLabel, int iOld, DWORD dwNew)
+void LogNumberChange(const AudioLogSite& oSite, const char* pLabel, int iOld, DWORD dwNew)
 {
     const DWORD dwOld = static_cast<DWORD>(iOld);
     if (dwNew != dwOld)
-        AUDIOLOG_INFO(pLabel + std::to_string(dwOld) + ") change to (" + std::to_string(dwNew) + ")");
+        AUDIO_LOG_AT(oSite, AUDIO_LEVEL_INFO, 0,
+                     pLabel + std::to_string(dwOld) + ") change to (" + std::to_string(dwNew) + ")");
 }
 
 // As texts: a writer that formats its number otherwise than we do changes it with each refresh.
-void LogDecibelChange(const char* pLabel, float fOld, const std::string& strNew)
+void LogDecibelChange(const AudioLogSite& oSite, const char* pLabel, float fOld, const std::string& strNew)
 {
     const std::string strOld = CAudioSTR::FloatToString(fOld);
     if (strNew != strOld)
-        AUDIOLOG_INFO(pLabel + strOld + ") change to (" + strNew + ")");
+        AUDIO_LOG_AT(oSite, AUDIO_LEVEL_INFO, 0, pLabel + strOld + ") change to (" + strNew + ")");
 }
 
 void StoreVolume(const VolumeValues& oValues, CAudioInt& iMute, CAudioInt& iVolume, CAudioRelaxed<float>& fVolumeDB)
@@ -44,11 +45,11 @@ void CAudioMonitor::RefreshSpeakerVolum()
     VolumeValues oValues;
     auto& [dwMuteValue, dwVolumeValue, strValue] = oValues;
     AUDIO_CHECK(CAudioREG::ReadRegValue(AUDIO_SPEAKER_VOLUME_PATH, AUDIO_VOLUME_MUTE, dwMuteValue));
-    LogNumberChange("Speaker Mute status(", m_oStatus.m_iSpeakerMute, dwMuteValue);
+    LogNumberChange(AUDIO_LOG_SITE, "Speaker Mute status(", m_oStatus.m_iSpeakerMute, dwMuteValue);
     AUDIO_CHECK(CAudioREG::ReadRegValue(AUDIO_SPEAKER_VOLUME_PATH, AUDIO_VOLUME_NUM, dwVolumeValue));
-    LogNumberChange("Speaker Percent Volume(", m_oStatus.m_iSpeakerVolume, dwVolumeValue);
+    LogNumberChange(AUDIO_LOG_SITE, "Speaker Percent Volume(", m_oStatus.m_iSpeakerVolume, dwVolumeValue);
     AUDIO_CHECK(CAudioREG::ReadRegValue(AUDIO_SPEAKER_VOLUME_PATH, AUDIO_VOLUME_DB, strValue));
-    LogDecibelChange("Speaker DB Volume (", m_oStatus.m_fSpeakerVolumeDB, strValue);
+    LogDecibelChange(AUDIO_LOG_SITE, "Speaker DB Volume (", m_oStatus.m_fSpeakerVolumeDB, strValue);
     StoreVolume(oValues, m_oStatus.m_iSpeakerMute, m_oStatus.m_iSpeakerVolume, m_oStatus.m_fSpeakerVolumeDB);
 }
 
@@ -58,13 +59,13 @@ void CAudioMonitor::RefreshMicrophoneVolum()
     VolumeValues oValues;
     auto& [dwMuteValue, dwVolumeValue, strValue] = oValues;
     AUDIO_CHECK(CAudioREG::ReadRegValue(AUDIO_MICROPHONE_VOLUME_PATH, AUDIO_VOLUME_MUTE, dwMuteValue));
-    LogNumberChange("Microphone Mute status(", m_oStatus.m_iMicrophoneMute, dwMuteValue);
+    LogNumberChange(AUDIO_LOG_SITE, "Microphone Mute status(", m_oStatus.m_iMicrophoneMute, dwMuteValue);
     if (dwMuteValue == 0)
     {
         AUDIO_CHECK(CAudioREG::ReadRegValue(AUDIO_MICROPHONE_VOLUME_PATH, AUDIO_VOLUME_NUM, dwVolumeValue));
-        LogNumberChange("Microphone Percent Volume(", m_oStatus.m_iMicrophoneVolume, dwVolumeValue);
+        LogNumberChange(AUDIO_LOG_SITE, "Microphone Percent Volume(", m_oStatus.m_iMicrophoneVolume, dwVolumeValue);
         AUDIO_CHECK(CAudioREG::ReadRegValue(AUDIO_MICROPHONE_VOLUME_PATH, AUDIO_VOLUME_DB, strValue));
-        LogDecibelChange("Microphone DB Volume (", m_oStatus.m_fMicrophoneVolumeDB, strValue);
+        LogDecibelChange(AUDIO_LOG_SITE, "Microphone DB Volume (", m_oStatus.m_fMicrophoneVolumeDB, strValue);
     }
     StoreVolume(oValues, m_oStatus.m_iMicrophoneMute, m_oStatus.m_iMicrophoneVolume, m_oStatus.m_fMicrophoneVolumeDB);
 }

@@ -39,47 +39,49 @@ constexpr REGSAM READ_RIGHTS = KEY_QUERY_VALUE | KEY_WOW64_64KEY;
 constexpr REGSAM WRITE_RIGHTS = KEY_SET_VALUE | KEY_WOW64_64KEY;
 constexpr REGSAM ENUM_RIGHTS = KEY_ENUMERATE_SUB_KEYS | KEY_WOW64_64KEY;
 
-// Logs what kind of access to the value failed; gives the code back.
-DWORD ReportValue(DWORD dwResult, const char* pText, const std::string& strPath, const std::string& strKeyName)
+// All of these log at the operation's site. Logs what kind of access to the value failed; gives the code back.
+DWORD ReportValue(const AudioLogSite& oSite, DWORD dwResult, const char* pText, const std::string& strPath,
+                  const std::string& strKeyName)
 {
     if (dwResult != 0)
-        AUDIOLOG_ERROR(dwResult, pText + strPath + "\\" + strKeyName);
+        AUDIO_LOG_AT(oSite, AUDIO_LEVEL_ERROR, dwResult, pText + strPath + "\\" + strKeyName);
     return dwResult;
 }
 
 // Logs the failed call itself, when the operation has a text for it.
-DWORD ReportCall(LSTATUS lResult, const char* pText)
+DWORD ReportCall(const AudioLogSite& oSite, LSTATUS lResult, const char* pText)
 {
     if (lResult != 0 && pText != nullptr)
-        AUDIOLOG_ERROR(lResult, pText);
+        AudioLogFailure(oSite, lResult, pText);
     return static_cast<DWORD>(lResult);
 }
 
 // The body of the three reads. dwSize takes the value's size in bytes.
-DWORD QueryRegValue(const std::string& strPath, const std::string& strKeyName, BYTE (&cBuf)[REG_BUFFER_SIZE],
-                    DWORD& dwSize, const char* pCallText)
+DWORD QueryRegValue(const AudioLogSite& oSite, const std::string& strPath, const std::string& strKeyName,
+                    BYTE (&cBuf)[REG_BUFFER_SIZE], DWORD& dwSize, const char* pCallText)
 {
     std::memset(cBuf, 0, sizeof(cBuf));
     dwSize = REG_BUFFER_SIZE;
     const CRegKey oKey(strPath, READ_RIGHTS);
     DWORD dwResult = oKey.Result();
     if (dwResult == 0)
-        dwResult =
-            ReportCall(RegQueryValueExA(oKey.Handle(), strKeyName.c_str(), nullptr, nullptr, cBuf, &dwSize), pCallText);
-    return ReportValue(dwResult, "Fail to Read Reg Value KeyPath:", strPath, strKeyName);
+        dwResult = ReportCall(
+            oSite, RegQueryValueExA(oKey.Handle(), strKeyName.c_str(), nullptr, nullptr, cBuf, &dwSize), pCallText);
+    return ReportValue(oSite, dwResult, "Fail to Read Reg Value KeyPath:", strPath, strKeyName);
 }
 
 // The body of both writes.
-DWORD SetRegValue(const std::string& strPath, const std::string& strKeyName, DWORD dwType, const void* pData,
-                  size_t iDataSize, const char* pCallText)
+DWORD SetRegValue(const AudioLogSite& oSite, const std::string& strPath, const std::string& strKeyName, DWORD dwType,
+                  const void* pData, size_t iDataSize, const char* pCallText)
 {
     const CRegKey oKey(strPath, WRITE_RIGHTS);
     DWORD dwResult = oKey.Result();
     if (dwResult == 0)
-        dwResult = ReportCall(RegSetValueExA(oKey.Handle(), strKeyName.c_str(), 0, dwType,
+        dwResult = ReportCall(oSite,
+                              RegSetValueExA(oKey.Handle(), strKeyName.c_str(), 0, dwType,
                                              static_cast<const BYTE*>(pData), static_cast<DWORD>(iDataSize)),
                               pCallText);
-    return ReportValue(dwResult, "Fail to Write Reg Value KeyPath:", strPath, strKeyName);
+    return ReportValue(oSite, dwResult, "Fail to Write Reg Value KeyPath:", strPath, strKeyName);
 }
 } // namespace
 
@@ -115,7 +117,7 @@ DWORD CAudioREG::ReadRegNumber(const std::string& strPath, const std::string& st
 {
     BYTE cBuf[REG_BUFFER_SIZE];
     DWORD dwSize = 0;
-    const DWORD dwResult = QueryRegValue(strPath, strKeyName, cBuf, dwSize, nullptr);
+    const DWORD dwResult = QueryRegValue(AUDIO_LOG_SITE, strPath, strKeyName, cBuf, dwSize, nullptr);
     if (dwResult == 0)
         std::memcpy(&dwValue, cBuf, sizeof(dwValue));
     return dwResult;
@@ -126,7 +128,7 @@ DWORD CAudioREG::ReadRegValue(const std::string& strPath, const std::string& str
     BYTE cBuf[REG_BUFFER_SIZE];
     DWORD dwSize = 0;
     const DWORD dwResult =
-        QueryRegValue(strPath, strKeyName, cBuf, dwSize,
+        QueryRegValue(AUDIO_LOG_SITE, strPath, strKeyName, cBuf, dwSize,
                       "RegQueryValueExA(khHandle, strKeyName.c_str(), nullptr, &dwSzType, (LPBYTE)cBuf, &dwSize)");
     if (dwResult == 0)
         strValue.assign(cBuf, std::find(cBuf, cBuf + REG_BUFFER_SIZE, BYTE{0}));
@@ -138,7 +140,7 @@ DWORD CAudioREG::ReadRegBinary(const std::string& strPath, const std::string& st
     BYTE cBuf[REG_BUFFER_SIZE];
     DWORD dwSize = 0;
     const DWORD dwResult =
-        QueryRegValue(strPath, strKeyName, cBuf, dwSize,
+        QueryRegValue(AUDIO_LOG_SITE, strPath, strKeyName, cBuf, dwSize,
                       "RegQueryValueExA(khHandle, strKeyName.c_str(), nullptr, &dwSzType, cBuf, &dwSize)");
     if (dwResult == 0)
         strValue = CAudioSTR::ToHexString(cBuf, dwSize);
@@ -147,12 +149,12 @@ DWORD CAudioREG::ReadRegBinary(const std::string& strPath, const std::string& st
 
 DWORD CAudioREG::WriteRegValue(const std::string& strPath, const std::string& strKeyName, const std::string& strWValue)
 {
-    return SetRegValue(strPath, strKeyName, REG_SZ, strWValue.c_str(), strWValue.length() + 1, nullptr);
+    return SetRegValue(AUDIO_LOG_SITE, strPath, strKeyName, REG_SZ, strWValue.c_str(), strWValue.length() + 1, nullptr);
 }
 
 DWORD CAudioREG::WriteRegValue(const std::string& strPath, const std::string& strKeyName, DWORD dWValue)
 {
-    return SetRegValue(strPath, strKeyName, REG_DWORD, &dWValue, sizeof(DWORD),
+    return SetRegValue(AUDIO_LOG_SITE, strPath, strKeyName, REG_DWORD, &dWValue, sizeof(DWORD),
                        "RegSetValueExA(khHandle, strKeyName.c_str(), 0, REG_DWORD, (const BYTE *)(&dWValue), "
                        "sizeof(DWORD))");
 }
@@ -182,7 +184,7 @@ DWORD CAudioREG::DeleteRegValue(const std::string& strPath, const std::string& s
         const HKEY khHandle = oKey.Handle();
         dwResult = static_cast<DWORD>(AUDIO_CHECK(RegDeleteValueA(khHandle, strKeyName.c_str())));
     }
-    return ReportValue(dwResult, "Fail to Delete Reg Value KeyPath:", strPath, strKeyName);
+    return ReportValue(AUDIO_LOG_SITE, dwResult, "Fail to Delete Reg Value KeyPath:", strPath, strKeyName);
 }
 
 void CAudioREG::CreateRegKey(const std::string& strPath)

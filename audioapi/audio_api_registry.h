@@ -52,13 +52,11 @@ public:
 
     // Opens the key and arms a watch on its whole subtree; a null event is created first. On failure both are closed
     // and nulled.
-    static DWORD RegNotifyStart(const std::string& strPath, HKEY& hKey, HANDLE& pEventHandle);
-    // The same with a worker's event, which stays with its owner on failure, for the owner may be signalling it.
-    static DWORD RegNotifyStart(const std::string& strPath, HKEY& hKey, CAudioWorkerEvent& hEvent);
-    // Takes the event back and arms the watch again.
+    static DWORD RegNotifyStart(const std::string& strPath, HKEY& hKey, CAudioWorkerEvent& pEventHandle);
+    // Takes the event back and arms the watch again: before the key is read, so that no change is missed.
     static void RegNotifyReset(HKEY hKey, HANDLE hEvent);
     // Closes and nulls what is set.
-    static void RegNotifyClose(HKEY& hKey, HANDLE& hEvent);
+    static void RegNotifyClose(HKEY& hKey, CAudioWorkerEvent& hEvent);
 
     // Writes the class's keys, the platform's and the COM server's. The platform's result, or 13 without a record.
     static HRESULT RegisterAudioAPO(const APO_REG_PROPERTIES* pAPOReg, const std::string& strClassName,
@@ -68,5 +66,4 @@ public:
 
 private:
     static DWORD ReadRegNumber(const std::string& strPath, const std::string& strKeyName, DWORD& dwValue);
-    static DWORD OpenRegWatch(const std::string& strPath, HKEY& hKey, HANDLE& pEventHandle);
 };

@@ -44,6 +44,7 @@ void CAudioSettings::Follow(HKEY hKey, const CAudioWorkerEvent& hRegistEvent, co
         }
         if (iRunFlag == 0)
             break;
+        CAudioREG::RegNotifyReset(hKey, hRegistEvent);
         try
         {
             fnRead();
@@ -52,6 +53,5 @@ void CAudioSettings::Follow(HKEY hKey, const CAudioWorkerEvent& hRegistEvent, co
         {
             // Without memory the settings stay as they are until the next change.
         }
-        CAudioREG::RegNotifyReset(hKey, hRegistEvent);
     }
 }

@@ -8,8 +8,9 @@
 #include <atomic>
 #include <mutex>
 
-// Made by the owner before the worker's start, or by the worker itself; closed by the owner alone, after the worker has
-// ended, for until then the owner may be signalling it. Usable as a HANDLE; null while there is no event.
+// Made by the owner before the worker's start, or by the worker itself, which may close it on its way out; the owner,
+// who may be signalling it meanwhile, closes what is left. Usable as a HANDLE by the worker; null while there is no
+// event.
 class CAudioWorkerEvent
 {
 public:
@@ -21,19 +22,14 @@ public:
     // Any thread, one load.
     operator HANDLE() const { return m_hEvent.load(std::memory_order_acquire); }
 
-    // Makes the event, not signalled. False when the platform gives none.
+    // Makes the event, not signalled. False when the platform gives none. A worker that made it tests its run flag
+    // after this: a stop that came before and found no event to signal is seen then, which the lock orders.
     bool Create()
     {
-        Publish(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-        return *this != nullptr;
-    }
-
-    // Takes over an event that the worker made. A worker tests its run flag after this: a stop that came before and
-    // found no event to signal is seen then, which the lock orders.
-    void Publish(HANDLE hEvent)
-    {
+        const HANDLE hEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
         const std::lock_guard<CAudioLock> oGuard(m_oLock);
         m_hEvent.store(hEvent, std::memory_order_release);
+        return hEvent != nullptr;
     }
 
     // Signals the event, when there is one. For the stop, and for those who may meet it; others use SetEvent.

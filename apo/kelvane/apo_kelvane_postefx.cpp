@@ -50,6 +50,7 @@ STDMETHODIMP CKelvanePostEFX::LockForProcess(UINT32 u32NumInputConnections,
                                              APO_CONNECTION_DESCRIPTOR** ppOutputConnections)
 try
 {
+    CAudioMonitor::Instance()->WaitForFirstRead(); // the start and the first frame go by the registry's values
     if (m_pEngine != nullptr)
         AUDIO_CHECK(m_pEngine->InitAlgorithmParameter());
     const HRESULT hResult = AUDIO_CHECK(CBaseAPO::LockForProcess(u32NumInputConnections, ppInputConnections,

@@ -58,6 +58,22 @@ TEST_F(MonitorTest, StartsAndStopsWorkersWithoutGrowth)
     EXPECT_TRUE(ReadLog().empty());
 }
 
+TEST_F(MonitorTest, ALatchOpensWithItsLast)
+{
+    CAudioLatch oLatch;
+    EXPECT_TRUE(oLatch.Wait(0));
+    for (int iRound = 0; iRound < 2; ++iRound)
+    {
+        oLatch.Add();
+        oLatch.Add();
+        oLatch.Done();
+        EXPECT_FALSE(oLatch.Wait(1));
+        std::thread oLast([&] { oLatch.Done(); });
+        EXPECT_TRUE(oLatch.Wait(INFINITE));
+        oLast.join();
+    }
+}
+
 TEST_F(MonitorTest, ServicesComeAndGoWhole)
 {
     const size_t iResources = CountResources();

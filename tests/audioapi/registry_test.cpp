@@ -1,8 +1,13 @@
 // Registry access on a machine of the test's own: values, keys, watches, registration, and what failures log.
 #include "audioapi/audio_api_registry.h"
+#include "audioapi/audio_api_string.h"
 #include "audioapi/audio_api_worker_event.h"
 #include "platform/control/control.h"
 #include "tests/support/logged_machine_test.h"
+
+#include <functional>
+#include <tuple>
+#include <utility>
 
 namespace
 {
@@ -47,7 +52,13 @@ TEST_F(RegistryTest, ReadsByBytesWhateverTheType)
 {
     SetBytes("Short", REG_BINARY, "\x05");
     SetBytes("Open", REG_BINARY, "open"); // text without its zero
+    const std::string strNearly(1022, 'N');
+    const std::string strFull(1024, 'F');
+    SetBytes("Nearly", REG_SZ, strNearly + '\0');
+    SetBytes("Full", REG_BINARY, strFull);
     SetBytes("Large", REG_BINARY, std::string(1025, 'L'));
+    const auto fHex = [](const std::string& strBytes)
+    { return CAudioSTR::ToHexString(reinterpret_cast<const BYTE*>(strBytes.data()), strBytes.size()); };
     const struct
     {
         const char* pName;
@@ -58,6 +69,8 @@ TEST_F(RegistryTest, ReadsByBytesWhateverTheType)
         {"Number", 0x44434241, "ABCD", "41424344"},
         {"Short", 5, "\x05", "05"},
         {"Open", 0x6E65706F, "open", "6F70656E"},
+        {"Nearly", 0x4E4E4E4E, strNearly, fHex(strNearly + '\0')},
+        {"Full", 0x46464646, strFull, fHex(strFull)},
         {"", 99, "old", "old"},
         {"Large", 99, "old", "old"},
     };
@@ -82,12 +95,20 @@ TEST_F(RegistryTest, WritesAndDeletes)
     CAudioREG::CreateRegKey(strBase + "\\Sub\\Deep");
     EXPECT_EQ(CAudioREG::WriteRegValue(strBase + "\\Sub\\Name", std::string("text")), 0U);
     EXPECT_EQ(CAudioREG::WriteRegValue(strBase + "\\Sub\\Count", 7U), 0U);
-    std::string strText;
-    DWORD dwCount = 0;
-    EXPECT_EQ(CAudioREG::ReadRegValue(strBase + "\\Sub", "Name", strText), 0U);
-    EXPECT_EQ(CAudioREG::ReadRegValue(strBase + "\\Sub", "Count", dwCount), 0U);
-    EXPECT_EQ(strText, "text");
-    EXPECT_EQ(dwCount, 7U);
+    HKEY hKey = nullptr;
+    ASSERT_EQ(CAudioREG::OpenRegKey(strBase + "\\Sub", KEY_QUERY_VALUE | KEY_WOW64_64KEY, hKey), 0U);
+    for (const auto& [pName, dwExpected, strBytes] :
+         {std::tuple<const char*, DWORD, std::string>{"Name", REG_SZ, std::string("text\0", 5)},
+          {"Count", REG_DWORD, std::string("\7\0\0\0", 4)}})
+    {
+        DWORD dwType = 0;
+        char aData[16];
+        DWORD dwSize = sizeof(aData);
+        EXPECT_EQ(RegQueryValueExA(hKey, pName, nullptr, &dwType, reinterpret_cast<BYTE*>(aData), &dwSize), 0);
+        EXPECT_EQ(dwType, dwExpected);
+        EXPECT_EQ(std::string(aData, dwSize), strBytes);
+    }
+    RegCloseKey(hKey);
     EXPECT_EQ(CAudioREG::RegEnumKeyName(BASE), std::vector<std::string>{"Sub"});
     EXPECT_TRUE(CAudioREG::RegKeyExists(strBase + "\\Sub\\Count"));
     EXPECT_EQ(CAudioREG::DeleteRegValue(strBase + "\\Sub", "Count"), 0U);
@@ -123,6 +144,14 @@ TEST_F(RegistryTest, FailuresAreLoggedWithTheirCode)
     EXPECT_EQ(CountLog("Not exist RegKey:"), 2U);
     EXPECT_TRUE(CAudioREG::RegPathExists("HKEY_LOCAL_MACHINE")); // no backslash: the default root itself
     EXPECT_EQ(CountLog("Undefine RegRoot Use default HKEY_LOCAL_MACHINE!"), 1U);
+    SetBytes("None", REG_NONE, "");
+    EXPECT_FALSE(CAudioREG::RegKeyExists(std::string(BASE) + "\\None"));
+    ExpectErrors({"dwSzType == REG_NONE"}, 13);
+    for (const auto& [pName, hRoot] : {std::pair<const char*, HKEY>{"HKEY_CLASSES_ROOT", HKEY_CLASSES_ROOT},
+                                       {"HKEY_CURRENT_CONFIG", HKEY_CURRENT_CONFIG},
+                                       {"HKEY_CURRENT_USER", HKEY_CURRENT_USER},
+                                       {"HKEY_USERS", HKEY_USERS}})
+        EXPECT_EQ(CAudioREG::GetRegHeadKey(pName), hRoot) << pName;
 }
 
 TEST_F(RegistryTest, WatchWakesOncePerArming)
@@ -131,41 +160,52 @@ TEST_F(RegistryTest, WatchWakesOncePerArming)
     const std::string strDeep = std::string(BASE) + "\\New\\Deep";
     CAudioREG::CreateRegKey(strDeep);
     HKEY hKey = nullptr;
-    HANDLE hEvent = nullptr;
-    ASSERT_EQ(CAudioREG::RegNotifyStart(BASE, hKey, hEvent), 0U);
-    EXPECT_EQ(WaitForSingleObject(hEvent, 0), static_cast<DWORD>(WAIT_TIMEOUT));
-    for (const std::string& strPath : {std::string(BASE), strDeep})
+    CAudioWorkerEvent oEvent;
+    ASSERT_EQ(CAudioREG::RegNotifyStart(BASE, hKey, oEvent), 0U);
+    EXPECT_EQ(WaitForSingleObject(oEvent, 0), static_cast<DWORD>(WAIT_TIMEOUT));
+    const std::function<void()> CHANGE[] = {
+        [] { SetRegistry(BASE, "Number", 1); },
+        [&] { SetRegistry(strDeep, "Number", 1); },
+        [&] { CAudioREG::CreateRegKey(strDeep + "\\Below"); },
+        [&] { CAudioREG::DeleteRegKey(strDeep + "\\Below"); },
+    };
+    for (const auto& fChange : CHANGE)
     {
-        SetRegistry(strPath, "Number", 1);
-        EXPECT_EQ(WaitForSingleObject(hEvent, 10000), static_cast<DWORD>(WAIT_OBJECT_0)) << strPath;
-        CAudioREG::RegNotifyReset(hKey, hEvent);
-        EXPECT_EQ(WaitForSingleObject(hEvent, 0), static_cast<DWORD>(WAIT_TIMEOUT)) << strPath;
+        SCOPED_TRACE(&fChange - CHANGE);
+        fChange();
+        EXPECT_EQ(WaitForSingleObject(oEvent, 10000), static_cast<DWORD>(WAIT_OBJECT_0));
+        // Without one of the two nothing happens.
+        CAudioREG::RegNotifyReset(nullptr, oEvent);
+        CAudioREG::RegNotifyReset(hKey, nullptr);
+        EXPECT_EQ(WaitForSingleObject(oEvent, 0), static_cast<DWORD>(WAIT_OBJECT_0));
+        CAudioREG::RegNotifyReset(hKey, oEvent);
+        EXPECT_EQ(WaitForSingleObject(oEvent, 0), static_cast<DWORD>(WAIT_TIMEOUT));
     }
-    CAudioREG::RegNotifyClose(hKey, hEvent);
-    CAudioREG::RegNotifyClose(hKey, hEvent);
+    EXPECT_EQ(CountLog("hKey"), std::size(CHANGE));
+    EXPECT_EQ(CountLog("hEvent"), std::size(CHANGE));
+    CAudioREG::RegNotifyClose(hKey, oEvent);
+    CAudioREG::RegNotifyClose(hKey, oEvent);
 }
 
-// A failed start closes what it was given; a worker's own event stays its owner's to close.
 TEST_F(RegistryTest, FailedWatchLeavesNothingOpen)
 {
     StartLog();
     HKEY hKey = nullptr;
-    HANDLE hEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    EXPECT_EQ(CAudioREG::RegNotifyStart(MISSING, hKey, hEvent), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
-    EXPECT_EQ(hEvent, nullptr);
-
     CAudioWorkerEvent oEvent;
     ASSERT_TRUE(oEvent.Create());
+    EXPECT_EQ(CAudioREG::RegNotifyStart(MISSING, hKey, oEvent), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
+    EXPECT_EQ(oEvent, nullptr);
+
     control::FailNext("RegNotifyChangeKeyValue", 1234);
     EXPECT_EQ(CAudioREG::RegNotifyStart(BASE, hKey, oEvent), 1234U);
     EXPECT_EQ(hKey, nullptr);
-    EXPECT_TRUE(SetEvent(oEvent));
+    EXPECT_EQ(oEvent, nullptr);
     ExpectErrors({"RegNotifyChangeKeyValue(hKey, TRUE, dwFilter, pEventHandle, TRUE)"}, 1234);
     EXPECT_EQ(CountLog("Fail to Regist Notify Change KeyPath:"), 2U);
 
     control::FailNext("CreateEventW", 8);
     SetRegistry("HKEY_LOCAL_MACHINE\\SOFTWARE\\Other", "Number", 1);
-    EXPECT_EQ(CAudioREG::RegNotifyStart("HKEY_LOCAL_MACHINE\\SOFTWARE\\Other", hKey, hEvent), 6U);
+    EXPECT_EQ(CAudioREG::RegNotifyStart("HKEY_LOCAL_MACHINE\\SOFTWARE\\Other", hKey, oEvent), 6U);
     EXPECT_EQ(hKey, nullptr);
     ExpectErrors({"pEventHandle", "Fail to Regist Notify Change KeyPath:HKEY_LOCAL_MACHINE\\SOFTWARE\\Other"}, 6);
 }

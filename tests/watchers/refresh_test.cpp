@@ -1,6 +1,8 @@
 // What each refresh makes of its values, and what it says.
 #include "tests/watchers/watcher_test.h"
 
+#include <utility>
+
 namespace
 {
 using RefreshTest = WatcherTest;
@@ -95,7 +97,10 @@ const struct
        "Fail:ExternalMicrophoneInput|"
        "CAudioREG::ReadRegValue(AUDIO_REALTEK_HEADSET_PATH, APO_EXTERNAL_MICROPHONE, dwMicroPhoneValue)"},
       {APO_EXTERNAL_MICROPHONE, Number(2), "HeadSet Status:0,ExternalMic Status: 1"},
-      {APO_INTERNAL_SPEAKER, Number(0), "HeadSet Status:1,ExternalMic Status: 1"}}},
+      {APO_INTERNAL_SPEAKER, Number(0), "HeadSet Status:1,ExternalMic Status: 1"},
+      {APO_INTERNAL_SPEAKER, oGone,
+       "Fail:InternalSpeakerOutput|"
+       "CAudioREG::ReadRegValue(AUDIO_REALTEK_HEADSET_PATH, APO_INTERNAL_SPEAKER, dwSpeakerValue)"}}},
     {12,
      AUDIO_ZVSOUND_PATH,
      {{AUDIO_ZVSOUND_STATUS, Number(1), nullptr},
@@ -121,7 +126,8 @@ TEST_F(RefreshTest, EachStepSaysWhatItRead)
         for (const Step& oStep : oScenario.vecBefore)
             Set(oScenario.pPath, oStep.pName, oStep.oValue.dwType, oStep.oValue.strBytes);
         Monitor().StartMonitor(oScenario.iIndex);
-        TakeLog();
+        const size_t iStartLines = TakeLog().size();
+        EXPECT_TRUE(oScenario.iIndex != 12 || iStartLines == 1) << "the sound effects' start is no change";
         for (const Step& oStep : oScenario.vecSteps)
         {
             if (oStep.oValue.dwType == REG_NONE)
@@ -141,6 +147,35 @@ TEST_F(RefreshTest, EachStepSaysWhatItRead)
     }
     EXPECT_EQ(Status().m_iLastMicrophoneMode, 2) << "5 is no ordinary mode";
     EXPECT_EQ(Status().m_iRenderMode, 4) << "a refresh without MultiRender stored a mode";
+    EXPECT_EQ(Status().m_iHeadSetCapture + Status().m_iHeadSetRender, 2);
+    for (const auto& [pLine, pFunction] : {std::pair<const char*, const char*>{"multiRender: ", "RefreshAPPMode"},
+                                           {"Speaker Percent Volume(", "RefreshSpeakerVolum"},
+                                           {"Speaker DB Volume (", "RefreshSpeakerVolum"},
+                                           {"Lyrana Bypass Status ", "RefreshBypassStatus"},
+                                           {"Default Render Endpoint CLSID ", "RefreshDeviceCLSID"},
+                                           {"Fail to Read Reg Value KeyPath:", "ReadRegNumber"}})
+        EXPECT_EQ(FindLog(pLine).at(0).strFunction, pFunction) << pLine;
+}
+
+// Whoever asks for an endpoint while its watcher writes gets one text or the other.
+TEST_F(RefreshTest, EndpointsAreGivenWhole)
+{
+    const std::string aText[] = {std::string(100, 'A'), std::string(1000, 'B')};
+    SetRegistry(DEVICE_CLSID_PATH, AUDIO_CAPTURE_CLSID, aText[0]);
+    SetRegistry(DEVICE_CLSID_PATH, AUDIO_RENDER_CLSID, aText[0]);
+    Monitor().StartMonitor(4);
+    WaitForWorkers();
+    for (int i = 1; i <= 100; ++i)
+    {
+        SetRegistry(DEVICE_CLSID_PATH, AUDIO_CAPTURE_CLSID, aText[i % 2]);
+        SetRegistry(DEVICE_CLSID_PATH, AUDIO_RENDER_CLSID, aText[i % 2]);
+        const auto fIsNew = [&](const std::string& strGiven)
+        {
+            EXPECT_TRUE(strGiven == aText[0] || strGiven == aText[1]);
+            return strGiven == aText[i % 2];
+        };
+        ASSERT_TRUE(WaitFor([&] { return fIsNew(Monitor().GetCaptureCLSID()) && fIsNew(Monitor().GetRenderCLSID()); }));
+    }
 }
 
 // Of the instances the first that has the value, of its bytes the first.

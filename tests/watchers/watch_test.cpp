@@ -107,6 +107,7 @@ TEST_F(WatchTest, WithoutItsKeyOrEventAWatcherEndsForGood)
     for (const LogLine& oLine : vecStart)
     {
         EXPECT_TRUE(oLine.strLevel == "ERROR" && oLine.iErrorCode == ERROR_FILE_NOT_FOUND) << oLine.strMessage;
+        EXPECT_EQ(oLine.strFunction, "StartWatch");
         oText.insert(oLine.strMessage);
     }
     EXPECT_EQ(oText.size(), 11U);
@@ -122,6 +123,22 @@ TEST_F(WatchTest, WithoutItsKeyOrEventAWatcherEndsForGood)
     control::ClearFailures();
     EXPECT_EQ(CountLog("pThis->m_hModeEvent"), 2U);
     EXPECT_EQ(CountLog("pThis->m_h"), 11U + 14U);
+}
+
+// The next change comes while the watcher reads, or as soon as the last one is in the record.
+TEST_F(WatchTest, NoChangeIsMissed)
+{
+    CAudioREG::CreateRegKey(AUDIO_SPEAKER_VOLUME_PATH);
+    Monitor().StartMonitor(2);
+    WaitForWorkers();
+    for (int iRound = 1; iRound <= 300; ++iRound)
+    {
+        SetRegistry(AUDIO_SPEAKER_VOLUME_PATH, AUDIO_VOLUME_NUM, static_cast<DWORD>(2 * iRound));
+        for (int iSpin = 0; iRound % 2 == 0 && iSpin < 1000000 && Status().m_iSpeakerVolume != 2 * iRound; ++iSpin)
+            ;
+        SetRegistry(AUDIO_SPEAKER_VOLUME_PATH, AUDIO_VOLUME_NUM, static_cast<DWORD>(2 * iRound + 1));
+        ASSERT_TRUE(WaitFor([&] { return Status().m_iSpeakerVolume == 2 * iRound + 1; })) << iRound;
+    }
 }
 
 // A stop may meet the workers anywhere in their start, or at rest.
