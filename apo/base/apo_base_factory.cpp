@@ -4,6 +4,8 @@
 #include "apo/base/apo_base_module.h"
 #include "audioapi/audio_api_log.h"
 
+#include <new>
+
 STDMETHODIMP APOClassFactory::QueryInterface(REFIID riid, void** ppv)
 try
 {
@@ -39,11 +41,12 @@ try
 {
     if (AUDIO_FAIL_IF(ppv == nullptr, E_POINTER))
         return E_POINTER;
+    *ppv = nullptr;
     if (pUnkOuter != nullptr && iid != IID_IUnknown)
         return E_NOINTERFACE;
     // The construction's reference goes when this one does, on every way out.
     const auto fRelease = [](CBaseAPO* pObject) { pObject->NonDelegatingRelease(); };
-    const std::unique_ptr<CBaseAPO, decltype(fRelease)> pAPOBase(CreateAPOInstance(pUnkOuter), fRelease);
+    const std::unique_ptr<CBaseAPO, decltype(fRelease)> pAPOBase(TryCreateAPOInstance(pUnkOuter), fRelease);
     if (AUDIO_MISSING(pAPOBase, E_OUTOFMEMORY))
         return E_OUTOFMEMORY;
     return AUDIO_CHECK(pAPOBase->NonDelegatingQueryInterface(iid, ppv));
@@ -51,6 +54,16 @@ try
 catch (...)
 {
     return CaughtResult();
+}
+
+CBaseAPO* APOClassFactory::TryCreateAPOInstance(IUnknown* pUnkOuter)
+try
+{
+    return CreateAPOInstance(pUnkOuter);
+}
+catch (const std::bad_alloc&)
+{
+    return nullptr;
 }
 
 STDMETHODIMP APOClassFactory::LockServer(BOOL bLock)

@@ -21,7 +21,7 @@ public:
     STDMETHODIMP_(ULONG) Release() override;
 
     // Builds an object and gives its interface iid, the only reference. With an outer unknown only IID_IUnknown is
-    // given. E_POINTER, E_NOINTERFACE, E_OUTOFMEMORY.
+    // given. E_POINTER, E_NOINTERFACE, E_OUTOFMEMORY, with null in *ppv.
     STDMETHODIMP CreateInstance(IUnknown* pUnkOuter, REFIID iid, void** ppv) override;
     STDMETHODIMP LockServer(BOOL bLock) override;
 
@@ -35,4 +35,8 @@ protected:
 
 public:
     INT32 m_iAPOType = 11; // index into the type tags: 8 EFX, 10 OMFX, 11 none
+
+private:
+    // The same; null too when the memory ends while it is built.
+    CBaseAPO* TryCreateAPOInstance(IUnknown* pUnkOuter);
 };

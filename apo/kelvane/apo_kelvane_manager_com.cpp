@@ -37,10 +37,13 @@ HRESULT CKelvaneManager::GetClassObject(REFCLSID rclsid, REFIID riid, void** ppv
     return AUDIO_CHECK(pFactory->QueryInterface(iid, ppv));
 }
 
-// A failed registration undoes itself, and the caller hears the result of the undoing.
+// A failed registration undoes itself, and the caller hears the result of the undoing. Without the module's name nothing
+// is written that could be undone.
 HRESULT CKelvaneManager::RegisterAllFX()
 {
     const std::string strModuleName = CAudioSYS::GetModuleBaseName(m_hInstance);
+    if (AUDIO_FAIL_IF(strModuleName.empty(), E_FAIL))
+        return E_FAIL;
     if (AUDIO_CHECK(CAudioREG::RegisterAudioAPO(CKelvaneClassFactory::KelvanePostEFX_Property, "KELVANE Post EFX Class",
                                                 strModuleName)) == 0 &&
         AUDIO_CHECK(CAudioREG::RegisterAudioAPO(CKelvaneClassFactory::KelvanePostOMFX_Property,

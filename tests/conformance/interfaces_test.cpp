@@ -103,8 +103,9 @@ TEST_F(InterfacesTest, AnAggregatedObjectCountsOnItsOuterUnknown)
     void* pFactory = nullptr;
     ASSERT_EQ(GetClassObject(RENDER_EFX, CLASS_FACTORY, &pFactory), OK);
     const ComPtr<IClassFactory> pOwned(static_cast<IClassFactory*>(pFactory));
-    void* pNone = nullptr;
+    void* pNone = this;
     EXPECT_EQ(pOwned->CreateInstance(&oOuter, OBJECT, &pNone), NO_INTERFACE);
+    EXPECT_EQ(pNone, nullptr);
     EXPECT_EQ(CanUnload(), OK);
 
     oOuter.m_pInner = Create<IUnknown>(RENDER_EFX, UNKNOWN, &oOuter);
