@@ -36,7 +36,8 @@ public:
     // A random value from 0 to 255; 0 when the platform has none.
     static UINT32 GenerateRandom();
 
-    // Reads a file that must hold exactly iParaLength elements; null on any failure, which is logged.
+    // Reads a file that must hold exactly iParaLength elements; null on any failure, which is logged. A length below 1
+    // is logged and leaves the pointer as it was.
     static void ReadBinFileParam(const std::string& strPath, const INT32& iParaLength, std::unique_ptr<BYTE[]>& pPara);
     static void ReadBinFileParam(const std::string& strPath, const INT32& iParaLength,
                                  std::unique_ptr<FLOAT32[]>& pPara);

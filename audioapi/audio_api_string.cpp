@@ -2,7 +2,6 @@
 #include "audioapi/audio_api_string.h"
 
 #include <algorithm>
-#include <cwctype>
 
 namespace
 {
@@ -129,8 +128,7 @@ std::string CAudioSTR::ToUpper(const std::string& strText)
 std::wstring CAudioSTR::ToUpper(const std::wstring& strText)
 {
     std::wstring strResult = strText;
-    for (wchar_t& cLetter : strResult)
-        cLetter = static_cast<wchar_t>(std::towupper(static_cast<std::wint_t>(cLetter)));
+    CharUpperW(strResult.data());
     return strResult;
 }
 
@@ -146,7 +144,6 @@ std::string CAudioSTR::ToLower(const std::string& strText)
 std::wstring CAudioSTR::ToLower(const std::wstring& strText)
 {
     std::wstring strResult = strText;
-    for (wchar_t& cLetter : strResult)
-        cLetter = static_cast<wchar_t>(std::towlower(static_cast<std::wint_t>(cLetter)));
+    CharLowerW(strResult.data());
     return strResult;
 }

@@ -32,7 +32,7 @@ public:
     static std::string GetMaxVersion(const std::string& strA, const std::string& strB, const std::string& strSeparator);
     static std::string ReplaceFirst(const std::string& strText, const std::string& strNew, const std::string& strOld);
 
-    // ASCII letters only in the narrow form.
+    // Letters of every alphabet in the wide form, whatever the program's locale; of ASCII alone in the narrow one.
     static std::string ToUpper(const std::string& strText);
     static std::wstring ToUpper(const std::wstring& strText);
     static std::string ToLower(const std::string& strText);

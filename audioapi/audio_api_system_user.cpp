@@ -47,7 +47,7 @@ DWORD QueryUserToken(DWORD dwSessionID, CAudioHandle& oToken)
     {
         HANDLE hToken = nullptr;
         ++iTryCount;
-        dwResult = WTSQueryUserToken(dwSessionID, &hToken) ? 0 : GetLastError();
+        dwResult = WTSQueryUserToken(dwSessionID, &hToken) ? 0 : AudioLastError();
         oToken.reset(hToken);
         return dwResult == 0;
     };
@@ -55,6 +55,17 @@ DWORD QueryUserToken(DWORD dwSessionID, CAudioHandle& oToken)
         AUDIOLOG_WARN("Not find UserToken by SessionID:" + CAudioSTR::ToString(dwSessionID) +
                       ",Trytimes=" + CAudioSTR::ToString(iTryCount) + ",ErrorCode =" + CAudioSTR::ToString(dwResult));
     return dwResult;
+}
+
+// Whether the SID was found; pSid is memory of RECORD_ROOM bytes.
+bool LookUpSid(const std::wstring& strLoginName, PSID pSid)
+{
+    WCHAR szDomainName[NAME_ROOM] = {};
+    DWORD dwSidLen = RECORD_ROOM;
+    DWORD dwDmLen = NAME_ROOM;
+    SID_NAME_USE sn{};
+    return AUDIO_CHECK_WIN(LookupAccountName(nullptr, strLoginName.c_str(), pSid, &dwSidLen, szDomainName, &dwDmLen,
+                                             &sn)) == 0;
 }
 } // namespace
 
@@ -107,7 +118,7 @@ DWORD CAudioSYS::QueryLoginName(std::wstring& strLoginName)
     DWORD iUserNameLen = NAME_ROOM;
     if (!GetUserNameW(strUserName, &iUserNameLen))
     {
-        const DWORD dwResult = GetLastError();
+        const DWORD dwResult = AudioLastError();
         AUDIOLOG_ERROR(dwResult, "Query Login UserName failed!");
         return dwResult;
     }
@@ -144,16 +155,7 @@ std::wstring CAudioSYS::GetCurrentUserSidstr(INT32 iTryTimes)
     const PSID pSid = oMemory.get();
     if (AUDIO_MISSING(pSid, NO_OBJECT))
         return {};
-    const auto fLookup = [&]
-    {
-        WCHAR szDomainName[NAME_ROOM] = {};
-        DWORD dwSidLen = RECORD_ROOM;
-        DWORD dwDmLen = NAME_ROOM;
-        SID_NAME_USE sn{};
-        return AUDIO_CHECK_WIN(
-                   LookupAccountName(nullptr, strLoginName.c_str(), pSid, &dwSidLen, szDomainName, &dwDmLen, &sn)) == 0;
-    };
-    if (!AudioRetry(iTryTimes, fLookup))
+    if (!AudioRetry(iTryTimes, [&] { return LookUpSid(strLoginName, pSid); }))
         return {};
     LPWSTR lpSidInStr = nullptr;
     if (AUDIO_CHECK_WIN(ConvertSidToStringSid(pSid, &lpSidInStr)) != 0)

@@ -81,5 +81,8 @@ TEST_F(DataLogTest, ParameterFilesHaveExactlyTheirSize)
     EXPECT_EQ(CountLog("bfFileSize / static_cast<long>(sizeof(float)) != static_cast<long>(bfParamSize)"), 5U);
     CAudioDATA::ReadBinFileParam("C:\\p\\none.bin", 3, pByte);
     EXPECT_EQ(CountLog("Read file param failed! Path:C:\\p\\none.bin"), 1U);
+    EXPECT_EQ(CountLog("3842006 ReadRECBinFileParam Fail!"), 6U);
+    EXPECT_EQ(CountLog("3842005 ReadVQEBinFileParam Fail!"), 5U);
+    EXPECT_EQ(CountLog("3841093 ReadZvVABinFileParam Fail!"), 5U);
 }
 } // namespace

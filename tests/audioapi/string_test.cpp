@@ -67,6 +67,14 @@ TEST(StringTest, KeyValueReadsTheFirstPlaceOfTheKeyOnly)
         EXPECT_EQ(CAudioSTR::GetKeyValue(oCase.pFirst, oCase.pSecond, ","), oCase.pResult) << oCase.pFirst;
 }
 
+TEST(StringTest, LettersOfEveryAlphabetHaveTwoCases)
+{
+    EXPECT_EQ(CAudioSTR::ToUpper(std::wstring(L"j\u00FCrgen.\u0436 9")), L"J\u00DCRGEN.\u0416 9");
+    EXPECT_EQ(CAudioSTR::ToLower(std::wstring(L"J\u00DCRGEN.\u0416 9")), L"j\u00FCrgen.\u0436 9");
+    EXPECT_EQ(CAudioSTR::ToUpper(std::wstring()), L"");
+    EXPECT_EQ(CAudioSTR::ToLower(std::string("{AZ-\xC3\x9C}")), "{az-\xC3\x9C}") << "narrow: of ASCII alone";
+}
+
 TEST(StringTest, VersionsCompareNumberByNumber)
 {
     const TextCase CASE[] = {

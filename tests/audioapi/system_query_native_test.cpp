@@ -169,9 +169,24 @@ TEST_F(SystemQueryTest, ConsoleUserIsAskedUnderItsName)
     machine::FailNext("ImpersonateLoggedOnUser", ERROR_ACCESS_DENIED);
     EXPECT_EQ(CAudioSYS::QueryImpersonateLoginName(strName), static_cast<DWORD>(ERROR_ACCESS_DENIED));
 
-    machine::FailNext("WTSQueryUserToken", ERROR_NO_TOKEN, -1);
+    // A failure without a code, and the way back to the thread's own name from one behind the impersonation.
+    machine::FailNext("GetUserNameW", 0);
+    EXPECT_EQ(CAudioSYS::QueryLoginName(strName), static_cast<DWORD>(ERROR_GEN_FAILURE));
+    if (geteuid() == 0) // may take another's name
+    {
+        const std::wstring strOwnName = OwnName();
+        PutConsole("daemon");
+        EXPECT_EQ(CAudioSYS::QueryImpersonateLoginName(strName), 0U);
+        EXPECT_EQ(strName.substr(strName.find(L'\\')), L"\\daemon");
+        EXPECT_EQ(OwnName(), strOwnName);
+        machine::FailNext("GetUserNameExW", 0);
+        EXPECT_EQ(CAudioSYS::QueryImpersonateLoginName(strName), static_cast<DWORD>(ERROR_GEN_FAILURE));
+        EXPECT_EQ(OwnName(), strOwnName);
+    }
+
+    machine::FailNext("WTSQueryUserToken", 0, -1);
     EXPECT_EQ(CAudioSYS::GetCurrentUserSidstr(0), L"");
-    EXPECT_EQ(CountLog("Not find UserToken by SessionID:7,Trytimes=30,ErrorCode =1008"), 1U);
+    EXPECT_EQ(CountLog("Not find UserToken by SessionID:7,Trytimes=30,ErrorCode =31"), 1U);
 }
 
 TEST_F(SystemQueryTest, UsersNobodyLooksAt)

@@ -9,3 +9,4 @@
 #include <winnls.h>
 #include <winnt.h>
 #include <winreg.h>
+#include <winuser.h>
