@@ -181,6 +181,8 @@ private:
         const std::string strPath = CanonicalPath(strLine.substr(iStart, strLine.size() - iStart - 1));
         if (strPath.empty())
             throw LineError("the key's root is unknown");
+        if (const char* const pFault = PathFault(strPath))
+            throw LineError(pFault);
         m_bBadKey = false;
         if (bDelete)
         {

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <exception>
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/inotify.h>
@@ -70,7 +71,20 @@ void CRegistryFollower::Run()
         [[maybe_unused]] const ssize_t iRead = read(m_iWake, &u64Count, sizeof(u64Count));
         const bool bChanged = TakeEvents();
         if (!m_bStop && (bChanged || iReady == 0))
-            iAgainMs = m_fnChanged();
+            iAgainMs = TellChange();
+    }
+}
+
+// No exception leaves the thread: what couldn't be done for want of memory is tried again.
+int CRegistryFollower::TellChange() const
+{
+    try
+    {
+        return m_fnChanged();
+    }
+    catch (const std::exception&)
+    {
+        return c_iBlindPeriodMs;
     }
 }
 

@@ -28,6 +28,7 @@ private:
     void Run();
     // Takes what the system has to tell. False if there is nothing that concerns the file.
     bool TakeEvents();
+    int TellChange() const;
     void Wake() const;
 
     std::function<int()> m_fnChanged;

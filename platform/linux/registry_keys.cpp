@@ -188,6 +188,8 @@ LSTATUS CRegistry::Create(HKEY hKey, const std::string& strSubKey, REGSAM samRig
     LSTATUS lResult = Locate(hKey, strSubKey, strPath);
     if (lResult != ERROR_SUCCESS)
         return lResult;
+    if (PathFault(strPath) != nullptr)
+        return ERROR_INVALID_PARAMETER;
     const auto fnCreate = [&](CRegistryTree& oTree)
     {
         bCreated = oTree.Find(strPath) == nullptr;

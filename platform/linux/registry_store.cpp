@@ -8,6 +8,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <fstream>
+#include <new>
 #include <sstream>
 #include <sys/file.h>
 #include <tuple>
@@ -90,6 +91,21 @@ void CRegistryStore::Refresh(bool bForce, std::vector<RegistryChange>& vecChange
     m_oDoubtSince.reset();
 
     // If the file changes between the look and the reading, the next look sees another stamp and reads again.
+    try
+    {
+        Read(bExists, bFile, vecChanges);
+    }
+    catch (const std::bad_alloc&)
+    {
+        m_bUnreadable = true; // what was read last holds
+        m_vecErrors.assign({{0, "there is no memory for the file"}});
+    }
+    m_oStamp = oStamp;
+    m_bLoaded = true;
+}
+
+void CRegistryStore::Read(bool bExists, bool bFile, std::vector<RegistryChange>& vecChanges)
+{
     std::ostringstream oText;
     m_vecErrors.clear();
     m_bUnreadable = bExists && !bFile;
@@ -105,8 +121,6 @@ void CRegistryStore::Refresh(bool bForce, std::vector<RegistryChange>& vecChange
     for (RegistryChange& oChange : DiffRegistry(m_oTree, oTree))
         vecChanges.push_back(std::move(oChange));
     m_oTree = std::move(oTree);
-    m_oStamp = oStamp;
-    m_bLoaded = true;
 }
 
 // Whether a file that is gone or empty shall count as an empty registry.

@@ -47,6 +47,7 @@ private:
 
     static Stamp StampOf(const struct stat& oStat);
     bool BelieveEmpty(const Stamp& oStamp);
+    void Read(bool bExists, bool bFile, std::vector<RegistryChange>& vecChanges);
     LSTATUS WriteFile(const CRegistryTree& oTree, Stamp& oStamp) const;
 
     std::string m_strFile;

@@ -11,6 +11,8 @@ const char* const c_strBuiltInKeys[] = {
     "HKEY_LOCAL_MACHINE",           "HKEY_USERS",
     "HKEY_LOCAL_MACHINE\\SOFTWARE", "HKEY_LOCAL_MACHINE\\SOFTWARE\\Classes",
 };
+constexpr int c_iMostLevels = 512;
+constexpr int c_iLongestName = 255;
 const char c_strClassesView[] = "hkey_classes_root";
 const char c_strClassesKey[] = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Classes";
 
@@ -58,6 +60,23 @@ std::string CanonicalPath(const std::string& strPath)
     const std::string strRoot = FoldName(strResult.substr(0, strResult.find('\\')));
     const auto bIsRoot = [&](const char* pKey) { return FoldName(pKey) == strRoot; };
     return std::any_of(std::begin(c_strBuiltInKeys), std::end(c_strBuiltInKeys), bIsRoot) ? strResult : "";
+}
+
+const char* PathFault(const std::string& strPath)
+{
+    int iLevels = 0;
+    int iCharacters = 0; // of the current name
+    for (const char c : strPath)
+    {
+        iLevels += c == '\\';
+        if (c == '\\')
+            iCharacters = 0;
+        else if ((c & 0xC0) != 0x80) // no byte that continues a character
+            ++iCharacters;
+        if (iCharacters > c_iLongestName)
+            return "a key's name is longer than 255 characters";
+    }
+    return iLevels > c_iMostLevels ? "the key lies more than 512 levels deep" : nullptr;
 }
 
 CRegistryTree::CRegistryTree()

@@ -14,6 +14,10 @@ std::string FoldName(const std::string& strName);
 // Empty if the root is unknown.
 std::string CanonicalPath(const std::string& strPath);
 
+// Why no key can have that canonical path: it lies more than 512 levels below its root, or a name is longer than 255
+// characters. Null if it can.
+const char* PathFault(const std::string& strPath);
+
 struct RegistryValue
 {
     std::string strName; // empty for the default value

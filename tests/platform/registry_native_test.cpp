@@ -1,9 +1,12 @@
 // The registry of the native machine: values and keys, rights, the file's text, watches.
 #include "platform/linux/machine.h"
+#include "platform/linux/registry_follower.h"
 #include "tests/support/machine_test.h"
 
+#include <atomic>
 #include <filesystem>
 #include <fstream>
+#include <new>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -79,6 +82,15 @@ void WriteRegistryFile(const std::string& strText)
     std::ofstream(machine::RegistryFile(), std::ios::binary) << strText;
 }
 
+// A key's line: that name so many times, each below the last, below SOFTWARE.
+std::string Nested(int iTimes, const std::string& strName)
+{
+    std::string strLine = "[HKEY_LOCAL_MACHINE\\SOFTWARE";
+    while (iTimes-- > 0)
+        strLine += "\\" + strName;
+    return strLine + "]\n";
+}
+
 using PlatformRegistryTest = MachineTest;
 
 TEST_F(PlatformRegistryTest, EveryKindOfValueSurvivesTheFile)
@@ -124,6 +136,9 @@ TEST_F(PlatformRegistryTest, EveryKindOfValueSurvivesTheFile)
 
 TEST_F(PlatformRegistryTest, ReadsHandWrittenFilesAndSaysWhatIsWrong)
 {
+    std::string strLongest;
+    while (strLongest.size() < 2 * 255)
+        strLongest += "\xC3\xA4"; // a letter of two bytes
     WriteRegistryFile("Windows Registry Editor Version 5.00\r\n"
                       "; the machine of a test\r\n"
                       "[HKEY_CLASSES_ROOT\\CLSID\\{1}]\r\n"
@@ -141,17 +156,16 @@ TEST_F(PlatformRegistryTest, ReadsHandWrittenFilesAndSaysWhatIsWrong)
                       "what is this\r\n"
                       "[HKEY_NOWHERE\\A]\r\n"
                       "\"Lost\"=\"x\"\r\n"
-                      "[HKEY_LOCAL_MACHINE\\SOFTWARE\\B2\r\n"
+                      "[HKEY_LOCAL_MACHINE\\SOFTWARE\\B2\r\n" +
+                      Nested(511, "b") + Nested(512, "b") + Nested(1, strLongest) + Nested(1, strLongest + "n") +
                       "; end");
     const struct
     {
         int iLine;
         const char* pReason;
-    } oErrors[] = {{10, "\"xyz\" is no number"},
-                   {13, "closing quote"},
-                   {15, "no key, no value"},
-                   {16, "root is unknown"},
-                   {18, "closing ]"}};
+    } oErrors[] = {{10, "\"xyz\" is no number"}, {13, "closing quote"}, {15, "no key, no value"},
+                   {16, "root is unknown"},      {18, "closing ]"},     {20, "512 levels"},
+                   {22, "255 characters"}};
     const std::vector<std::string> vecErrors = machine::RegistryErrors();
     ASSERT_EQ(vecErrors.size(), std::size(oErrors));
     for (size_t i = 0; i < vecErrors.size(); i++)
@@ -172,10 +186,12 @@ TEST_F(PlatformRegistryTest, ReadsHandWrittenFilesAndSaysWhatIsWrong)
     // A write loses neither comments nor what couldn't be read.
     ASSERT_EQ(SetNumber(oKey.m_hKey, "Volume", 1), 0);
     const std::string strText = ReadRegistryFile();
-    for (const char* pKept :
-         {"; the machine of a test\n", "; volume\n\"Volume\"=dword:00000001\n", "; not read: \"Bad\"=dword:xyz\n",
-          "; not read: [HKEY_NOWHERE\\A]\n; not read: \"Lost\"=\"x\"\n", "; end\n"})
-        EXPECT_NE(strText.find(pKept), std::string::npos) << pKept << " in\n" << strText;
+    for (const std::string& strKept :
+         {std::string("; the machine of a test\n"), std::string("; volume\n\"Volume\"=dword:00000001\n"),
+          std::string("; not read: \"Bad\"=dword:xyz\n"),
+          std::string("; not read: [HKEY_NOWHERE\\A]\n; not read: \"Lost\"=\"x\"\n"), std::string("; end\n"),
+          "\n" + Nested(511, "b"), "\n" + Nested(1, strLongest), "; not read: " + Nested(512, "b")})
+        EXPECT_NE(strText.find(strKept), std::string::npos) << strKept << " in\n" << strText;
 
     // The form in which the platform itself exports.
     std::string strWide = "\xFF\xFE";
@@ -221,6 +237,9 @@ TEST_F(PlatformRegistryTest, CodesAndRightsAreThePlatforms)
         {"past the last", fnEnum(oAll.m_hKey, 1, 8), ERROR_NO_MORE_ITEMS},
         {"delete a parent", RegDeleteKeyExA(HKEY_LOCAL_MACHINE, "SOFTWARE\\Rights", KEY_WOW64_64KEY, 0),
          ERROR_ACCESS_DENIED},
+        {"a name too long",
+         RegCreateKeyExA(oAll.m_hKey, std::string(256, 'n').c_str(), 0, nullptr, 0, KEY_READ, nullptr, &hKey, nullptr),
+         ERROR_INVALID_PARAMETER},
         {"a name no line can hold", SetNumber(oAll.m_hKey, "a\nb", 1), ERROR_INVALID_PARAMETER},
         {"enumerate", fnEnum(oAll.m_hKey, 0, 6), ERROR_SUCCESS},
     };
@@ -334,5 +353,22 @@ TEST_F(PlatformRegistryTest, EditorsWakeWatches)
     EXPECT_EQ(Get(oKey.m_hKey, "N").substr(0, 2), "4:");
     EXPECT_TRUE(oEvent.IsSet(10000));
     EXPECT_EQ(Get(oKey.m_hKey, "N"), "error 1018");
+}
+
+TEST_F(PlatformRegistryTest, AFollowerOutlivesWhatItsOwnerThrows)
+{
+    std::atomic<int> iCalls{0};
+    CRegistryFollower oFollower(
+        [&]
+        {
+            if (++iCalls == 1)
+                throw std::bad_alloc();
+            return -1;
+        });
+    oFollower.Follow(machine::Folder());
+    WriteRegistryFile("x");
+    EXPECT_TRUE(WaitFor([&] { return iCalls >= 2; })) << "not tried again";
+    oFollower.Stop();
+    oFollower.Join();
 }
 } // namespace
