@@ -1,4 +1,4 @@
-// What is read of the event log's records and of the machine's registry; processes that aren't there.
+// What is read of the event log's records and of the machine's registry.
 #include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_system.h"
 #include "tests/support/logged_machine_test.h"
@@ -31,19 +31,6 @@ TEST_F(MachineQueryTest, BrokenRecordsEndTheWalk)
                   bFound)
             << iLength << " " << dwBytes;
     }
-}
-
-TEST_F(MachineQueryTest, AProcessThatIsntThereIsToldSo)
-{
-    StartLog();
-    std::vector<DWORD> vecID;
-    DWORD dwID = 1;
-    EXPECT_EQ(CAudioSYS::GetProcessIDByName(L"kelvane-none", dwID), 6U);
-    EXPECT_EQ(dwID, 0U);
-    EXPECT_EQ(CAudioSYS::GetProcessIDByName(L"kelvane-none", vecID), 6U);
-    EXPECT_FALSE(CAudioSYS::CheckProcessInvalidByName(L"kelvane-none"));
-    EXPECT_EQ(CountLog("kelvane-none is not exist!"), 1U);
-    EXPECT_FALSE(CAudioSYS::CheckProcessInvalidByID(0));
 }
 
 TEST_F(MachineQueryTest, MachineIsToldFromTheRegistry)

@@ -114,6 +114,10 @@ TEST_F(SystemQueryTest, ProcessesAreFoundByNameInAnyCase)
         EXPECT_EQ(FindLog("(hSnapshot == INVALID_HANDLE_VALUE)")[0].iErrorCode, 6);
     }
     EXPECT_FALSE(CAudioSYS::CheckProcessInvalidByID(dwID));
+    EXPECT_FALSE(CAudioSYS::CheckProcessInvalidByID(0));
+    EXPECT_EQ(CAudioSYS::GetProcessIDByName(L"kelvane-none", vecID = {}), 6U);
+    EXPECT_FALSE(CAudioSYS::CheckProcessInvalidByName(L"kelvane-none"));
+    EXPECT_EQ(CountLog("kelvane-none is not exist!"), 1U);
 }
 
 TEST_F(SystemQueryTest, ConsoleUserOwnsProcesses)

@@ -16,14 +16,13 @@ protected:
     {
         return "HKEY_CLASSES_ROOT\\AudioEngine\\AudioProcessingObjects\\" + CAudioSTR::GuidToString(oClassID);
     }
-    // "object" and "class": under what the class is registered.
-    static std::string Registered(const CLSID& oClassID)
+    // How many of the class's three keys there are.
+    static int CountKeys(const CLSID& oClassID)
     {
         const std::string strClass =
             "HKEY_LOCAL_MACHINE\\SOFTWARE\\Classes\\CLSID\\" + CAudioSTR::GuidToString(oClassID);
-        return std::string(CAudioREG::RegPathExists(ObjectKey(oClassID)) ? "object " : "") +
-               (CAudioREG::RegPathExists(strClass + "\\InprocServer32") ? "server " : "") +
-               (CAudioREG::RegPathExists(strClass) ? "class" : "");
+        return CAudioREG::RegPathExists(ObjectKey(oClassID)) + CAudioREG::RegPathExists(strClass) +
+               CAudioREG::RegPathExists(strClass + "\\InprocServer32");
     }
 };
 
@@ -49,7 +48,7 @@ TEST_F(FactoryTest, AFailedRegistrationIsUndone)
     CKelvaneManager* const pManager = CKelvaneManager::Instance();
     control::FailNext("GetModuleFileNameA", ERROR_INSUFFICIENT_BUFFER);
     EXPECT_EQ(pManager->RegisterAllFX(), E_FAIL);
-    EXPECT_EQ(Registered(KELVANE_RENDER_EFX_GUID), "");
+    EXPECT_EQ(CountKeys(KELVANE_RENDER_EFX_GUID), 0);
     EXPECT_EQ(LinesOf("ERROR").back(), std::to_string(0x80004005) + " strModuleName.empty()");
 
     // Half of the first class's values.
@@ -57,13 +56,13 @@ TEST_F(FactoryTest, AFailedRegistrationIsUndone)
     control::FailNext("RegSetValueExW", ERROR_ACCESS_DENIED, 1, 5);
     EXPECT_EQ(CAudioREG::RegisterAudioAPO(CKelvaneClassFactory::KelvanePostEFX_Property, "class", "module"),
               HRESULT_FROM_WIN32(ERROR_ACCESS_DENIED));
-    EXPECT_EQ(Registered(KELVANE_RENDER_EFX_GUID), "");
+    EXPECT_EQ(CountKeys(KELVANE_RENDER_EFX_GUID), 0);
 
     // The second class: what the platform keeps of it can't be taken away.
     CAudioREG::CreateRegKey(ObjectKey(KELVANE_RENDER_OMFX_GUID) + "\\Held");
     EXPECT_EQ(pManager->RegisterAllFX(), HRESULT_FROM_WIN32(ERROR_ACCESS_DENIED));
-    EXPECT_EQ(Registered(KELVANE_RENDER_EFX_GUID), "");
-    EXPECT_EQ(Registered(KELVANE_RENDER_OMFX_GUID), "object ");
+    EXPECT_EQ(CountKeys(KELVANE_RENDER_EFX_GUID), 0);
+    EXPECT_EQ(CountKeys(KELVANE_RENDER_OMFX_GUID), 1);
     CAudioREG::DeleteRegKey(ObjectKey(KELVANE_RENDER_OMFX_GUID) + "\\Held");
 }
 
@@ -73,10 +72,10 @@ TEST_F(FactoryTest, AClassThatCantBeRemovedStopsTheRemoval)
     EXPECT_EQ(pManager->RegisterAllFX(), S_OK);
     CAudioREG::CreateRegKey(ObjectKey(KELVANE_RENDER_EFX_GUID) + "\\Held");
     EXPECT_EQ(pManager->UnregisterAllFX(), HRESULT_FROM_WIN32(ERROR_ACCESS_DENIED));
-    EXPECT_EQ(Registered(KELVANE_RENDER_EFX_GUID), "object ");
-    EXPECT_EQ(Registered(KELVANE_RENDER_OMFX_GUID), "object server class");
+    EXPECT_EQ(CountKeys(KELVANE_RENDER_EFX_GUID), 1);
+    EXPECT_EQ(CountKeys(KELVANE_RENDER_OMFX_GUID), 3);
     CAudioREG::DeleteRegKey(ObjectKey(KELVANE_RENDER_EFX_GUID) + "\\Held");
     EXPECT_EQ(pManager->UnregisterAllFX(), S_OK);
-    EXPECT_EQ(Registered(KELVANE_RENDER_OMFX_GUID), "");
+    EXPECT_EQ(CountKeys(KELVANE_RENDER_OMFX_GUID), 0);
 }
 } // namespace

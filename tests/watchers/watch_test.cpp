@@ -155,24 +155,4 @@ TEST_F(WatchTest, StopsLeaveNothing)
         ASSERT_EQ(CountResources(), iResources);
     }
 }
-
-// Every value in every shape, each wake answered.
-TEST_F(WatchTest, AnyTypeAndSizeIsSurvived)
-{
-    MakeKeys(false);
-    StartAll();
-    for (const auto& oWatched : WATCHED)
-    {
-        Set(oWatched.strPath, oWatched.pName, REG_NONE, "");
-        Set(oWatched.strPath, oWatched.pName, REG_BINARY, "\1");
-        for (const size_t iSize : {1023U, 1024U, 3000U})
-            Set(oWatched.strPath, oWatched.pName, REG_SZ, std::string(iSize, '9'));
-        Set(oWatched.strPath, oWatched.pName, oWatched.dwType, oWatched.strBytes);
-    }
-    for (const int iField : {+Status().m_iKelvaneBypass, +Status().m_iHeadSetType, +Status().m_iHeadSetMode,
-                             +Status().m_iLyranaMode, +Status().m_iSilentSpace, +Status().m_iMicrophoneVolume,
-                             +Status().m_iSpeakerVolume, +Status().m_iSpeakerMode, +Status().m_iZvSmartAudioMode})
-        EXPECT_EQ(iField, 7);
-    EXPECT_EQ(Status().m_iExternalMICStatus, 1);
-}
 } // namespace
