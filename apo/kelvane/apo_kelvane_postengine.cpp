@@ -17,11 +17,8 @@
 namespace
 {
 constexpr int iNoInstance = KELVANE_ERROR_NO_MEMORY;
-constexpr int iReportFrameCount = 1000;            // a timing period has one frame more
-constexpr INT64 i64GapTimeLimit = 10;              // milliseconds for two frames, which is their playing time
-constexpr int iParameterFrameCount = 200;          // inline mode: a second of audio
-constexpr int iReportTemperatureFrameCount = 1000; // inline mode: five seconds
-constexpr int iReleaseFrameCount = 2000;           // inline mode: the count starts over after ten seconds
+constexpr int iReportFrameCount = 1000; // a timing period has one frame more
+constexpr INT64 i64GapTimeLimit = 10;   // milliseconds for two frames, which is their playing time
 
 constexpr int iFrameBytes = AUDIO_KELVANE_FRAME_LEN * static_cast<int>(sizeof(FLOAT32)); // of one channel
 constexpr FLOAT32 aSilence[AUDIO_KELVANE_FRAME_LEN] = {};
@@ -222,31 +219,8 @@ void CKelvanePostEngine::ReportApplyTime()
                               static_cast<long long>(m_i64MinTime), fAverage, m_iApplyFrameCount);
     CKelvaneManager::Instance()->PrintSmartDebugLog(AUDIO_PERFORMANCE_FILE, iLen < 0 ? "" : szText, m_bInlineMode);
 }
-
-void CKelvanePostEngine::ParameterRelease()
+catch (...)
 {
-    m_i64GapTime = 0;
-    if (m_bInlineMode == 0)
-    {
-        m_iReleaseCount = 0;
-        SetEvent(m_hTemperatureEvent);
-        SetEvent(m_hParameterEvent);
-        return;
-    }
-    if (m_iReleaseCount % iParameterFrameCount == 0)
-    {
-        CKelvaneManager::Instance()->PrintSmartDebugLog(AUDIO_PARAMETERS_FILE, AudioSmartPrintPara().c_str(),
-                                                        m_bInlineMode);
-        AUDIO_CHECK(this->AudioKelvaneSetBatteryInfo());
-    }
-    if (m_iReleaseCount % iReportTemperatureFrameCount == 0)
-        AUDIO_CHECK(this->AudioSmartSetECTemperature());
-    if (m_iReleaseCount % iReleaseFrameCount == 0)
-    {
-        m_iReleaseCount = 0;
-        AUDIO_CHECK(this->AudioKelvaneSetAlgoTemperature());
-        AUDIO_CHECK(this->AudioKelvanePrintTemperature());
-    }
 }
 
 int CKelvanePostEngine::MergerOutputDataItem()

@@ -4,6 +4,7 @@
 #include "apo/kelvane/apo_kelvane_engine.h"
 #include "apo/kelvane/apo_kelvane_records.h"
 #include "apo/kelvane/apo_kelvane_sensor_queue.h"
+#include "audioapi/audio_api_log.h"
 
 #include <windows.h>
 
@@ -70,7 +71,7 @@ public:
     void DumpInputDataItem(const KelvaneDataStruct* pDataStruct, int iDataLen);
     // Runs the library on the frame in psDataIn. The library's code, 1001 without an instance.
     int AudioKelvaneApply();
-    // The periodic work, after every second frame: 10 ms of audio.
+    // A tick of the slow clock, after every second frame: 10 ms of audio. Inline mode runs the periodic jobs at once.
     void ParameterRelease();
     // Puts psDataOut together, interleaved, and hands it to FormatOutputFrameToQueue, whose code it gives.
     int MergerOutputDataItem();
@@ -120,8 +121,11 @@ public:
     // Empties the queues of means; the samples stay. Processing thread.
     void ClearTemperatureQueue(CKelvaneAverageQueue& oAverageQueue) { oAverageQueue.Clear(); }
 
-    // One line of the library's live state, empty outside debug mode. The thread of AudioKelvaneSetBatteryInfo.
+    // The live state's jobs, on the thread of AudioKelvaneSetBatteryInfo; 0. A line of it, empty outside debug mode;
+    // the lines gathered; and their way into the record file.
     std::string AudioSmartPrintPara();
+    int AudioSmartGatherPara();
+    int AudioSmartRecordPara();
 
     KelvaneInit m_fAudioKelvaneInit = nullptr;
     KelvaneApply m_fAudioKelvaneApply = nullptr;
@@ -133,11 +137,13 @@ public:
     KelvaneSetBatteryInfo m_fAudioKelvaneSetBatteryInfo = nullptr;
     KelvaneClearStatus m_fAudioKelvaneClearStatus = nullptr;
     KelvaneTemperature m_fAudioKelvaneTemperature = nullptr;
-    CAudioWorkerEvent m_hTemperatureEvent; // one signal per 10 ms of audio
-    CAudioFlag m_bTemperatureRun = 0;      // 1 while the temperature worker is to run
+    CAudioWorkerEvent m_hTemperatureEvent;   // set at each tick of 10 ms of audio
+    std::atomic<int> m_iTemperatureTicks{0}; // that the worker hasn't taken yet
+    CAudioFlag m_bTemperatureRun = 0;        // 1 while the temperature worker is to run
     PTP_WORK m_pTemperatureWorker = nullptr;
-    CAudioWorkerEvent m_hParameterEvent; // one signal per 10 ms of audio
-    CAudioFlag m_bParameterRun = 0;      // 1 while the parameter worker is to run
+    CAudioWorkerEvent m_hParameterEvent;   // set at each tick of 10 ms of audio
+    std::atomic<int> m_iParameterTicks{0}; // that the worker hasn't taken yet
+    CAudioFlag m_bParameterRun = 0;        // 1 while the parameter worker is to run
     PTP_WORK m_pParameterWorker = nullptr;
     int m_iApplyFrameCount = 0; // frames since the last timing report
     int m_iReleaseCount = 0;    // frames since its last reset
@@ -158,6 +164,18 @@ public:
     SYSTEM_POWER_STATUS m_oSysPower = {}; // the writer's own: the thread of AudioKelvaneSetBatteryInfo
 
 private:
+    enum class JobThread
+    {
+        Processing,
+        Temperature,
+        Parameter
+    };
+    struct PeriodicJob;
+    static const PeriodicJob PERIODIC_JOBS[];
+
+    void RunJobs(int iTick, JobThread eThread, const AudioLogSite& oSite);
+    void FollowTicks(JobThread eThread, const CAudioFlag& bRun, const CAudioWorkerEvent& hEvent,
+                     std::atomic<int>& iTicks, const AudioLogSite& oSite, const char* pEventText);
     void DrainInputQueue();
     void ReportInputQueueSize();
     void SplitChannel(const FLOAT32* pFrame, int n, int ch, int iTarget);
@@ -177,6 +195,7 @@ private:
     int AllocateMemory();
     void ReleaseMemory();
 
+    std::string m_strStates;               // gathered since the last record
     CAudioRelaxed<UINT32> m_iSysPower = 0; // what a frame needs of the power status: percent, and the AC line in bit 8
     bool m_bStarted = false;               // InitAlgorithmParameter ran
     bool m_bChannelReported = false;       // the one WARN line about channels without an array

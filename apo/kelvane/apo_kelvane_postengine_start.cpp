@@ -111,6 +111,7 @@ void CKelvanePostEngine::ResetStream()
     ReleaseAudioCacheBuffer();
     m_iApplyFrameCount = 0;
     m_iReleaseCount = 0;
+    m_strStates.clear();
     m_iLastECTemperature = 0;
     m_i64MaxTime = 0;
     m_i64MinTime = 0;

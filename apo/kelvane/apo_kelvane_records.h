@@ -22,8 +22,8 @@ struct KelvaneDataStruct
     int32_t iDataMode;
     float SpeakerDBVolume;        // dB
     int16_t SpeakerPersentVolume; // percent
-    uint16_t BatteryLifePercent;  // percent, 255 when unknown
-    uint16_t ACLineStatus;        // 0 battery, 1 mains, 255 unknown
+    uint16_t BatteryLifePercent;  // percent, 0 when unknown
+    uint16_t ACLineStatus;        // 0 battery or unknown, 1 mains
     uint16_t usUnused[5];
 };
 static_assert(sizeof(void*) != 8 || sizeof(KelvaneDataStruct) == 352);

@@ -1,6 +1,4 @@
 // Threads: identity, sleep, priority.
-#include "platform/linux/thread.h"
-
 #include <windows.h>
 
 #include <pthread.h>
@@ -32,7 +30,7 @@ bool AskForRealTime()
     return pthread_setschedparam(pthread_self(), SCHED_RR, &stParameter) == 0;
 }
 
-thread_local bool t_bPriorityChanged = false;
+thread_local int t_iPriority = THREAD_PRIORITY_NORMAL;
 
 HANDLE ThisThread()
 {
@@ -80,7 +78,7 @@ BOOL SetThreadPriority(HANDLE hThread, int nPriority)
     {
         if (stEntry.iPriority != nPriority)
             continue;
-        t_bPriorityChanged = nPriority != THREAD_PRIORITY_NORMAL;
+        t_iPriority = nPriority;
         if (nPriority == THREAD_PRIORITY_TIME_CRITICAL && AskForRealTime())
             return TRUE;
         const sched_param stOrdinary{};
@@ -92,8 +90,10 @@ BOOL SetThreadPriority(HANDLE hThread, int nPriority)
     return FALSE;
 }
 
-void RestoreThreadPriority()
+int GetThreadPriority(HANDLE hThread)
 {
-    if (t_bPriorityChanged)
-        SetThreadPriority(ThisThread(), THREAD_PRIORITY_NORMAL);
+    if (hThread == ThisThread())
+        return t_iPriority;
+    SetLastError(ERROR_INVALID_HANDLE);
+    return THREAD_PRIORITY_ERROR_RETURN;
 }

@@ -2,11 +2,13 @@
 #include "platform/linux/failure.h"
 #include "platform/linux/kernel.h"
 #include "platform/linux/machine.h"
-#include "platform/linux/thread.h"
 
-#include <algorithm>
 #include <atomic>
-#include <system_error>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <list>
+#include <new>
 #include <thread>
 
 static std::atomic<size_t> g_iLiveWork{0};
@@ -26,6 +28,8 @@ struct _TP_WORK
     int m_iOutstanding = 0; // submitted and not returned
     CKernelCondition m_oDone;
     std::shared_ptr<_TP_WORK> m_pSelf; // the owner's reference, until CloseThreadpoolWork
+    // Its place among the submitted while it isn't there, had beforehand: a submission doesn't run out of memory.
+    std::list<std::shared_ptr<_TP_WORK>> m_oPlace{1};
 };
 using CWorkReference = std::shared_ptr<_TP_WORK>;
 
@@ -33,7 +37,7 @@ namespace
 {
 struct CPool
 {
-    std::deque<CWorkReference> oSubmitted;
+    std::list<CWorkReference> oSubmitted;
     size_t iParkedThreads = 0;
     CKernelCondition oWork;
 };
@@ -53,13 +57,31 @@ void Finish(const CKernelLock& oLock, _TP_WORK& oWork, int iCount)
     AddBusyCallbacks(oLock, -iCount);
 }
 
-// A callback may have raised its thread; the next one starts at the ordinary priority.
+// The first of the submitted, or the first that is pOnly; null when there is none. The caller holds the kernel's lock.
+CWorkReference Take(CPool& oPool, const _TP_WORK* pOnly)
+{
+    for (auto itWork = oPool.oSubmitted.begin(); itWork != oPool.oSubmitted.end(); ++itWork)
+    {
+        if (pOnly != nullptr && itWork->get() != pOnly)
+            continue;
+        CWorkReference pWork = std::move(*itWork);
+        pWork->m_oPlace.splice(pWork->m_oPlace.end(), oPool.oSubmitted, itWork);
+        return pWork;
+    }
+    return nullptr;
+}
+
+// A callback that raised its thread takes it back: the pool is the whole process's, and the platform ends a process
+// whose callback doesn't.
 void CallBack(_TP_WORK& oWork) noexcept
 {
     MarkPoolThread(true);
     oWork.m_pfnCallback(nullptr, oWork.m_pContext, &oWork);
     MarkPoolThread(false);
-    RestoreThreadPriority();
+    if (GetThreadPriority(GetCurrentThread()) == THREAD_PRIORITY_NORMAL)
+        return;
+    fputs("A thread pool callback returned with a thread priority of its own\n", stderr);
+    std::abort();
 }
 
 void PoolThread() noexcept
@@ -75,8 +97,7 @@ void PoolThread() noexcept
             oPool.oWork.Wait(oLock, CKernelDeadline(INFINITE));
             --oPool.iParkedThreads;
         }
-        CWorkReference pWork = std::move(oPool.oSubmitted.front());
-        oPool.oSubmitted.pop_front();
+        CWorkReference pWork = Take(oPool, nullptr);
         oLock.unlock();
         CallBack(*pWork);
         oLock.lock();
@@ -95,9 +116,17 @@ PTP_WORK CreateThreadpoolWork(PTP_WORK_CALLBACK pfnwk, PVOID pv, PTP_CALLBACK_EN
         SetLastError(ERROR_INVALID_PARAMETER);
         return nullptr;
     }
-    const CWorkReference pWork = std::make_shared<_TP_WORK>(pfnwk, pv);
-    pWork->m_pSelf = pWork;
-    return pWork.get();
+    try
+    {
+        const CWorkReference pWork = std::make_shared<_TP_WORK>(pfnwk, pv);
+        pWork->m_pSelf = pWork;
+        return pWork.get();
+    }
+    catch (const std::bad_alloc&)
+    {
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+        return nullptr;
+    }
 }
 
 // Without a thread to be had the callback stays queued until one is free.
@@ -105,7 +134,10 @@ void SubmitThreadpoolWork(PTP_WORK pwk)
 {
     CPool& oPool = Pool();
     CKernelLock oLock(KernelMutex());
-    oPool.oSubmitted.push_back(pwk->m_pSelf);
+    if (pwk->m_oPlace.empty()) // it waits there already
+        pwk->m_oPlace.emplace_back();
+    pwk->m_oPlace.front() = pwk->m_pSelf;
+    oPool.oSubmitted.splice(oPool.oSubmitted.end(), pwk->m_oPlace, pwk->m_oPlace.begin());
     ++pwk->m_iOutstanding;
     AddBusyCallbacks(oLock, 1);
     if (oPool.oSubmitted.size() <= oPool.iParkedThreads)
@@ -118,7 +150,7 @@ void SubmitThreadpoolWork(PTP_WORK pwk)
     {
         std::thread(PoolThread).detach();
     }
-    catch (const std::system_error&)
+    catch (const std::exception&)
     {
     }
 }
@@ -130,10 +162,8 @@ void WaitForThreadpoolWorkCallbacks(PTP_WORK pwk, BOOL fCancelPendingCallbacks)
     const CWorkReference pWork = pwk->m_pSelf;
     if (fCancelPendingCallbacks)
     {
-        const auto itFirst = std::remove(oPool.oSubmitted.begin(), oPool.oSubmitted.end(), pWork);
-        const auto iCancelled = static_cast<int>(oPool.oSubmitted.end() - itFirst);
-        oPool.oSubmitted.erase(itFirst, oPool.oSubmitted.end());
-        Finish(oLock, *pWork, iCancelled);
+        while (Take(oPool, pWork.get()) != nullptr)
+            Finish(oLock, *pWork, 1);
     }
     while (pWork->m_iOutstanding > 0)
         pWork->m_oDone.Wait(oLock, CKernelDeadline(INFINITE));

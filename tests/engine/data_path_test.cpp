@@ -97,6 +97,8 @@ TEST_F(DataPathTest, WorkerPlaysTheStreamThreePeriodsLateAndRenewsTheBattery)
 {
     StartLog(AUDIO_LEVEL_WARN);
     control::SetPowerStatus({255, 0, 255, 0, 0, 0});
+    std::atomic<int> iPriority{0};
+    m_oLibrary.fnApply = [&](KelvaneDataStruct&) { iPriority = GetThreadPriority(GetCurrentThread()); };
     MakeEngine();
     ASSERT_EQ(m_pEngine->InitAlgorithmParameter(), 0);
     std::vector<std::vector<float>> vecIn;
@@ -116,6 +118,7 @@ TEST_F(DataPathTest, WorkerPlaysTheStreamThreePeriodsLateAndRenewsTheBattery)
     EXPECT_EQ(m_oLibrary.iApplyCount, 120);
     EXPECT_EQ(m_oLibrary.iBattery, 88);
     EXPECT_EQ(m_oLibrary.iACLine, 1);
+    EXPECT_EQ(iPriority, THREAD_PRIORITY_TIME_CRITICAL);
     // An underflow leaves the buffer as it was.
     for (int i = 0; i < 3; ++i)
         Output(480);

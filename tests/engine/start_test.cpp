@@ -54,12 +54,16 @@ TEST_F(StartTest, EachFailedStepIsNamedAndTakesTheStreamOffTheAlgorithm)
 TEST_F(StartTest, StreamWithoutItsWorkerIsSilent)
 {
     StartLog(AUDIO_LEVEL_WARN);
-    control::FailNext("CreateThreadpoolWork", 8, 1);
-    MakeEngine();
-    EXPECT_EQ(m_pEngine->InitAlgorithmParameter(), 0);
-    EXPECT_EQ(CountLog("m_pThreadWorker"), 1U);
-    EXPECT_EQ(m_pEngine->GetSilentStatus(), 1);
-    EXPECT_EQ(m_pEngine->m_bThreadRun, 0);
+    for (const auto& [pCall, pText] :
+         {std::pair("CreateThreadpoolWork", "m_pThreadWorker"), std::pair("CreateEventW", "m_hApplyEvent")})
+    {
+        control::FailNext(pCall, 8, 1);
+        MakeEngine();
+        EXPECT_EQ(m_pEngine->InitAlgorithmParameter(), 0);
+        EXPECT_EQ(CountLog(pText), 1U);
+        EXPECT_EQ(m_pEngine->GetSilentStatus(), 1);
+        EXPECT_EQ(m_pEngine->m_bThreadRun, 0);
+    }
 }
 
 TEST_F(StartTest, EachStartTakesTheNewFormat)

@@ -76,28 +76,43 @@ TEST_F(ThermalTest, JobsRunByTheAudiosTimeInBothModes)
     m_pManager->m_iDebugMode = 1;
     std::fill_n(g_oState.sLSMCoilTemp, 8, static_cast<int16_t>(3000));
     m_mapTenths = {{1, 350}, {0x1A, 350}}; // sensor 2 can't be had
-    for (const std::string strOffload : {"", AUDIO_OFFLOAD_PREFIX})
+    const struct
     {
-        const bool bInline = !strOffload.empty();
-        MakeEngine(2, 48000, bInline);
+        int iSampleRate, iFrameCount;
+        bool bInline;
+    } aRows[] = {{48000, 480, false},  {48000, 960, false}, {48000, 4800, false}, {22050, 220, false},
+                 {44100, 1024, false}, {48000, 480, true},  {44100, 4410, true}};
+    size_t aSums[2][3] = {}; // what the record files hold
+    for (const auto& oRow : aRows)
+    {
+        SCOPED_TRACE(std::to_string(oRow.iSampleRate) + " Hz, " + std::to_string(oRow.iFrameCount));
+        const std::string strOffload = oRow.bInline ? AUDIO_OFFLOAD_PREFIX : "";
+        MakeEngine(2, oRow.iSampleRate, oRow.bInline);
         ASSERT_EQ(m_pEngine->InitAlgorithmParameter(), 0);
-        const std::vector<float> vecFrame = Ramp(480);
-        for (int i = 1; i <= 2000; ++i)
+        m_oLibrary.iApplyCount = 0;
+        const std::vector<float> vecFrame = Ramp(oRow.iFrameCount);
+        for (int iTick = 0; iTick < 2000;) // of 10 ms
         {
             Input(vecFrame);
             WaitForWorkers();
-            Output(480);
+            Output(static_cast<UINT32>(oRow.iFrameCount));
             std::vector<UINT64> vecExpected;
-            if (i % 500 == 0)
-                vecExpected = {i / 500 % 2 == 1 ? 0x012C0F02U : 0x012D0F02U};
-            if (i % 1000 == 0)
-                vecExpected.insert(vecExpected.end(), {0x1A0202, 0x010202, 0x020202});
-            ASSERT_EQ(TakeWords(), vecExpected) << i;
+            while (iTick < m_oLibrary.iApplyCount / 2)
+            {
+                if (++iTick % 500 == 0)
+                    vecExpected.push_back(iTick / 500 % 2 == 1 ? 0x012C0F02U : 0x012D0F02U);
+                if (iTick % 1000 == 0)
+                    vecExpected.insert(vecExpected.end(), {0x1A0202, 0x010202, 0x020202});
+            }
+            ASSERT_EQ(TakeWords(), vecExpected) << iTick;
         }
         EXPECT_EQ(g_iTold.exchange(0), 3500);
-        EXPECT_EQ(Count(Record("Parameters_" + strOffload), "KelvParamID:30080;"), bInline ? 20U : 2000U);
-        EXPECT_EQ(Count(Record("Performance_" + strOffload), "of Per 1001 frames.\n"), 3U); // of 4000 frames
-        EXPECT_EQ(Record("Temperature_" + strOffload), "3500,2499\n3500,2499\n");
+        size_t* const pSums = aSums[oRow.bInline];
+        EXPECT_EQ(Count(Record("Parameters_" + strOffload), "KelvParamID:30080;"),
+                  pSums[0] += oRow.bInline ? 20 : 2000);
+        EXPECT_EQ(Count(Record("Performance_" + strOffload), "of Per 1001 frames.\n"),
+                  pSums[1] += m_oLibrary.iApplyCount / 1001U);
+        EXPECT_EQ(Count(Record("Temperature_" + strOffload), "3500,2499\n"), pSums[2] += 2);
         m_pEngine.reset();
         EXPECT_EQ(TakeWords(), std::vector<UINT64>{0x0F02});
     }

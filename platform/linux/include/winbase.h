@@ -28,6 +28,7 @@
 #define THREAD_PRIORITY_ABOVE_NORMAL 1
 #define THREAD_PRIORITY_HIGHEST 2
 #define THREAD_PRIORITY_TIME_CRITICAL 15
+#define THREAD_PRIORITY_ERROR_RETURN 0x7fffffff
 
 typedef struct _SYSTEM_POWER_STATUS
 {
@@ -89,6 +90,8 @@ extern "C"
     // Time-critical asks for real-time scheduling, the others for a nice value. Where the system grants neither, the
     // thread keeps what it has and the call succeeds.
     BOOL SetThreadPriority(HANDLE hThread, int nPriority);
+    // What was last asked for.
+    int GetThreadPriority(HANDLE hThread);
 
     // All times are those of the machine's clock.
     void GetLocalTime(LPSYSTEMTIME lpSystemTime);
