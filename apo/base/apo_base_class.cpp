@@ -28,6 +28,18 @@ std::string FormatText(const UNCOMPRESSEDAUDIOFORMAT& oFormat)
            CAudioSTR::FloatToString(oFormat.fFramesPerSecond) + "," + CAudioSTR::ToString(oFormat.dwChannelMask) + "," +
            CAudioSTR::GuidToString(oFormat.guidFormatType) + "}";
 }
+
+// Whether an object takes the format as it is.
+using FormatQuestion = HRESULT (CBaseAudioProcessingObject::*)(IAudioMediaType*, IAudioMediaType*, IAudioMediaType**);
+bool IsTaken(CBaseAudioProcessingObject& oObject, FormatQuestion fnAsk, IAudioMediaType* pOpposite,
+             IAudioMediaType* pFormat)
+{
+    IAudioMediaType* pSupported = nullptr;
+    const HRESULT hResult = (oObject.*fnAsk)(pOpposite, pFormat, &pSupported);
+    if (pSupported != nullptr)
+        pSupported->Release();
+    return hResult == S_OK;
+}
 } // namespace
 
 STDMETHODIMP CNonDelegatingUnknown::QueryInterface(REFIID iid, void** ppv)
@@ -202,7 +214,37 @@ try
         u32NumInputConnections, ppInputConnections, u32NumOutputConnections, ppOutputConnections));
     if (FAILED(hResult))
         return hResult;
-    hResult = AUDIO_CHECK(ppInputConnections[0]->pFormat->GetUncompressedAudioFormat(&m_pInFormat));
+    hResult = TakeStream(ppInputConnections, ppOutputConnections);
+    if (hResult != S_OK)
+        UnlockForProcess();
+    return hResult;
+}
+catch (...)
+{
+    return CaughtResult();
+}
+
+bool CBaseAPO::IsLockTaken(UINT32 u32NumInputConnections, APO_CONNECTION_DESCRIPTOR** ppInputConnections,
+                           UINT32 u32NumOutputConnections, APO_CONNECTION_DESCRIPTOR** ppOutputConnections,
+                           UNCOMPRESSEDAUDIOFORMAT& oInFormat)
+{
+    if (!m_bIsInitialized || m_bIsLocked || u32NumInputConnections != 1 || u32NumOutputConnections != 1 ||
+        ppInputConnections == nullptr || *ppInputConnections == nullptr || ppOutputConnections == nullptr ||
+        *ppOutputConnections == nullptr)
+        return false;
+    IAudioMediaType* const pInFormat = ppInputConnections[0]->pFormat;
+    return IsTaken(*this, &CBaseAudioProcessingObject::IsInputFormatSupported, nullptr, pInFormat) &&
+           IsTaken(*this, &CBaseAudioProcessingObject::IsOutputFormatSupported, pInFormat,
+                   ppOutputConnections[0]->pFormat) &&
+           SUCCEEDED(pInFormat->GetUncompressedAudioFormat(&oInFormat));
+}
+
+// The rest of a lock, behind the base's.
+HRESULT CBaseAPO::TakeStream(APO_CONNECTION_DESCRIPTOR** ppInputConnections,
+                             APO_CONNECTION_DESCRIPTOR** ppOutputConnections)
+try
+{
+    HRESULT hResult = AUDIO_CHECK(ppInputConnections[0]->pFormat->GetUncompressedAudioFormat(&m_pInFormat));
     if (hResult != S_OK)
         return hResult;
     AUDIOLOG_EVENT_INFO(std::string(AUDIO_EVENT_LOCK_FORMAT) +

@@ -66,7 +66,7 @@ public:
     STDMETHODIMP Initialize(UINT32 cbDataSize, BYTE* pbyData) override;
 
     // Hands format and system state to the engine. 13 for a missing connection, 12 without an engine, else the base's
-    // codes.
+    // codes. All but S_OK leave the object unlocked, unless it was locked before.
     STDMETHODIMP LockForProcess(UINT32 u32NumInputConnections, APO_CONNECTION_DESCRIPTOR** ppInputConnections,
                                 UINT32 u32NumOutputConnections,
                                 APO_CONNECTION_DESCRIPTOR** ppOutputConnections) override;
@@ -99,8 +99,11 @@ protected:
     virtual int ChooseAPOProcess(UINT32 u32NumInputConnections, APO_CONNECTION_PROPERTY** ppInputConnections,
                                  UINT32 u32NumOutputConnections, APO_CONNECTION_PROPERTY** ppOutputConnections);
 
-    // Tells the engine the mode and the last locked format.
-    void HandFormatToEngine();
+    // Whether LockForProcess would take these connections now, asked without changing anything; if so, the input's
+    // format.
+    bool IsLockTaken(UINT32 u32NumInputConnections, APO_CONNECTION_DESCRIPTOR** ppInputConnections,
+                     UINT32 u32NumOutputConnections, APO_CONNECTION_DESCRIPTOR** ppOutputConnections,
+                     UNCOMPRESSEDAUDIOFORMAT& oInFormat);
     // Whether the locked rate, cut to whole Hz, is one that the engine takes.
     bool IsSupportedRate() const;
     void PrintAudioModuleGUID(const GUID& oGuid) const;
@@ -117,6 +120,8 @@ protected:
     std::string m_strDumpOutName = AUDIO_DUMP_POST_DATA_OUT;
 
 private:
+    HRESULT TakeStream(APO_CONNECTION_DESCRIPTOR** ppInputConnections, APO_CONNECTION_DESCRIPTOR** ppOutputConnections);
+    void HandFormatToEngine();
     void TakeSystemState();
     void LogRareLine(const char* pText) const;
     int ExchangeFrames(APO_CONNECTION_PROPERTY** ppInputConnections, APO_CONNECTION_PROPERTY** ppOutputConnections);

@@ -161,7 +161,8 @@ public:
     std::string m_strDumpInName = "PostInt16DataIn";
     std::string m_strDumpOutName = "PostInt16DataOut";
     int m_iReserved = 0;
-    int m_iOutputQueueHigh = 100; // frames
+    int m_iStreamChannelCount = 0; // of the stream that the next start is for; 0: not known
+    int m_iOutputQueueHigh = 100;  // frames
     int m_iOutputQueueLow = 8;
     int m_iInputQueueHigh = 100;
     int m_iInputQueueLow = 8;

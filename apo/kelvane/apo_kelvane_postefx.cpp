@@ -24,6 +24,27 @@ void MakeInline(CBaseEngine& oEngine)
     oEngine.m_iCacheFrameCount = 0;
     oEngine.m_bInlineMode = 1;
 }
+
+// What a start chooses the parameter set by. A change behind it, before the lock has taken its own look at the system,
+// is left for the first period to find.
+struct ChosenBy
+{
+    int iSpeakerVolume;
+    int iSpeakerMode;
+    int iMicrophoneMode;
+};
+
+ChosenBy MirrorsOf(CBaseEngine& oEngine)
+{
+    return {oEngine.GetSpeakerVolume(0), oEngine.GetSpeakerMode(0), oEngine.GetMicrophoneMode(0)};
+}
+
+void SetMirrors(CBaseEngine& oEngine, const ChosenBy& stChosenBy)
+{
+    oEngine.SetSpeakerVolume(stChosenBy.iSpeakerVolume);
+    oEngine.SetSpeakerMode(stChosenBy.iSpeakerMode);
+    oEngine.SetMicrophoneMode(stChosenBy.iMicrophoneMode);
+}
 } // namespace
 
 CKelvanePostEFX::CKelvanePostEFX(IUnknown* pUnkOuter, const APO_REG_PROPERTIES* pProperties)
@@ -51,13 +72,21 @@ STDMETHODIMP CKelvanePostEFX::LockForProcess(UINT32 u32NumInputConnections,
 try
 {
     CAudioMonitor::Instance()->WaitForFirstRead(); // the start and the first frame go by the registry's values
-    if (m_pEngine != nullptr)
-        AUDIO_CHECK(m_pEngine->InitAlgorithmParameter());
+    // A lock that will be refused leaves a running stream as it is.
+    UNCOMPRESSEDAUDIOFORMAT oInFormat{};
+    bool bStarted = false;
+    ChosenBy stChosenBy{};
+    if (m_pEngine != nullptr && IsLockTaken(u32NumInputConnections, ppInputConnections, u32NumOutputConnections,
+                                            ppOutputConnections, oInFormat))
+    {
+        m_pEngine->m_iStreamChannelCount = static_cast<int>(oInFormat.dwSamplesPerFrame);
+        bStarted = AUDIO_CHECK(m_pEngine->InitAlgorithmParameter()) == 0;
+        stChosenBy = MirrorsOf(*m_pEngine);
+    }
     const HRESULT hResult = AUDIO_CHECK(CBaseAPO::LockForProcess(u32NumInputConnections, ppInputConnections,
                                                                  u32NumOutputConnections, ppOutputConnections));
-    // A refused lock leaves the object in its last format, which the engine, started afresh, must know before a period.
-    if (hResult != S_OK && m_pEngine != nullptr)
-        HandFormatToEngine();
+    if (bStarted && hResult == S_OK)
+        SetMirrors(*m_pEngine, stChosenBy);
     return hResult;
 }
 catch (...)

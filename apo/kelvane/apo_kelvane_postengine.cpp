@@ -173,7 +173,7 @@ int CKelvanePostEngine::AudioKelvaneApply()
     GetLocalTime(&stStart);
     const UINT32 iSysPower = m_iSysPower;
     m_pDataStruct->SpeakerDBVolume = CAudioMonitor::Instance()->GetSpeakerVolumeDB();
-    m_pDataStruct->SpeakerPersentVolume = static_cast<INT16>(GetSpeakerVolume(1));
+    m_pDataStruct->SpeakerPersentVolume = static_cast<INT16>(CAudioMonitor::Instance()->GetSpeakerVolume());
     m_pDataStruct->BatteryLifePercent = static_cast<UINT8>(iSysPower);
     m_pDataStruct->ACLineStatus = static_cast<UINT8>(iSysPower >> 8);
     const int iRet = AUDIO_CHECK(m_fAudioKelvaneApply(m_pRunBuf, m_pScratchBuf, m_pDataStruct));

@@ -48,8 +48,9 @@ public:
     CKelvanePostEngine();
     ~CKelvanePostEngine() override;
 
-    // Brings one instance of the library into the stream. On failure the stream is left silent in debug mode, at low
-    // gain and bypassed otherwise. A second call stops and frees the first instance and starts afresh.
+    // Brings one instance of the library into the stream; one of more channels than the library's record can hold gets
+    // none. On failure the stream is left silent in debug mode, at low gain and bypassed otherwise. A second call stops
+    // and frees the first instance and starts afresh.
     int InitAlgorithmParameter() override;
     // Hands the library the parameter set of this moment, chosen by heat if the tuning file asks for it, if it isn't
     // the one it has. 0. Processing thread.
@@ -58,8 +59,6 @@ public:
     int InputStandardFrameToQueue(const FLOAT32* pMicInputFrames, const int& iInputChannelNum,
                                   const int& iDataLen) override;
     void ClearAllQueues() override;
-    // A stream of more channels than the library's record can hold is refused: low gain and bypass.
-    int SetInChannelCount(const int& iChannelCount) override;
 
     // A zeroed record with its arrays for the larger of the stream's and the given channel count, 8 at most; or null.
     KelvaneDataStruct* InitDataStruct(const int& iChannelCount);

@@ -73,9 +73,12 @@ int CKelvanePostEngine::InitAlgorithmParameter()
 }
 
 int CKelvanePostEngine::StartInstance()
+try
 {
     if (AUDIO_FAIL_IF(FALSE == CKelvaneManager::Instance()->GetLoadDLLStatus(), 6))
         return 6;
+    if (AUDIO_FAIL_IF(m_iStreamChannelCount > KELVANE_MAX_CHANNELS, 13))
+        return 13;
     if (const int iResult = AUDIO_CHECK(AudioKelvaneGetSize()))
         return iResult;
     if (const int iResult = AUDIO_CHECK(AudioKelvaneInit()))
@@ -83,6 +86,10 @@ int CKelvanePostEngine::StartInstance()
     if (const int iResult = AUDIO_CHECK(AudioKelvaneSetPara()))
         return iResult;
     return AUDIO_CHECK(AudioKelvaneSetBatteryInfo());
+}
+catch (...)
+{
+    return KELVANE_ERROR_NO_MEMORY;
 }
 
 // Stops the workers and gives back what the instance holds.
@@ -195,13 +202,19 @@ int CKelvanePostEngine::AudioKelvaneSetBatteryInfo()
 }
 
 void CKelvanePostEngine::ActiveKelvaneGain()
+try
 {
     AUDIO_CHECK(CSenaryGainConfig::Instance()->SetHighSenaryHWGain());
     AUDIO_CHECK(CEverestGainConfig::Instance()->SetHighEverestHWGain());
     AUDIO_CHECK(CKelvaneManager::Instance()->ActiveMutilPAGain());
 }
+catch (...)
+{
+    // Out of memory for a request: what was not reached stays as it is.
+}
 
 void CKelvanePostEngine::DeactiveKelvaneGain()
+try
 {
     if (AUDIO_CHECK(CSenaryGainConfig::Instance()->SetLowSenaryHWGain()) == 0 &&
         AUDIO_CHECK(CKelvaneManager::Instance()->DeactiveMutilPAGain()) == 0)
@@ -212,12 +225,9 @@ void CKelvanePostEngine::DeactiveKelvaneGain()
     AUDIOLOG_WARN("Set Low Gain failed then Will be Silented!");
     SetSilentStatus(1);
 }
-
-int CKelvanePostEngine::SetInChannelCount(const int& iChannelCount)
+catch (...)
 {
-    if (iChannelCount != GetInChannelCount() && AUDIO_FAIL_IF(iChannelCount > KELVANE_MAX_CHANNELS, 13))
-        DeactiveKelvaneGain();
-    return CKelvaneEngine::SetInChannelCount(iChannelCount);
+    SetSilentStatus(1); // nobody knows the gain
 }
 
 KelvaneDataStruct* CKelvanePostEngine::InitDataStruct(const int& iChannelCount)

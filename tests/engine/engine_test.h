@@ -18,6 +18,7 @@ struct ScriptedLibrary
     KelvaneMemSize oSize{};
     int iInitCode = 0, iSetParaCode = 0, iSizeCode = 0, iApplyCode = 0;
     std::function<void(KelvaneDataStruct&)> fnApply; // behind the pass-through
+    std::function<void()> fnSetPara;
     std::atomic<int> iApplyCount{0}, iSetParaCount{0};
     std::atomic<int> iBattery{-1}, iACLine{-1};
     std::atomic<const KelvaneStruParam*> pLastParam{nullptr};
@@ -42,6 +43,8 @@ protected:
         {
             g_pLibrary->pLastParam = pParam;
             ++g_pLibrary->iSetParaCount;
+            if (g_pLibrary->fnSetPara)
+                g_pLibrary->fnSetPara();
             return g_pLibrary->iSetParaCode;
         };
         pManager->m_fAudioKelvaneApply = Apply;

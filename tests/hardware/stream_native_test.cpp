@@ -154,20 +154,22 @@ TEST_F(StreamHardwareTest, TheProcessingThreadOfTheWorkerVariantMeetsNoDevice)
         EXPECT_NE(oItem.dwThread, dwThread) << oItem.strDevice << " " << oItem.strWhat;
 }
 
-// Too many channels for the library: set low on the thread that locks, also when the second lock is refused.
-TEST_F(StreamHardwareTest, AStreamTooWideIsLowBeforeItsFirstPeriod)
+// Too many channels for the library: a failed start like any other, and nothing is set high before.
+TEST_F(StreamHardwareTest, AStreamTooWideStartsAsAFailedInstance)
 {
-    BringUp();
-    const ApoObject<CKelvanePostEFX> pObject = MakeLocked(12);
-    for (int i = 0; i < 2; ++i)
+    for (const int iDebugMode : {0, 1})
     {
-        EXPECT_EQ(SentTo("KELVANE_DEVICE0"), "0000000000000000 0000000002000000");
+        CKelvaneManager::Instance()->m_iDebugMode = iDebugMode;
+        BringUp();
+        const ApoObject<CKelvanePostEFX> pObject = MakeLocked(12);
+        EXPECT_EQ(SentTo("KELVANE_DEVICE0"), iDebugMode == 0 ? "0000000002000000" : "");
         machine::ForgetSent();
-        CPeriod oPeriod(12, 480);
+        CPeriod oPeriod(12, 480, BUFFER_VALID, true);
         oPeriod.Run(*pObject);
-        EXPECT_TRUE(CPeriod::IsAll(oPeriod.m_vecOutput, 1.0F));
-        EXPECT_EQ(SentTo("KELVANE_DEVICE0"), "");
+        EXPECT_TRUE(CPeriod::IsAll(oPeriod.m_vecInput, iDebugMode == 0 ? 1.0F : 0.0F));
         EXPECT_EQ(CFormatPair(12, 48000).Lock(*pObject), APOERR_APO_LOCKED);
+        EXPECT_EQ(SentTo("KELVANE_DEVICE0"), "");
+        TakeDown();
     }
 }
 } // namespace

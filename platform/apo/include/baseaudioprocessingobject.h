@@ -59,6 +59,9 @@ protected:
     virtual HRESULT ValidateDefaultFormat(const UNCOMPRESSEDAUDIOFORMAT* pFormat);
 
     const APO_REG_PROPERTIES* m_pRegProperties;
+    // Written under the lock of Initialize, LockForProcess and UnlockForProcess.
+    bool m_bIsInitialized = false;
+    bool m_bIsLocked = false;
 
 private:
     HRESULT IsFormatSupported(IAudioMediaType* pOppositeFormat, IAudioMediaType* pRequestedFormat,
@@ -68,7 +71,5 @@ private:
     bool MatchByFlags(const UNCOMPRESSEDAUDIOFORMAT& oModel, UNCOMPRESSEDAUDIOFORMAT* pFormat) const;
 
     CRITICAL_SECTION m_csLock;
-    bool m_bIsInitialized = false;
-    bool m_bIsLocked = false;
     UINT32 m_u32SamplesPerFrame = 0;
 };
