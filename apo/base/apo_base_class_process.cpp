@@ -23,6 +23,24 @@ void SetOutput(APO_CONNECTION_PROPERTY* pOutput, UINT32 u32ValidFrameCount, APO_
     pOutput->u32BufferFlags = u32BufferFlags;
 }
 
+// Sets the output at the end of its scope, also when memory ran out on the way there.
+class COutputAtEnd
+{
+public:
+    COutputAtEnd(APO_CONNECTION_PROPERTY* pOutput, UINT32 u32ValidFrameCount, APO_BUFFER_FLAGS u32BufferFlags)
+        : m_pOutput(pOutput), m_u32ValidFrameCount(u32ValidFrameCount), m_u32BufferFlags(u32BufferFlags)
+    {
+    }
+    ~COutputAtEnd() { SetOutput(m_pOutput, m_u32ValidFrameCount, m_u32BufferFlags); }
+    COutputAtEnd(const COutputAtEnd&) = delete;
+    COutputAtEnd& operator=(const COutputAtEnd&) = delete;
+
+private:
+    APO_CONNECTION_PROPERTY* m_pOutput;
+    UINT32 m_u32ValidFrameCount;
+    APO_BUFFER_FLAGS m_u32BufferFlags;
+};
+
 // Records one side of a period, when samples are dumped.
 void DumpFrames(const APO_CONNECTION_PROPERTY* pConnection, int iChannelCount, UINT32 u32FrameCount,
                 const std::string& strName)
@@ -36,8 +54,9 @@ void DumpFrames(const APO_CONNECTION_PROPERTY* pConnection, int iChannelCount, U
 
 // What one call may do on a running stream, log and dump off: at 48 kHz take heap blocks only for the frames that it
 // pushes and give back those that it pops, at other rates a small constant number more per block; wait for the two
-// queue locks only, and in the inline variant for a first block; build no text for a level that is off. It opens no
-// file and reads no registry. Every frame count from 1 up is taken. A failure costs the period, never the stream.
+// queue locks only; build no text for a level that is off. It opens no file and reads no registry, but for the line
+// and the signal of a worker that is a second late. Every frame count from 1 up is taken. A failure costs the period,
+// never the stream.
 RT_CODE STDMETHODIMP_(void) CBaseAPO::APOProcess(UINT32 u32NumInputConnections,
                                                  APO_CONNECTION_PROPERTY** ppInputConnections,
                                                  UINT32 u32NumOutputConnections,
@@ -94,15 +113,17 @@ RT_CODE int CBaseAPO::ProcessAudioBuffer(UINT32, APO_CONNECTION_PROPERTY** ppInp
         return 13;
     if (AUDIO_MISSING(m_pEngine, 6))
         return 6;
-    int iResult = m_bNeedUpdataPara == 1 ? AUDIO_CHECK(m_pEngine->RefreshAlgorithmParams()) : 0;
-    if (iResult == 0)
+    const UINT32 u32FrameCount = ppInputConnections[0]->u32ValidFrameCount;
+    const COutputAtEnd oOutput(ppOutputConnections[0], u32FrameCount, ppInputConnections[0]->u32BufferFlags);
+    if (m_bNeedUpdataPara == 1)
     {
-        const UINT32 u32FrameCount = ppInputConnections[0]->u32ValidFrameCount;
-        DumpFrames(ppInputConnections[0], m_pEngine->GetInChannelCount(), u32FrameCount, m_strDumpInName);
-        iResult = ExchangeFrames(ppInputConnections, ppOutputConnections);
-        DumpFrames(ppOutputConnections[0], m_pEngine->GetOutChannelCount(), u32FrameCount, m_strDumpOutName);
+        const int iRefresh = AUDIO_CHECK(m_pEngine->RefreshAlgorithmParams());
+        if (iRefresh != 0)
+            return iRefresh;
     }
-    SetOutput(ppOutputConnections[0], ppInputConnections[0]->u32ValidFrameCount, ppInputConnections[0]->u32BufferFlags);
+    DumpFrames(ppInputConnections[0], m_pEngine->GetInChannelCount(), u32FrameCount, m_strDumpInName);
+    const int iResult = ExchangeFrames(ppInputConnections, ppOutputConnections);
+    DumpFrames(ppOutputConnections[0], m_pEngine->GetOutChannelCount(), u32FrameCount, m_strDumpOutName);
     return iResult;
 }
 
@@ -160,9 +181,8 @@ RT_CODE int CBaseAPO::ProcessSilentMode(UINT32, APO_CONNECTION_PROPERTY** ppInpu
         SetOutput(ppOutputConnections[0], u32ValidFrameCount, ppInputConnections[0]->u32BufferFlags);
         return 0;
     }
-    const int iResult = ExchangeFrames(ppInputConnections, ppOutputConnections);
-    SetOutput(ppOutputConnections[0], u32ValidFrameCount, BUFFER_VALID);
-    return iResult;
+    const COutputAtEnd oOutput(ppOutputConnections[0], u32ValidFrameCount, BUFFER_VALID);
+    return ExchangeFrames(ppInputConnections, ppOutputConnections);
 }
 
 // Logs the path: once per 501 calls, inline on each call.

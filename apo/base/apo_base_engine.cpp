@@ -10,12 +10,6 @@
 #include <string>
 #include <utility>
 
-namespace
-{
-constexpr int iInlineWaitCount = 100; // of 10 ms each
-constexpr DWORD dwInlineWait = 10;
-} // namespace
-
 CBaseEngine::CBaseEngine() = default;
 
 CBaseEngine::~CBaseEngine()
@@ -74,8 +68,7 @@ int CBaseEngine::PushInputFrame(const FLOAT32* pMicInputFrames, int iAlgoDataLen
     if (iResult != 0)
         std::fill_n(pInputDataIn, iAlgoDataLen, 0.0F);
     CalcInputFrameEnergy(pInputDataIn, iAlgoDataLen, AUDIO_ZERO_FRAME_LIMIT);
-    m_oInputQueue.Push(std::move(oFrame));
-    return iResult;
+    return AUDIO_FAIL_IF(!m_oInputQueue.Push(std::move(oFrame)), 13) ? 13 : iResult;
 }
 
 int CBaseEngine::OutputDataFromQueue(FLOAT32* pf32OutputFrames, const int& iChannel, const UINT32& ulFrameCount)
@@ -108,9 +101,6 @@ int CBaseEngine::OutputDataFromQueue(FLOAT32* pf32OutputFrames, const int& iChan
 // go.
 CAudioFrame CBaseEngine::PopOutputFrame(int iSystemDataLen)
 {
-    for (int i = 0; i < iInlineWaitCount && m_bInlineMode == 1 && m_oOutputQueue.Empty(); ++i)
-        Sleep(dwInlineWait);
-
     CAudioFrame oFrame;
     do
     {

@@ -48,7 +48,7 @@ public:
                                              const UINT32& ulFrameCount);
 
     // Fills iChannel * ulFrameCount floats from the oldest output frame of that length. With nothing to give the buffer
-    // stays as it was and the code is 0. Inline mode waits up to a second for a first frame.
+    // stays as it was and the code is 0. Nobody is waited for.
     virtual int OutputDataFromQueue(FLOAT32* pf32OutputFrames, const int& iChannel, const UINT32& ulFrameCount);
     virtual void ClearAllQueues() = 0;
     virtual void SetInitData(const BYTE* pbyData);

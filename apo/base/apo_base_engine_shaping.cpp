@@ -203,7 +203,8 @@ int CBaseEngine::CutSystemFrames(int iSystemDataLen)
         AUDIOLOG_DEBUG("iSystemDataLen=" + std::to_string(iSystemDataLen) +
                        ", left m_iOutputDataLen=" + std::to_string(m_iOutputCacheDataLen));
         const std::lock_guard<CAudioLock> oGuard(m_csOutputQueue);
-        m_oOutputQueue.Push(std::move(oFrame));
+        if (AUDIO_FAIL_IF(!m_oOutputQueue.Push(std::move(oFrame)), 6))
+            return 6;
     }
     return iResult;
 }

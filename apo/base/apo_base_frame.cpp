@@ -5,19 +5,29 @@
 #include <new>
 #include <utility>
 
-void CAudioFrameQueue::Push(CAudioFrame oFrame)
+bool CAudioFrameQueue::Push(CAudioFrame oFrame) noexcept
 {
-    const size_t iSlotCount = m_vecFrame.size();
-    if (static_cast<size_t>(m_iCount) == iSlotCount)
-    {
-        std::vector<CAudioFrame> vecFrame(iSlotCount * 2);
-        for (size_t i = 0; i < iSlotCount; ++i)
-            vecFrame[i] = std::move(m_vecFrame[(m_iFirst + i) % iSlotCount]);
-        m_vecFrame = std::move(vecFrame);
-        m_iFirst = 0;
-    }
+    if (static_cast<size_t>(m_iCount) == m_vecFrame.size() && !Grow())
+        return false;
     m_vecFrame[(m_iFirst + static_cast<size_t>(m_iCount)) % m_vecFrame.size()] = std::move(oFrame);
     m_iCount = m_iCount + 1;
+    return true;
+}
+
+bool CAudioFrameQueue::Grow() noexcept
+try
+{
+    const size_t iSlotCount = m_vecFrame.size();
+    std::vector<CAudioFrame> vecFrame(iSlotCount * 2);
+    for (size_t i = 0; i < iSlotCount; ++i)
+        vecFrame[i] = std::move(m_vecFrame[(m_iFirst + i) % iSlotCount]);
+    m_vecFrame = std::move(vecFrame);
+    m_iFirst = 0;
+    return true;
+}
+catch (const std::bad_alloc&)
+{
+    return false;
 }
 
 CAudioFrame CAudioFrameQueue::Pop()

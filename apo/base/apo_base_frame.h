@@ -27,13 +27,16 @@ public:
     int Size() const { return m_iCount; }
     bool Empty() const { return m_iCount == 0; }
 
-    void Push(CAudioFrame oFrame);
+    // False without memory for more slots: the frame is lost.
+    bool Push(CAudioFrame oFrame) noexcept;
 
     // The oldest frame, or one without data.
     CAudioFrame Pop();
 
 private:
     static constexpr size_t AUDIO_QUEUE_SLOT_COUNT = 256;
+
+    bool Grow() noexcept;
 
     std::vector<CAudioFrame> m_vecFrame;
     size_t m_iFirst = 0;

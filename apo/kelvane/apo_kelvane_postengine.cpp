@@ -65,14 +65,18 @@ int CKelvanePostEngine::InputStandardFrameToQueue(const FLOAT32* pMicInputFrames
     return iResult;
 }
 
-// The worker is late. The caller holds m_csInputQueue.
+// The worker is late. The caller holds m_csInputQueue. Memory that runs out costs the report.
 void CKelvanePostEngine::ReportInputQueueSize()
+try
 {
     if (m_bInlineMode != 0 || m_oInputQueue.Size() < m_iInputQueueHigh)
         return;
     CAudioMonitor::SetGetCPUStatusEvent();
     AUDIOLOG_EVENT_INFO(std::string(AUDIO_EVENT_INPUT_SIZE) +
                         "KelvaneInpuSize:" + std::to_string(m_oInputQueue.Size()));
+}
+catch (...)
+{
 }
 
 // Runs the algorithm on every queued frame. A frame that the library failed on goes out as it stands.
@@ -207,8 +211,9 @@ void CKelvanePostEngine::CountApplyTime(INT64 i64Time)
     m_iApplyFrameCount = 0;
 }
 
-// The timing period's line. The formatting takes no heap block.
+// The timing period's line. The formatting takes no heap block; memory that runs out behind it costs the line.
 void CKelvanePostEngine::ReportApplyTime()
+try
 {
     char szText[1024] = {};
     const float fAverage = static_cast<float>(m_i64TotalTime) / static_cast<float>(m_iApplyFrameCount);

@@ -62,11 +62,16 @@ void CKelvanePostEngine::InitTemperatureQueue()
 }
 
 void CKelvanePostEngine::InitializeWMI()
+try
 {
     m_pWMIHandle.reset(new (std::nothrow) CKelvaneWMI);
     if (AUDIO_MISSING(m_pWMIHandle, 6))
         return;
     AUDIO_CHECK(m_pWMIHandle->Initialize());
+}
+catch (...)
+{
+    // Out of memory on the way to the controller: it refuses what it is asked.
 }
 
 // Whether this engine reports temperatures to the embedded controller.

@@ -82,17 +82,6 @@ TEST_F(ProcessTest, EveryReasonLeadsToItsPath)
     EXPECT_EQ(LinesOf("ERROR"), std::vector<std::string>());
 }
 
-TEST_F(ProcessTest, InPlaceBypassKeepsTheBufferAndSilenceClearsIt)
-{
-    for (const int iBypassStatus : {1, 0})
-    {
-        Engine().SetBypassStatus(iBypassStatus);
-        CPeriod oPeriod(2, 480, iBypassStatus == 1 ? BUFFER_VALID : BUFFER_SILENT, true);
-        oPeriod.Run(*m_pObject);
-        EXPECT_TRUE(CPeriod::IsAll(oPeriod.m_vecInput, static_cast<FLOAT32>(iBypassStatus)));
-    }
-}
-
 TEST_F(ProcessTest, ChannelsComeFromTheLockedFormatAndANewFrameCountResetsTheOutput)
 {
     Open(6, 44100);

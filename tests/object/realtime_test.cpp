@@ -8,12 +8,14 @@
 #include <cstdlib>
 #include <new>
 
-static thread_local int iTaken = 0; // blocks that this thread took
+static thread_local int iTaken = 0;    // blocks that this thread took
+static thread_local int iRefused = -1; // the one that it doesn't get
 
 // Every form that the module uses, for a sanitizer's runtime has array forms of its own.
 [[gnu::noinline]] void* operator new(size_t iSize, const std::nothrow_t&) noexcept
 {
-    ++iTaken;
+    if (iTaken++ == iRefused)
+        return nullptr;
     return std::malloc(iSize != 0 ? iSize : 1);
 }
 [[gnu::noinline]] void* operator new(size_t iSize)
@@ -82,5 +84,48 @@ TEST_F(RealtimeTest, ACallTakesABlockForEachFrameItQueuesAndBuildsNoText)
         }
         EXPECT_EQ(iMost, oCase.iMost);
         EXPECT_TRUE(CPeriod::IsAll(oPeriod.m_vecOutput, 1));
+    }
+}
+
+// Each block of a lock and its first periods in turn can't be had: no call is lost on it, nor the object.
+TEST_F(RealtimeTest, ARefusedBlockCostsALockOrAPeriodAtMost)
+{
+    StartLog(AUDIO_LEVEL_INFO);
+    CFormatPair oFormats(2, 44100);
+    for (const APO_REG_PROPERTIES* pProperties :
+         {CKelvaneClassFactory::KelvanePostEFX_Property, CKelvaneClassFactory::KelvanePostOMFX_Property})
+    {
+        int iMet = 1;
+        for (int iBlock = 0; iBlock < iMet; ++iBlock)
+        {
+            SCOPED_TRACE(iBlock);
+            const auto pObject = OpenObject(new CKelvanePostEFX(nullptr, pProperties), 2, 44100);
+            EXPECT_EQ(pObject->UnlockForProcess(), S_OK);
+            iMet = 0;
+            const auto fnRefuse = [&](const auto& fnCall)
+            {
+                iTaken = iMet;
+                iRefused = iBlock;
+                fnCall();
+                iRefused = -1;
+                iMet = iTaken;
+            };
+            HRESULT hLock = S_OK;
+            fnRefuse([&] { hLock = oFormats.Lock(*pObject); });
+            ASSERT_TRUE(hLock == S_OK || (hLock == E_OUTOFMEMORY && oFormats.Lock(*pObject) == S_OK));
+            CPeriod oPeriod(2, 441), oLater(2, 441);
+            for (int i = 0; i < 6; ++i)
+            {
+                oPeriod.m_oOutput.u32ValidFrameCount = 0;
+                fnRefuse([&] { oPeriod.Run(*pObject); });
+                ASSERT_EQ(oPeriod.m_oOutput.u32ValidFrameCount, 441U);
+            }
+            EXPECT_EQ(pObject->UnlockForProcess(), S_OK);
+            ASSERT_EQ(oFormats.Lock(*pObject), S_OK);
+            for (int i = 0; i < 5; ++i, WaitForWorkers())
+                oLater.Run(*pObject);
+            ASSERT_TRUE(CPeriod::IsAll(oLater.m_vecOutput, 1));
+        }
+        EXPECT_GT(iMet, 50);
     }
 }
