@@ -10,7 +10,6 @@
 #include <iterator>
 #include <mutex>
 #include <new>
-#include <utility>
 
 CAudioDump::~CAudioDump()
 {
@@ -70,9 +69,8 @@ try
     const CAudioDir* const pAudioDir = m_pAudioDir;
     if (pData == nullptr || iLen <= 0 || pAudioDir == nullptr || !pAudioDir->Exists())
         return;
-    std::unique_ptr<CAudioDumpItem> pItem(new (std::nothrow) CAudioDumpItem);
-    if (AUDIO_MISSING(pItem, 87))
-        return;
+    std::list<CAudioDumpItem> oItem(1);
+    CAudioDumpItem* const pItem = &oItem.front();
     pItem->iLen = static_cast<UINT32>(iLen);
     pItem->pData.reset(new (std::nothrow) BYTE[pItem->iLen]);
     if (AUDIO_MISSING(pItem->pData, 13))
@@ -83,14 +81,14 @@ try
         return;
     }
     pItem->strName = GetItemName(strName);
-    if (!PushItem(std::move(pItem)))
+    if (!PushItem(oItem))
         AUDIOLOG_WARN("Dump queue is full, blocks are lost");
     if (m_hPCMEvent != nullptr)
         SetEvent(m_hPCMEvent);
 }
 catch (const std::exception&)
 {
-    // Without memory for its name or its place in the queue the block is lost.
+    AudioLogFailure(AUDIO_LOG_SITE, 87, "pItem"); // without memory the block is lost
 }
 
 std::string CAudioDump::GetItemName(std::string_view strName) const
@@ -103,12 +101,12 @@ std::string CAudioDump::GetItemName(std::string_view strName) const
 }
 
 // False for the first block of an episode that the bound refuses.
-bool CAudioDump::PushItem(std::unique_ptr<CAudioDumpItem> pItem)
+bool CAudioDump::PushItem(std::list<CAudioDumpItem>& oItem) noexcept
 {
     const std::lock_guard<CAudioLock> oGuard(m_oDumpLock);
-    if (m_iQueueBytes + pItem->iLen > QUEUE_BOUND)
+    if (m_iQueueBytes + oItem.front().iLen > QUEUE_BOUND)
         return m_iDropCount++ != 0;
-    m_iQueueBytes += pItem->iLen;
-    m_oDumpQueue.push_back(std::move(pItem));
+    m_iQueueBytes += oItem.front().iLen;
+    m_oDumpQueue.splice(m_oDumpQueue.end(), oItem);
     return true;
 }

@@ -11,7 +11,7 @@
 
 #include <windows.h>
 
-#include <deque>
+#include <list>
 #include <map>
 #include <memory>
 #include <string>
@@ -58,15 +58,15 @@ public:
 
 private:
     friend class CAudioSingleton<CAudioDump>;
-    friend std::default_delete<CAudioDump>;
     CAudioDump() = default;
     // Stops the workers. What is still queued is lost.
     ~CAudioDump();
 
     void QueueItem(const void* pData, const INT32& iLen, std::string_view strName) noexcept;
     std::string GetItemName(std::string_view strName) const;
-    bool PushItem(std::unique_ptr<CAudioDumpItem> pItem);
-    std::unique_ptr<CAudioDumpItem> TakeItem();
+    // oItem is a list of one, which goes to the queue whole.
+    bool PushItem(std::list<CAudioDumpItem>& oItem) noexcept;
+    std::list<CAudioDumpItem> TakeItem() noexcept;
     // Ends an episode of lost blocks, if there was one.
     static void ReportLost(UINT64 iDropCount) noexcept;
 
@@ -91,7 +91,7 @@ private:
     CAudioRelaxed<UINT32> m_iDumpSize{DEFAULT_DUMP_SIZE}; // bytes
     CAudioRelaxed<UINT32> m_iDumpNum{DEFAULT_DUMP_NUM};
     CAudioLock m_oDumpLock; // guards m_oDumpQueue and the three below it
-    std::deque<std::unique_ptr<CAudioDumpItem>> m_oDumpQueue;
+    std::list<CAudioDumpItem> m_oDumpQueue;
     size_t m_iQueueBytes = 0;
     UINT64 m_iDropCount = 0; // blocks lost to the bound since the writer last kept up
     std::string m_strModuleName;

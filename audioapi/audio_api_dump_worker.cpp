@@ -3,7 +3,6 @@
 
 #include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_queue.h"
-#include "audioapi/audio_api_registry.h"
 #include "audioapi/audio_api_settings.h"
 #include "audioapi/audio_api_string.h"
 #include "audioapi/audio_api_time.h"
@@ -27,10 +26,10 @@ void CAudioDump::WriteBatch()
     {
         try
         {
-            const std::unique_ptr<CAudioDumpItem> pItem = TakeItem();
-            if (pItem == nullptr)
+            const std::list<CAudioDumpItem> oItem = TakeItem();
+            if (oItem.empty())
                 return;
-            WriteItem(*pItem);
+            WriteItem(oItem.front());
         }
         catch (const std::exception&)
         {
@@ -40,30 +39,25 @@ void CAudioDump::WriteBatch()
 }
 
 // An episode of lost blocks is over when the writer has worked off half of the bound.
-std::unique_ptr<CAudioDumpItem> CAudioDump::TakeItem()
+std::list<CAudioDumpItem> CAudioDump::TakeItem() noexcept
 {
-    std::unique_ptr<CAudioDumpItem> pItem;
+    std::list<CAudioDumpItem> oItem;
     UINT64 iDropCount = 0;
     {
         const std::lock_guard<CAudioLock> oGuard(m_oDumpLock);
-        pItem = TakeFront(m_oDumpQueue);
-        m_iQueueBytes -= pItem != nullptr ? pItem->iLen : 0;
+        oItem = TakeFront(m_oDumpQueue);
+        m_iQueueBytes -= oItem.empty() ? 0 : oItem.front().iLen;
         if (m_iQueueBytes <= QUEUE_BOUND / 2)
             iDropCount = std::exchange(m_iDropCount, 0);
     }
     ReportLost(iDropCount);
-    return pItem;
+    return oItem;
 }
 
 void CAudioDump::ReportLost(UINT64 iDropCount) noexcept
-try
 {
     if (iDropCount > 0)
         AUDIOLOG_WARN("Dump queue has room again, blocks lost:" + std::to_string(iDropCount));
-}
-catch (const std::exception&)
-{
-    // Without memory the line is lost.
 }
 
 // A file that can't be opened costs the block.
@@ -88,7 +82,7 @@ void CAudioDump::WriteItem(const CAudioDumpItem& oItem)
 FileInfo CAudioDump::GetFileInfo(const std::string& strKey) const
 {
     const std::string strTime = CAudioTIME::GetStrTime(AUDIO_FILE_TIME_FORMAT);
-    return {strKey, CAudioSTR::FormatPathString(strKey + "_" + strTime + AUDIO_PCM_SUFFIX), 0};
+    return {CAudioSTR::FormatPathString(strKey + "_" + strTime + AUDIO_PCM_SUFFIX), 0};
 }
 
 void CALLBACK CAudioDump::ProcessDumpWorkerThread(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK)
@@ -96,20 +90,7 @@ void CALLBACK CAudioDump::ProcessDumpWorkerThread(PTP_CALLBACK_INSTANCE, PVOID p
     auto* pThis = static_cast<CAudioDump*>(pContext);
     if (AUDIO_MISSING(pThis, 87))
         return;
-    pThis->m_hRegistEvent.Create();
-    if (AUDIO_MISSING(pThis->m_hRegistEvent, 6))
-        return;
-    HKEY hKey = nullptr;
-    try
-    {
-        if (AUDIO_CHECK(CAudioREG::RegNotifyStart(AUDIO_DUMP_PATH, hKey, pThis->m_hRegistEvent)) == 0)
-            CAudioSettings::Follow(hKey, pThis->m_hRegistEvent, pThis->m_iDumpThreadRun,
-                                   [pThis] { pThis->ReadSettings(); });
-    }
-    catch (const std::exception&)
-    {
-        // No exception leaves a worker; without memory at its start the settings stay as they were read.
-    }
-    if (hKey != nullptr)
-        RegCloseKey(hKey);
+    CAudioSettings::Follow(
+        AUDIO_DUMP_PATH, pThis->m_hRegistEvent, pThis->m_iDumpThreadRun, [pThis] { pThis->ReadSettings(); },
+        AUDIO_LOG_SITE, "CAudioREG::RegNotifyStart(AUDIO_DUMP_PATH, hKey, pThis->m_hRegistEvent)");
 }

@@ -1,6 +1,7 @@
 // The event reporter: puts a few chosen reports into the system's event log, on a worker of its own.
 #include "audioapi/audio_api_event.h"
 
+#include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_log.h"
 #include "audioapi/audio_api_monitor.h"
 #include "audioapi/audio_api_queue.h"
@@ -8,7 +9,6 @@
 
 #include <exception>
 #include <mutex>
-#include <new>
 
 namespace
 {
@@ -24,7 +24,6 @@ CAudioEvent::~CAudioEvent()
 
 void CAudioEvent::Initialize(const std::string& strSourceName)
 {
-    m_dwProcessID = GetCurrentProcessId();
     RegisterZvAudoEventSource(strSourceName);
     CreatEventThread();
 }
@@ -43,31 +42,30 @@ void CAudioEvent::CreatEventThread()
     m_pEventThreadWorker = CAudioMonitor::CreateMonitorThread(ProcessEventWorkerThread, this, &m_iEventThreadRun);
 }
 
-void CAudioEvent::RecordItem(const WORD& dwEventType, const DWORD& dwEventID, const INT64& iErrorCode,
-                             const std::string& strMessage, INT64 pObject) noexcept
+void CAudioEvent::RecordItem(WORD dwEventType, DWORD dwEventID, INT64 iErrorCode, std::string_view strMessage,
+                             INT64 pObject) noexcept
 try
 {
-    std::unique_ptr<CAudioEventItem> pSaveEvent(new (std::nothrow) CAudioEventItem);
-    if (AUDIO_MISSING(pSaveEvent, 87))
-        return;
-    pSaveEvent->dwEventType = dwEventType;
-    pSaveEvent->dwEventID = dwEventID;
-    pSaveEvent->strMessage = strMessage;
+    std::list<CAudioEventItem> oSaveEvent(1);
+    CAudioEventItem& oItem = oSaveEvent.front();
+    oItem.dwEventType = dwEventType;
+    oItem.dwEventID = dwEventID;
+    oItem.strMessage = strMessage;
     if (iErrorCode != 0)
-        pSaveEvent->strMessage += "[E" + std::to_string(iErrorCode) + "]";
-    pSaveEvent->strMessage += CAudioSTR::ToHexTag(pObject);
-    if (pSaveEvent->strMessage.size() > MESSAGE_LEN_MAX)
-        pSaveEvent->strMessage.resize(MESSAGE_LEN_MAX);
+        oItem.strMessage += std::string("[") + AUDIO_EVENT_MARK + std::to_string(iErrorCode) + "]";
+    oItem.strMessage += CAudioSTR::ToHexTag(pObject);
+    if (oItem.strMessage.size() > MESSAGE_LEN_MAX)
+        oItem.strMessage.resize(MESSAGE_LEN_MAX);
     {
         const std::lock_guard<CAudioLock> oGuard(m_oEventLock);
-        m_oEventQueue.push_back(std::move(pSaveEvent));
+        m_oEventQueue.splice(m_oEventQueue.end(), oSaveEvent);
     }
     if (m_hEvent != nullptr)
         SetEvent(m_hEvent);
 }
 catch (const std::exception&)
 {
-    // Without memory for its text the report is lost.
+    AudioLogFailure(AUDIO_LOG_SITE, 87, "pSaveEvent"); // without memory the report is lost
 }
 
 void CALLBACK CAudioEvent::ProcessEventWorkerThread(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK)
@@ -78,7 +76,7 @@ void CALLBACK CAudioEvent::ProcessEventWorkerThread(PTP_CALLBACK_INSTANCE, PVOID
     RunQueueWorker(pThis->m_iEventThreadRun, pThis->m_hEvent, [pThis] { pThis->ReportBatch(); });
 }
 
-std::unique_ptr<CAudioEventItem> CAudioEvent::TakeItem()
+std::list<CAudioEventItem> CAudioEvent::TakeItem() noexcept
 {
     const std::lock_guard<CAudioLock> oGuard(m_oEventLock);
     return TakeFront(m_oEventQueue);
@@ -90,9 +88,10 @@ void CAudioEvent::ReportBatch()
     CAudioEvent* const pThis = this; // the name that the failure line carries
     while (m_iEventThreadRun == 1)
     {
-        const std::unique_ptr<CAudioEventItem> pItem = TakeItem();
-        if (pItem == nullptr || m_hEventSource == nullptr)
+        const std::list<CAudioEventItem> oTaken = TakeItem();
+        if (oTaken.empty() || m_hEventSource == nullptr)
             return;
+        const CAudioEventItem* const pItem = &oTaken.front();
         LPCSTR lpEventbuffer = pItem->strMessage.empty() ? nullptr : pItem->strMessage.c_str();
         AUDIO_CHECK_WIN(ReportEventA(pThis->m_hEventSource, pItem->dwEventType, 0, pItem->dwEventID, nullptr, 1, 0,
                                      &lpEventbuffer, nullptr));

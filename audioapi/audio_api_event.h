@@ -7,9 +7,9 @@
 
 #include <windows.h>
 
-#include <deque>
-#include <memory>
+#include <list>
 #include <string>
+#include <string_view>
 
 struct CAudioEventItem
 {
@@ -32,20 +32,19 @@ public:
 
     // Queues one report. The code, if not 0, and the object, if not 0, follow the message, and the whole is cut to its
     // first 64 characters. Any thread; never waits for the event log. Throws nothing.
-    void RecordItem(const WORD& dwEventType, const DWORD& dwEventID, const INT64& iErrorCode,
-                    const std::string& strMessage, INT64 pObject = 0) noexcept;
+    void RecordItem(WORD dwEventType, DWORD dwEventID, INT64 iErrorCode, std::string_view strMessage,
+                    INT64 pObject = 0) noexcept;
 
 private:
     void RegisterZvAudoEventSource(const std::string& strSourceName);
     void CreatEventThread();
     static void CALLBACK ProcessEventWorkerThread(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK);
     void ReportBatch();
-    std::unique_ptr<CAudioEventItem> TakeItem();
+    std::list<CAudioEventItem> TakeItem() noexcept;
 
     HANDLE m_hEventSource = nullptr; // set before the worker's start
     CAudioLock m_oEventLock;         // guards m_oEventQueue
-    std::deque<std::unique_ptr<CAudioEventItem>> m_oEventQueue;
-    DWORD m_dwProcessID = 0;
+    std::list<CAudioEventItem> m_oEventQueue;
     PTP_WORK m_pEventThreadWorker = nullptr;
     CAudioWorkerEvent m_hEvent;
     CAudioFlag m_iEventThreadRun{0};

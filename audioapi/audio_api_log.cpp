@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <exception>
 #include <mutex>
-#include <new>
 
 CAudioLog::~CAudioLog()
 {
@@ -54,51 +53,57 @@ void CAudioLog::CreatLogThread()
     m_pLOGThreadWorker = CAudioMonitor::CreateMonitorThread(ProcessLOGWorkerThread, this, &m_iLOGThreadRun);
 }
 
-void CAudioLog::RecordItem(const std::string& strFunction, const std::string& strFile, const UINT32& iLine,
-                           const UINT32& iLevel, const INT64& iErrorCode, const std::string& strMessage, INT64 pObject)
+void CAudioLog::RecordItem(std::string_view strFunction, std::string_view strFile, UINT32 iLine, UINT32 iLevel,
+                           INT64 iErrorCode, std::string_view strMessage, INT64 pObject) noexcept
 {
     if (!IsRecorded(iLevel))
         return;
-    if (QueueItem(strFunction, strFile, iLine, iLevel, iErrorCode, strMessage, pObject))
-        return;
-    if (IsRecorded(AUDIO_LEVEL_ERROR))
-        QueueItem(__FUNCTION__, __FILE__, __LINE__, AUDIO_LEVEL_ERROR, 87, "pSaveLog", 0);
+    Queue oSaveLog = MakeItem(strFunction, strFile, iLine, iLevel, iErrorCode, strMessage, pObject);
+    if (oSaveLog.empty() && IsRecorded(AUDIO_LEVEL_ERROR))
+        oSaveLog = MakeItem(__FUNCTION__, __FILE__, __LINE__, AUDIO_LEVEL_ERROR, 87, "pSaveLog", 0);
+    if (!oSaveLog.empty())
+        PushItem(oSaveLog);
 }
 
-bool CAudioLog::QueueItem(std::string_view strFunction, std::string_view strFile, UINT32 iLine, UINT32 iLevel,
-                          INT64 iErrorCode, std::string_view strMessage, INT64 pObject) noexcept
+CAudioLog::Queue CAudioLog::MakeItem(std::string_view strFunction, std::string_view strFile, UINT32 iLine,
+                                     UINT32 iLevel, INT64 iErrorCode, std::string_view strMessage,
+                                     INT64 pObject) const noexcept
+try
 {
-    bool bFirst = false; // the worker takes the queue whole: one signal serves all that follow
-    try
+    Queue oSaveLog(1);
+    CAudioLogItem& oItem = oSaveLog.front();
+    GetLocalTime(&oItem.stTime);
+    oItem.dwProcessID = m_dwProcessID;
+    oItem.dwThreadID = GetCurrentThreadId();
+    oItem.iLine = static_cast<INT32>(iLine);
+    oItem.strFunction = strFunction;
+    oItem.strFile = strFile.substr(strFile.find_last_of("\\/") + 1);
+    oItem.iErrorCode = iErrorCode;
+    oItem.strLevel = AUDIO_LOG_LEVEL_WORD[std::min<UINT32>(iLevel, AUDIO_LEVEL_FATA) - 1];
+    oItem.strMessage = CAudioSTR::ToHexTag(pObject).append(strMessage);
+    return oSaveLog;
+}
+catch (const std::exception&)
+{
+    return {};
+}
+
+// The worker takes the queue whole: one signal serves all items that follow the first.
+void CAudioLog::PushItem(Queue& oItem) noexcept
+{
+    bool bFirst = false;
     {
-        std::unique_ptr<CAudioLogItem> pSaveLog(new (std::nothrow) CAudioLogItem);
-        if (pSaveLog == nullptr)
-            return false;
-        GetLocalTime(&pSaveLog->stTime);
-        pSaveLog->dwProcessID = m_dwProcessID;
-        pSaveLog->dwThreadID = GetCurrentThreadId();
-        pSaveLog->iLine = static_cast<INT32>(iLine);
-        pSaveLog->strFunction = strFunction;
-        pSaveLog->strFile = strFile.substr(strFile.find_last_of("\\/") + 1);
-        pSaveLog->iErrorCode = iErrorCode;
-        pSaveLog->strLevel = AUDIO_LOG_LEVEL_WORD[std::min<UINT32>(iLevel, AUDIO_LEVEL_FATA) - 1];
-        pSaveLog->strMessage = CAudioSTR::ToHexTag(pObject).append(strMessage);
         const std::lock_guard<CAudioLock> oGuard(m_oLogLock);
-        m_oLogQueue.push_back(std::move(pSaveLog));
-        bFirst = m_oLogQueue.size() == 1;
-    }
-    catch (const std::exception&)
-    {
-        return false;
+        bFirst = m_oLogQueue.empty();
+        m_oLogQueue.splice(m_oLogQueue.end(), oItem);
     }
     if (bFirst)
         m_hLOGEvent.Signal(); // the stop closes it while the other workers still log
-    return true;
 }
 
-void CAudioLog::RecordEventItem(const std::string& strFunction, const std::string& strFile, const UINT32& iLine,
-                                const UINT32& iLevel, const INT64& iErrorCode, const std::string& strMessage,
-                                const WORD& dwEventType, const DWORD& dwEventID, INT64 pObject)
+void CAudioLog::RecordEventItem(std::string_view strFunction, std::string_view strFile, UINT32 iLine, UINT32 iLevel,
+                                INT64 iErrorCode, std::string_view strMessage, WORD dwEventType, DWORD dwEventID,
+                                INT64 pObject) noexcept
 {
     CAudioEvent* const pAudioEvent = m_pAudioEvent;
     if (pAudioEvent != nullptr && m_iEventLevel != 0)
@@ -106,17 +111,7 @@ void CAudioLog::RecordEventItem(const std::string& strFunction, const std::strin
     RecordItem(strFunction, strFile, iLine, iLevel, iErrorCode, strMessage, pObject);
 }
 
-void AudioLogFailure(const AudioLogSite& oSite, INT64 iErrorCode, const char* pText)
+void AudioLogFailure(const AudioLogSite& oSite, INT64 iErrorCode, const char* pText) noexcept
 {
-    if (!CAudioLog::Instance()->IsRecorded(AUDIO_LEVEL_ERROR))
-        return;
-    try
-    {
-        CAudioLog::Instance()->RecordItem(oSite.pFunction, oSite.pFile, oSite.iLine, AUDIO_LEVEL_ERROR, iErrorCode,
-                                          pText);
-    }
-    catch (const std::exception&)
-    {
-        // Without memory for its text the line is lost; the check that failed goes its way.
-    }
+    CAudioLog::Instance()->RecordItem(oSite.pFunction, oSite.pFile, oSite.iLine, AUDIO_LEVEL_ERROR, iErrorCode, pText);
 }

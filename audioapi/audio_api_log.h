@@ -12,7 +12,8 @@
 #include <windows.h>
 
 #include <cstdio>
-#include <deque>
+#include <exception>
+#include <list>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -26,6 +27,15 @@ enum AudioLogLevel : UINT32
     AUDIO_LEVEL_ERROR = 5,
     AUDIO_LEVEL_FATA = 6,
 };
+
+// Where a line was logged.
+struct AudioLogSite
+{
+    const char* pFunction;
+    const char* pFile;
+    UINT32 iLine;
+};
+#define AUDIO_LOG_SITE (AudioLogSite{__FUNCTION__, __FILE__, static_cast<UINT32>(__LINE__)})
 
 // One line on its way to the file, filled on the calling thread.
 struct CAudioLogItem
@@ -44,7 +54,6 @@ struct CAudioLogItem
 // The file that a worker writes.
 struct FileInfo
 {
-    std::string strKey;      // what the file belongs to; the log has one file and no key
     std::string strFileName; // whole path
     UINT64 iSize = 0;        // bytes that this worker wrote under this name
 };
@@ -74,34 +83,43 @@ public:
     }
 
     // Queues one line, whatever its length. Any thread; never touches a file. Code 0 selects the short form; pObject,
-    // if not 0, leads the message. Throws nothing: a line without memory is lost.
-    void RecordItem(const std::string& strFunction, const std::string& strFile, const UINT32& iLine,
-                    const UINT32& iLevel, const INT64& iErrorCode, const std::string& strMessage, INT64 pObject = 0);
+    // if not 0, leads the message. A line without memory is lost.
+    void RecordItem(std::string_view strFunction, std::string_view strFile, UINT32 iLine, UINT32 iLevel,
+                    INT64 iErrorCode, std::string_view strMessage, INT64 pObject = 0) noexcept;
 
     // Puts a report into the event log, unless the setting turns events off, and queues its line. Any thread.
-    void RecordEventItem(const std::string& strFunction, const std::string& strFile, const UINT32& iLine,
-                         const UINT32& iLevel, const INT64& iErrorCode, const std::string& strMessage,
-                         const WORD& dwEventType, const DWORD& dwEventID, INT64 pObject = 0);
+    void RecordEventItem(std::string_view strFunction, std::string_view strFile, UINT32 iLine, UINT32 iLevel,
+                         INT64 iErrorCode, std::string_view strMessage, WORD dwEventType, DWORD dwEventID,
+                         INT64 pObject = 0) noexcept;
 
 private:
     friend class CAudioSingleton<CAudioLog>;
-    friend std::default_delete<CAudioLog>;
-    using Queue = std::deque<std::unique_ptr<CAudioLogItem>>;
+    using Queue = std::list<CAudioLogItem>; // empty, it holds no memory: the log can be made without any
     CAudioLog() = default;
     // Stops the workers. What is still queued is lost.
     ~CAudioLog();
 
-    // False when the item or its text has no memory.
-    bool QueueItem(std::string_view strFunction, std::string_view strFile, UINT32 iLine, UINT32 iLevel,
-                   INT64 iErrorCode, std::string_view strMessage, INT64 pObject) noexcept;
+    // What the log worker writes with.
+    struct Writer
+    {
+        FileInfo oFileInfo;
+        FILE* pFile = nullptr;
+        Queue oItems;   // taken, not yet written; empty before and after a batch but for a stop
+        Queue oFailure; // the line of an episode without a file, which begins the file that ends it
+    };
+
+    // One item of this moment and thread, by itself. Empty when it or its text has no memory.
+    Queue MakeItem(std::string_view strFunction, std::string_view strFile, UINT32 iLine, UINT32 iLevel,
+                   INT64 iErrorCode, std::string_view strMessage, INT64 pObject) const noexcept;
+    void PushItem(Queue& oItem) noexcept;
 
     void CreatLogThread();
     static void CALLBACK ProcessLOGWorkerThread(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK);
-    // oItems is the worker's own queue, empty before and after but for a stop.
-    void WriteBatch(Queue& oItems, FileInfo& oFileInfo) noexcept;
-    void WriteLine(FILE*& pFile, FileInfo& oFileInfo, const CAudioLogItem& oItem) noexcept;
+    void WriteBatch(Writer& oWriter) noexcept;
+    bool WriteLine(Writer& oWriter, const CAudioLogItem& oItem) noexcept;
     bool TakeItems(Queue& oItems) noexcept;
-    int GetFileInfo(FILE*& pFile, FileInfo& oFileInfo) const;
+    int GetFileInfo(Writer& oWriter) const;
+    int HoldFailure(Writer& oWriter, const AudioLogSite& oSite, int iErrorCode, const char* pText) const noexcept;
     std::string GetLogFileName() const;
 
     static void CALLBACK ProcessDebugWorkerThread(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK);
@@ -129,30 +147,30 @@ private:
     CAudioFlag m_iDebugThreadRun{0};
 };
 
-// Where a line was logged.
-struct AudioLogSite
-{
-    const char* pFunction;
-    const char* pFile;
-    UINT32 iLine;
-};
-#define AUDIO_LOG_SITE                                                                                                 \
-    AudioLogSite                                                                                                       \
-    {                                                                                                                  \
-        __FUNCTION__, __FILE__, static_cast<UINT32>(__LINE__)                                                          \
-    }
-
 // Logs pText at ERROR with the code. The body of the check macros.
-void AudioLogFailure(const AudioLogSite& oSite, INT64 iErrorCode, const char* pText);
+void AudioLogFailure(const AudioLogSite& oSite, INT64 iErrorCode, const char* pText) noexcept;
 
-// The text is built only when the level is on. A helper logs at the site that its caller gave it.
-#define AUDIO_LOG_AT(oSite, iLevel, iErrorCode, strText)                                                               \
+// A log statement throws nothing, whatever its text is built from, so it may stand in destructors and callbacks, and on
+// the way back from a step that is done: out of memory costs the line. The text is built only when the level is on.
+#define AUDIO_LOG_STATEMENT(bRecorded, record)                                                                         \
     do                                                                                                                 \
     {                                                                                                                  \
-        if (CAudioLog::Instance()->IsRecorded(iLevel))                                                                 \
-            CAudioLog::Instance()->RecordItem((oSite).pFunction, (oSite).pFile, (oSite).iLine, iLevel, iErrorCode,     \
-                                              strText);                                                                \
+        if (CAudioLog::Instance()->bRecorded)                                                                          \
+        {                                                                                                              \
+            try                                                                                                        \
+            {                                                                                                          \
+                CAudioLog::Instance()->record;                                                                         \
+            }                                                                                                          \
+            catch (const std::exception&)                                                                              \
+            {                                                                                                          \
+            }                                                                                                          \
+        }                                                                                                              \
     } while (false)
+
+// A line of the place oSite: the caller's, in a function that reports for its callers.
+#define AUDIO_LOG_AT(oSite, iLevel, iErrorCode, strText)                                                               \
+    AUDIO_LOG_STATEMENT(IsRecorded(iLevel),                                                                            \
+                        RecordItem((oSite).pFunction, (oSite).pFile, (oSite).iLine, iLevel, iErrorCode, strText))
 #define AUDIO_LOG(iLevel, iErrorCode, strText) AUDIO_LOG_AT(AUDIO_LOG_SITE, iLevel, iErrorCode, strText)
 #define AUDIOLOG_DEBUG(strText) AUDIO_LOG(AUDIO_LEVEL_DEBUG, 0, strText)
 #define AUDIOLOG_INFO(strText) AUDIO_LOG(AUDIO_LEVEL_INFO, 0, strText)
@@ -160,27 +178,26 @@ void AudioLogFailure(const AudioLogSite& oSite, INT64 iErrorCode, const char* pT
 #define AUDIOLOG_ERROR(iErrorCode, strText) AUDIO_LOG(AUDIO_LEVEL_ERROR, iErrorCode, strText)
 
 // Line and event log record in one: information, warning, error.
-#define AUDIO_LOG_EVENT(iLevel, iErrorCode, strText, dwEventType, dwEventID)                                           \
-    do                                                                                                                 \
-    {                                                                                                                  \
-        if (CAudioLog::Instance()->IsEventRecorded(iLevel))                                                            \
-            CAudioLog::Instance()->RecordEventItem(__FUNCTION__, __FILE__, __LINE__, iLevel, iErrorCode, strText,      \
-                                                   dwEventType, dwEventID);                                            \
-    } while (false)
-#define AUDIOLOG_EVENT_INFO(strText)                                                                                   \
-    AUDIO_LOG_EVENT(AUDIO_LEVEL_INFO, 0, strText, EVENTLOG_INFORMATION_TYPE, 0x40020F01)
-#define AUDIOLOG_EVENT_WARN(strText) AUDIO_LOG_EVENT(AUDIO_LEVEL_WARN, 0, strText, EVENTLOG_WARNING_TYPE, 0x80020F02)
+#define AUDIO_LOG_EVENT_AT(oSite, iLevel, iErrorCode, strText, dwEventType, dwEventID)                                 \
+    AUDIO_LOG_STATEMENT(IsEventRecorded(iLevel), RecordEventItem((oSite).pFunction, (oSite).pFile, (oSite).iLine,      \
+                                                                 iLevel, iErrorCode, strText, dwEventType, dwEventID))
+#define AUDIO_LOG_EVENT_INFO_AT(oSite, strText)                                                                        \
+    AUDIO_LOG_EVENT_AT(oSite, AUDIO_LEVEL_INFO, 0, strText, EVENTLOG_INFORMATION_TYPE, 0x40020F01)
+#define AUDIO_LOG_EVENT_WARN_AT(oSite, strText)                                                                        \
+    AUDIO_LOG_EVENT_AT(oSite, AUDIO_LEVEL_WARN, 0, strText, EVENTLOG_WARNING_TYPE, 0x80020F02)
+#define AUDIOLOG_EVENT_INFO(strText) AUDIO_LOG_EVENT_INFO_AT(AUDIO_LOG_SITE, strText)
+#define AUDIOLOG_EVENT_WARN(strText) AUDIO_LOG_EVENT_WARN_AT(AUDIO_LOG_SITE, strText)
 #define AUDIOLOG_EVENT_ERROR(iErrorCode, strText)                                                                      \
-    AUDIO_LOG_EVENT(AUDIO_LEVEL_ERROR, iErrorCode, strText, EVENTLOG_ERROR_TYPE, 0xC0020F03)
+    AUDIO_LOG_EVENT_AT(AUDIO_LOG_SITE, AUDIO_LEVEL_ERROR, iErrorCode, strText, EVENTLOG_ERROR_TYPE, 0xC0020F03)
 
-template <class T> T AudioCheckResult(T tResult, const AudioLogSite& oSite, const char* pText)
+template <class T> T AudioCheckResult(T tResult, const AudioLogSite& oSite, const char* pText) noexcept
 {
     if (tResult != 0)
         AudioLogFailure(oSite, static_cast<INT64>(tResult), pText);
     return tResult;
 }
 
-inline bool AudioCheckCondition(bool bFailed, const AudioLogSite& oSite, INT64 iErrorCode, const char* pText)
+inline bool AudioCheckCondition(bool bFailed, const AudioLogSite& oSite, INT64 iErrorCode, const char* pText) noexcept
 {
     if (bFailed)
         AudioLogFailure(oSite, iErrorCode, pText);
@@ -194,7 +211,7 @@ inline DWORD AudioLastError()
     return dwError != 0 ? dwError : ERROR_GEN_FAILURE;
 }
 
-inline DWORD AudioCheckWin(BOOL bDone, const AudioLogSite& oSite, const char* pText)
+inline DWORD AudioCheckWin(BOOL bDone, const AudioLogSite& oSite, const char* pText) noexcept
 {
     if (bDone)
         return 0;

@@ -3,7 +3,6 @@
 
 #include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_queue.h"
-#include "audioapi/audio_api_registry.h"
 #include "audioapi/audio_api_settings.h"
 #include "audioapi/audio_api_string.h"
 #include "audioapi/audio_api_time.h"
@@ -13,8 +12,8 @@
 
 namespace
 {
-// Gives the count of bytes written; less than 1 when nothing was.
-int WriteItem(FILE* pFile, const CAudioLogItem& oItem)
+// As printf counts: less than 1 when nothing was written.
+int PrintItem(FILE* pFile, const CAudioLogItem& oItem)
 {
     const SYSTEMTIME& stTime = oItem.stTime;
     const int iThreadID = static_cast<int>(oItem.dwThreadID);
@@ -29,6 +28,13 @@ int WriteItem(FILE* pFile, const CAudioLogItem& oItem)
                    static_cast<long long>(oItem.iErrorCode), oItem.strMessage.c_str(), oItem.strFunction.c_str(),
                    oItem.strFile.c_str(), oItem.iLine);
 }
+
+// Gives the count of bytes written.
+UINT64 WriteItem(FILE* pFile, const CAudioLogItem& oItem)
+{
+    const int iCount = PrintItem(pFile, oItem);
+    return iCount >= 1 ? static_cast<UINT64>(iCount) : 0;
+}
 } // namespace
 
 void CALLBACK CAudioLog::ProcessLOGWorkerThread(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK)
@@ -40,10 +46,9 @@ void CALLBACK CAudioLog::ProcessLOGWorkerThread(PTP_CALLBACK_INSTANCE, PVOID pCo
         return;
     try
     {
-        FileInfo oFileInfo;
-        oFileInfo.strFileName = pThis->GetLogFileName();
-        Queue oItems;
-        RunQueueWorker(pThis->m_iLOGThreadRun, pThis->m_hLOGEvent, [&] { pThis->WriteBatch(oItems, oFileInfo); });
+        Writer oWriter;
+        oWriter.oFileInfo.strFileName = pThis->GetLogFileName();
+        RunQueueWorker(pThis->m_iLOGThreadRun, pThis->m_hLOGEvent, [&] { pThis->WriteBatch(oWriter); });
     }
     catch (const std::exception&)
     {
@@ -60,38 +65,45 @@ bool CAudioLog::TakeItems(Queue& oItems) noexcept
     return !oItems.empty();
 }
 
-// Writes what is in the queue, and what comes while it does. A file that can't be opened queues one more line for each
-// line lost, so the batch ends with the run flag too.
-void CAudioLog::WriteBatch(Queue& oItems, FileInfo& oFileInfo) noexcept
+// Writes what is in the queue, and what comes while it does. Without a file all that was taken is dropped: one attempt
+// a batch, and the worker rests until the next line.
+void CAudioLog::WriteBatch(Writer& oWriter) noexcept
 {
-    FILE* pFile = nullptr;
+    Queue& oItems = oWriter.oItems;
     while (m_iLOGThreadRun == 1 && TakeItems(oItems))
-        for (; !oItems.empty() && m_iLOGThreadRun == 1; oItems.pop_front())
-            WriteLine(pFile, oFileInfo, *oItems.front());
-    if (pFile != nullptr)
-        fclose(pFile);
+        while (!oItems.empty() && m_iLOGThreadRun == 1)
+        {
+            if (WriteLine(oWriter, oItems.front()))
+                oItems.pop_front();
+            else
+                oItems.clear();
+        }
+    if (oWriter.pFile != nullptr)
+        fclose(oWriter.pFile);
+    oWriter.pFile = nullptr;
 }
 
-void CAudioLog::WriteLine(FILE*& pFile, FileInfo& oFileInfo, const CAudioLogItem& oItem) noexcept
+// False without a file.
+bool CAudioLog::WriteLine(Writer& oWriter, const CAudioLogItem& oItem) noexcept
 try
 {
-    if (GetFileInfo(pFile, oFileInfo) != 0)
-    {
-        Sleep(5);
-        return;
-    }
-    const int iCount = WriteItem(pFile, oItem);
-    if (iCount >= 1)
-        oFileInfo.iSize += static_cast<UINT64>(iCount);
+    if (GetFileInfo(oWriter) != 0)
+        return false;
+    for (; !oWriter.oFailure.empty(); oWriter.oFailure.pop_front())
+        oWriter.oFileInfo.iSize += WriteItem(oWriter.pFile, oWriter.oFailure.front());
+    oWriter.oFileInfo.iSize += WriteItem(oWriter.pFile, oItem);
+    return true;
 }
 catch (const std::exception&)
 {
-    // One line lost for want of memory.
+    return true; // one line lost for want of memory
 }
 
-// 0 with the file open in pFile, else the code. A full file gives way to a new one.
-int CAudioLog::GetFileInfo(FILE*& pFile, FileInfo& oFileInfo) const
+// 0 with the file open, else the code. A full file gives way to a new one.
+int CAudioLog::GetFileInfo(Writer& oWriter) const
 {
+    FILE*& pFile = oWriter.pFile;
+    FileInfo& oFileInfo = oWriter.oFileInfo;
     if (oFileInfo.iSize >= m_iDebugSize)
     {
         if (pFile != nullptr)
@@ -102,10 +114,17 @@ int CAudioLog::GetFileInfo(FILE*& pFile, FileInfo& oFileInfo) const
     }
     if (pFile != nullptr)
         return 0;
-    const int iResult = AUDIO_CHECK(fopen_s(&pFile, oFileInfo.strFileName.c_str(), "at+"));
-    if (iResult != 0)
-        return iResult;
-    return AUDIO_MISSING(pFile, 6) ? 6 : 0;
+    if (const int iResult = fopen_s(&pFile, oFileInfo.strFileName.c_str(), "at+"))
+        return HoldFailure(oWriter, AUDIO_LOG_SITE, iResult, "fopen_s(&pFile, oFileInfo.strFileName.c_str(), \"at+\")");
+    return pFile == nullptr ? HoldFailure(oWriter, AUDIO_LOG_SITE, 6, "pFile") : 0;
+}
+
+// Not by the queue: a line for each line lost would keep the worker busy for good.
+int CAudioLog::HoldFailure(Writer& oWriter, const AudioLogSite& oSite, int iErrorCode, const char* pText) const noexcept
+{
+    if (oWriter.oFailure.empty() && IsRecorded(AUDIO_LEVEL_ERROR))
+        oWriter.oFailure = MakeItem(oSite.pFunction, oSite.pFile, oSite.iLine, AUDIO_LEVEL_ERROR, iErrorCode, pText, 0);
+    return iErrorCode;
 }
 
 std::string CAudioLog::GetLogFileName() const
@@ -120,20 +139,7 @@ void CALLBACK CAudioLog::ProcessDebugWorkerThread(PTP_CALLBACK_INSTANCE, PVOID p
     auto* pThis = static_cast<CAudioLog*>(pContext);
     if (AUDIO_MISSING(pThis, 87))
         return;
-    pThis->m_hRegistEvent.Create();
-    if (AUDIO_MISSING(pThis->m_hRegistEvent, 6))
-        return;
-    HKEY hKey = nullptr;
-    try
-    {
-        if (AUDIO_CHECK(CAudioREG::RegNotifyStart(AUDIO_DEBUG_PATH, hKey, pThis->m_hRegistEvent)) == 0)
-            CAudioSettings::Follow(hKey, pThis->m_hRegistEvent, pThis->m_iDebugThreadRun,
-                                   [pThis] { pThis->ReadSettings(); });
-    }
-    catch (const std::exception&)
-    {
-        // No exception leaves a worker; without memory at its start the settings stay as they were read.
-    }
-    if (hKey != nullptr)
-        RegCloseKey(hKey);
+    CAudioSettings::Follow(
+        AUDIO_DEBUG_PATH, pThis->m_hRegistEvent, pThis->m_iDebugThreadRun, [pThis] { pThis->ReadSettings(); },
+        AUDIO_LOG_SITE, "CAudioREG::RegNotifyStart(AUDIO_DEBUG_PATH, hKey, pThis->m_hRegistEvent)");
 }

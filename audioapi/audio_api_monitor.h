@@ -126,7 +126,6 @@ public:
 
 private:
     friend class CAudioSingleton<CAudioMonitor>;
-    friend std::default_delete<CAudioMonitor>;
     CAudioMonitor() = default;
     // Stops the watchers.
     ~CAudioMonitor();

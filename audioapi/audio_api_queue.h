@@ -6,18 +6,16 @@
 
 #include <windows.h>
 
-#include <deque>
-#include <memory>
-#include <utility>
+#include <list>
 
-// The item at the front, or null. The caller holds the queue's lock.
-template <class T> std::unique_ptr<T> TakeFront(std::deque<std::unique_ptr<T>>& oQueue)
+// Moves the item at the front, if there is one, into a list of its own. Takes no memory. The caller holds the queue's
+// lock.
+template <class T> std::list<T> TakeFront(std::list<T>& oQueue) noexcept
 {
-    if (oQueue.empty())
-        return nullptr;
-    std::unique_ptr<T> pItem = std::move(oQueue.front());
-    oQueue.pop_front();
-    return pItem;
+    std::list<T> oFront;
+    if (!oQueue.empty())
+        oFront.splice(oFront.begin(), oQueue, oQueue.begin());
+    return oFront;
 }
 
 // Calls fnBatch after each signal until the flag is 0. fnBatch takes what is queued and heeds the flag too.

@@ -32,9 +32,24 @@ UINT32 CAudioSettings::ReadMegabytes(const std::string& strPath, const std::stri
     return iBytes == 0 ? iDefault : static_cast<UINT32>(std::min(iBytes, iLargest));
 }
 
-void CAudioSettings::Follow(HKEY hKey, const CAudioWorkerEvent& hRegistEvent, const CAudioFlag& iRunFlag,
-                            const std::function<void()>& fnRead)
+namespace
 {
+// Without memory the settings stay as they are until the next change.
+void Read(const std::function<void()>& fnRead) noexcept
+try
+{
+    fnRead();
+}
+catch (const std::exception&)
+{
+}
+
+// Once at the begin, for what changed before the watch. Armed again before the reading, so that no change falls
+// between.
+void ReadAtEachChange(HKEY hKey, const CAudioWorkerEvent& hRegistEvent, const CAudioFlag& iRunFlag,
+                      const std::function<void()>& fnRead)
+{
+    Read(fnRead);
     while (iRunFlag == 1)
     {
         if (WaitForSingleObject(hRegistEvent, INFINITE) != WAIT_OBJECT_0)
@@ -43,15 +58,29 @@ void CAudioSettings::Follow(HKEY hKey, const CAudioWorkerEvent& hRegistEvent, co
             continue;
         }
         if (iRunFlag == 0)
-            break;
+            return;
         CAudioREG::RegNotifyReset(hKey, hRegistEvent);
-        try
-        {
-            fnRead();
-        }
-        catch (const std::exception&)
-        {
-            // Without memory the settings stay as they are until the next change.
-        }
+        Read(fnRead);
     }
+}
+} // namespace
+
+void CAudioSettings::Follow(const char* pPath, CAudioWorkerEvent& hRegistEvent, const CAudioFlag& iRunFlag,
+                            const std::function<void()>& fnRead, const AudioLogSite& oSite,
+                            const char* pStartText) noexcept
+{
+    if (AudioCheckCondition(!hRegistEvent.Create(), oSite, 6, "pThis->m_hRegistEvent"))
+        return;
+    HKEY hKey = nullptr;
+    try
+    {
+        if (AudioCheckResult(CAudioREG::RegNotifyStart(pPath, hKey, hRegistEvent), oSite, pStartText) == 0)
+            ReadAtEachChange(hKey, hRegistEvent, iRunFlag, fnRead);
+    }
+    catch (const std::exception&)
+    {
+        // No exception leaves a worker; without memory at its start the settings stay as they were read.
+    }
+    if (hKey != nullptr)
+        RegCloseKey(hKey);
 }

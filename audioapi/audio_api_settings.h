@@ -2,6 +2,7 @@
 #pragma once
 
 #include "audioapi/audio_api_atomic.h"
+#include "audioapi/audio_api_log.h"
 #include "audioapi/audio_api_worker_event.h"
 
 #include <windows.h>
@@ -21,8 +22,8 @@ public:
     // read.
     static UINT32 ReadMegabytes(const std::string& strPath, const std::string& strName, UINT32 iDefault);
 
-    // A worker's loop: calls fnRead after each change of the watched key, until the flag is 0. The key stays open.
-    // Throws nothing.
-    static void Follow(HKEY hKey, const CAudioWorkerEvent& hRegistEvent, const CAudioFlag& iRunFlag,
-                       const std::function<void()>& fnRead);
+    // A worker's whole work: makes its event, watches the key, and calls fnRead at the begin and after each change
+    // until the flag is 0. Failures are lines of the place oSite; pStartText is that of a watch that can't start.
+    static void Follow(const char* pPath, CAudioWorkerEvent& hRegistEvent, const CAudioFlag& iRunFlag,
+                       const std::function<void()>& fnRead, const AudioLogSite& oSite, const char* pStartText) noexcept;
 };

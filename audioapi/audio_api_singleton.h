@@ -2,15 +2,17 @@
 #pragma once
 
 #include <atomic>
-#include <memory>
+#include <cstddef>
 #include <mutex>
+#include <new>
 
-// T derives from CAudioSingleton<T>, has a default constructor and makes this class its friend.
+// T derives from CAudioSingleton<T>, has a default constructor that takes no memory, and makes this class its friend.
+// The object lives in storage of the module, so that there is one without memory too: the log's callers rest on that.
 template <class T> class CAudioSingleton
 {
 public:
     // Never null. Any thread; one load once the object exists.
-    static T* Instance()
+    static T* Instance() noexcept
     {
         T* pInstance = m_pInstance.load(std::memory_order_acquire);
         return pInstance != nullptr ? pInstance : CreateInstance();
@@ -23,7 +25,8 @@ public:
         if (m_pInstance.load(std::memory_order_acquire) == nullptr)
             return;
         const std::lock_guard<std::mutex> oGuard(m_oMutex);
-        std::unique_ptr<T>(m_pInstance.load(std::memory_order_acquire)).reset();
+        if (T* const pInstance = m_pInstance.load(std::memory_order_acquire))
+            pInstance->~T();
         m_pInstance.store(nullptr, std::memory_order_release);
     }
 
@@ -35,13 +38,14 @@ protected:
     ~CAudioSingleton() = default;
 
 private:
-    static T* CreateInstance()
+    static T* CreateInstance() noexcept
     {
+        alignas(T) static std::byte aStorage[sizeof(T)];
         const std::lock_guard<std::mutex> oGuard(m_oMutex);
         T* pInstance = m_pInstance.load(std::memory_order_acquire);
         if (pInstance == nullptr)
         {
-            pInstance = new T;
+            pInstance = new (aStorage) T;
             m_pInstance.store(pInstance, std::memory_order_release);
         }
         return pInstance;

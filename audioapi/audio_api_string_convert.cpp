@@ -110,13 +110,10 @@ std::string CAudioSTR::ToHexString(const BYTE* pData, size_t iLen)
 
 std::string CAudioSTR::GuidToString(const GUID& stGuid)
 {
-    LPOLESTR pText = nullptr;
-    if (FAILED(StringFromCLSID(stGuid, &pText)) || pText == nullptr)
-        return {};
+    OLECHAR aText[39] = {};
     std::string strResult;
-    for (const OLECHAR* pLetter = pText; *pLetter != 0; ++pLetter)
-        strResult += static_cast<char>(*pLetter); // braces, dashes and digits only
-    CoTaskMemFree(pText);
+    for (int i = 0, iLen = StringFromGUID2(stGuid, aText, 39) - 1; i < iLen; ++i)
+        strResult += static_cast<char>(aText[i]); // braces, dashes and digits only
     return strResult;
 }
 

@@ -7,19 +7,19 @@
 #include <string_view>
 
 // The function and file names are literals (__FUNCTION__, __FILE__): they are not copied, so that a trace below the
-// level allocates nothing.
+// level allocates nothing. A scope goes on without its lines when there is no memory for them.
 class CTraceLog
 {
 public:
     CTraceLog(std::string_view strFunction, std::string_view strFile, UINT32 iLine, UINT32 iLevel,
-              const std::string& strExtra);
+              std::string_view strExtra) noexcept;
     virtual ~CTraceLog();
     CTraceLog(const CTraceLog&) = delete;
     CTraceLog& operator=(const CTraceLog&) = delete;
 
 private:
-    // Logs the mark and, behind it, the extra text in brackets.
-    void RecordLine(const std::string& strMark) const noexcept;
+    // The extra text in brackets, if there is one.
+    std::string ExtraText() const;
 
     SYSTEMTIME m_stStartTime{};
     std::string_view m_strFunction;

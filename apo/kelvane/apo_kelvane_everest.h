@@ -24,7 +24,6 @@ public:
 
 private:
     friend class CAudioSingleton<CEverestGainConfig>;
-    friend std::default_delete<CEverestGainConfig>;
     CEverestGainConfig();
     ~CEverestGainConfig() = default;
 };

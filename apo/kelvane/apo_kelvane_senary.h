@@ -24,7 +24,6 @@ public:
 
 private:
     friend class CAudioSingleton<CSenaryGainConfig>;
-    friend std::default_delete<CSenaryGainConfig>;
     CSenaryGainConfig();
     ~CSenaryGainConfig() = default;
 };

@@ -138,6 +138,12 @@ TEST_F(LogTest, ChangesTheFileBehindTheLineThatFillsIt)
     control::AdvanceClock(2000);
     fRecord(1);
     EXPECT_EQ(CountLines(FileOfSecond("55")), 1u);
+
+    // More megabytes than a 32-bit number of bytes can tell are the most that it can.
+    SetRegistry(AUDIO_DEBUG_PATH, AUDIO_DEBUG_SIZE, 4295);
+    WaitForWorkers();
+    fRecord(2);
+    EXPECT_EQ(CountLines(FileOfSecond("55")), 3u);
 }
 
 TEST_F(LogTest, LosesNothingAndKeepsEachThreadsOrder)
@@ -163,27 +169,42 @@ TEST_F(LogTest, LosesNothingAndKeepsEachThreadsOrder)
         EXPECT_EQ(iCount, LINES) << "thread " << ulThread;
 }
 
-// Each line that can't be written queues another one: a stop that waited for the queue's end would hang.
-TEST_F(LogTest, StopsWhileItsFileCantBeOpened)
+// What a line costs must not come back with each line that is lost.
+TEST_F(LogTest, WithoutAFileItDropsItsLinesRestsAndSaysSoOnce)
 {
     StartLog();
     control::FailNext("fopen_s", 13, -1);
-    for (int i = 0; i < 1000; ++i)
-        Record(AUDIO_LEVEL_INFO, "nowhere to go");
-    CAudioLog::DeleteInstance();
-    EXPECT_EQ(control::LiveWork(), 0u);
+    const auto fRecord = []
+    {
+        for (int i = 0; i < 1000; ++i)
+            Record(AUDIO_LEVEL_INFO, "nowhere to go");
+        WaitForWorkers();
+        return control::GetFootprint().iBytes;
+    };
+    const size_t iBytes = fRecord();
+    fRecord();
+    EXPECT_LE(SANITIZED ? 0 : fRecord(), iBytes + 100000);
     control::ClearFailures();
-    EXPECT_EQ(CountLog("nowhere to go"), 0u);
-
-    // Once files open again the failures themselves are read.
-    StartLog();
-    control::FailNext("fopen_s", 13, 5);
-    Record(AUDIO_LEVEL_INFO, "lost");
+    Record(AUDIO_LEVEL_INFO, "found");
     const std::vector<LogLine> vecFailures = FindLog("fopen_s(&pFile, oFileInfo.strFileName.c_str(), \"at+\")");
-    ASSERT_FALSE(vecFailures.empty());
-    EXPECT_EQ(vecFailures[0].strLevel, "ERROR");
+    ASSERT_EQ(vecFailures.size(), 1u);
+    EXPECT_EQ(vecFailures[0].strLevel + vecFailures[0].strFunction, "ERRORGetFileInfo");
     EXPECT_EQ(vecFailures[0].iErrorCode, 13);
-    EXPECT_EQ(CountLog("lost"), 0u);
+    EXPECT_EQ(CountLog("nowhere to go"), 0u);
+    EXPECT_EQ(CountLog("found"), 1u);
+}
+
+TEST_F(LogTest, ALineKeepsTheTimeOfItsCall)
+{
+    FreezeClock();
+    StartLog(AUDIO_LEVEL_FATA);
+    CAudioLog::DeleteInstance();
+    control::FailNext("WaitForSingleObject", 6, -1); // no worker gets to its work
+    CAudioLog::Instance()->Initialize(nullptr);
+    Record(AUDIO_LEVEL_FATA, "early");
+    control::AdvanceClock(2000);
+    control::ClearFailures();
+    EXPECT_EQ(FindLog("early").at(0).strTime, "03-14 09:26:53.007");
 }
 
 TEST_F(LogTest, GoesOnWithoutWhatThePlatformRefuses)
@@ -259,6 +280,10 @@ TEST_F(LogTest, ChecksEvaluateOnceAndNameTheirExpression)
     EXPECT_TRUE(AUDIO_MISSING(pMissing, 87));
     AUDIOLOG_INFO("text " + std::to_string(++iCalls)); // a level that is off: the text is not even built
     EXPECT_EQ(iCalls, 3);
+    // A text that can't be had costs the line.
+    const auto fNoMemory = []() -> std::string { throw std::bad_alloc(); };
+    AUDIOLOG_ERROR(1, fNoMemory());
+    AUDIOLOG_EVENT_WARN(fNoMemory());
 
     std::string strLines;
     for (const LogLine& oLine : ReadLog())

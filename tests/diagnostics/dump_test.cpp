@@ -49,6 +49,9 @@ TEST_F(DumpTest, LevelsDecideWhatIsKeptAndUnderWhichName)
         CAudioDump::DeleteInstance();
         EmptyLog();
     }
+    DeleteRegistryValue(AUDIO_DUMP_PATH, AUDIO_DUMP_LEVEL);
+    Dump().Initialize(nullptr);
+    EXPECT_FALSE(Dump().IsOn());
 }
 
 TEST_F(DumpTest, ChangesTheFileBehindTheBlockThatFillsItAndFollowsTheRegistry)

@@ -67,6 +67,12 @@ TEST_F(EventTest, TheSwitchAndTheLevelAreIndependent)
         EXPECT_EQ(CountLog("report") - iLines, oCase.iLines) << oCase.dwDebugLevel << oCase.dwEventLevel;
         EXPECT_EQ(ReadEvents().size() - iReports, oCase.iReports) << oCase.dwDebugLevel << oCase.dwEventLevel;
     }
+    SetRegistry(AUDIO_DEBUG_PATH, AUDIO_EVENT_LEVEL, 0);
+    WaitForWorkers();
+    DeleteRegistryValue(AUDIO_DEBUG_PATH, AUDIO_EVENT_LEVEL); // on, unless it is turned off
+    WaitForWorkers();
+    AUDIOLOG_EVENT_WARN("unasked");
+    EXPECT_NE(ReadEvents().back().find("unasked"), std::string::npos);
 }
 
 TEST_F(EventTest, ARefusalIsLoggedAndTheNextReportGoesOn)
