@@ -103,20 +103,28 @@ void CAudioDir::WatchDirectory()
 {
     CAudioDir* const pThis = this; // the name that the failure lines carry
     alignas(FILE_NOTIFY_INFORMATION) BYTE aBuffer[1024];
+    bool bReadBefore = true; // since the watch was opened again for a failed read, once for each
     while (m_iThreadRun == 1)
     {
         if (AUDIO_FAIL_IF(pThis->m_hDirectory == INVALID_HANDLE_VALUE, 6))
             return;
         std::fill(std::begin(aBuffer), std::end(aBuffer), BYTE{0});
         DWORD iReturned = 0;
-        if (!ReadDirectoryChangesW(m_hDirectory, aBuffer, sizeof(aBuffer), TRUE,
-                                   FILE_NOTIFY_CHANGE_FILE_NAME | FILE_NOTIFY_CHANGE_DIR_NAME, &iReturned, nullptr,
-                                   nullptr))
+        const bool bRead = ReadDirectoryChangesW(m_hDirectory, aBuffer, sizeof(aBuffer), TRUE,
+                                                 FILE_NOTIFY_CHANGE_FILE_NAME | FILE_NOTIFY_CHANGE_DIR_NAME, &iReturned,
+                                                 nullptr, nullptr) != FALSE;
+        if (!bRead)
         {
             AUDIOLOG_ERROR(GetLastError(), "Read Directory Changes failed!");
+            if (bReadBefore && ReopenDirectory())
+            {
+                bReadBefore = false;
+                continue;
+            }
             m_iDirExist = 0; // behind the line, which wouldn't be kept any more
             return;
         }
+        bReadBefore = true;
         const auto* pNotification = reinterpret_cast<const FILE_NOTIFY_INFORMATION*>(aBuffer);
         try
         {
@@ -132,17 +140,32 @@ void CAudioDir::WatchDirectory()
     }
 }
 
+// A read fails for a folder that is gone, too; another may have come in its place by now.
+bool CAudioDir::ReopenDirectory()
+{
+    CloseDirectory();
+    return m_iThreadRun == 1 && IsDirectory(m_strDirPath) && AUDIO_CHECK(CreateDirectoryHandle()) == 0;
+}
+
+// Again, when the folder came or went before its watch, or its parent's, was open: nobody would tell of it.
 int CAudioDir::CreateDirectoryHandle()
 {
-    if (!IsDirectory(m_strDirPath))
+    if (!IsDirectory(m_strDirPath) && m_hDirectory != INVALID_HANDLE_VALUE)
     {
         m_iDirExist = 0;
-        return m_hDirectory != INVALID_HANDLE_VALUE ? 0 : OpenDirectory(ParentOf(m_strDirPath));
+        return 0;
     }
-    m_iDirExist = 1;
-    CheckFileNum();
-    CloseDirectory();
-    return OpenDirectory(m_strDirPath);
+    for (;;)
+    {
+        const bool bExists = IsDirectory(m_strDirPath);
+        m_iDirExist = bExists ? 1 : 0;
+        CloseDirectory();
+        const int iResult = OpenDirectory(bExists ? m_strDirPath : ParentOf(m_strDirPath));
+        if (bExists)
+            CheckFileNum(); // behind the opening, which tells of the files that come from now on
+        if (IsDirectory(m_strDirPath) == bExists || m_iThreadRun == 0)
+            return iResult;
+    }
 }
 
 int CAudioDir::OpenDirectory(const std::string& strTarget)
@@ -192,9 +215,9 @@ int CAudioDir::ProcessRemoveEvent(const FILE_NOTIFY_INFORMATION* pNotification)
 {
     if (AUDIO_MISSING(pNotification, 13))
         return 13;
-    if (!IsOwnName(*pNotification) || IsDirectory(m_strDirPath))
+    if (!IsOwnName(*pNotification))
         return 0;
-    CloseDirectory();
+    CloseDirectory(); // whatever is there now: the watch may be of a folder that is gone, or lies elsewhere
     return AUDIO_CHECK(CreateDirectoryHandle());
 }
 

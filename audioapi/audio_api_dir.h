@@ -39,6 +39,8 @@ private:
 
     static void CALLBACK ProcessDirectoryThread(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK);
     void WatchDirectory();
+    // Whether the folder is there and watched anew.
+    bool ReopenDirectory();
     // Opens what is to be watched now. 0 or the error code.
     int CreateDirectoryHandle();
     int OpenDirectory(const std::string& strTarget);

@@ -2,6 +2,7 @@
 // before its watch ends, and no disk fills up on demand.
 #include "tests/diagnostics/dir_test.h"
 
+#include <fcntl.h>
 #include <sys/resource.h>
 
 #include <csignal>
@@ -54,6 +55,40 @@ TEST_F(DirTest, RemovalSwitchesOffAndReturnSwitchesOn)
         EXPECT_TRUE(WaitFor([] { return IsLogOn() && IsDumpOn(); })) << oCase.pName;
         AUDIOLOG_INFO(std::string("after ") + oCase.pName);
         EXPECT_EQ(CountLog(std::string("after ") + oCase.pName), 1u);
+    }
+}
+
+// The keeper finds a folder at each look, but another one.
+TEST_F(DirTest, AFolderReplacedInOneStepIsFollowed)
+{
+    const fs::path oOther = Folder().parent_path() / "other";
+    const struct
+    {
+        const char* pName;
+        std::function<void()> fnReplace;
+    } oCases[] = {
+        {"renamed and made", [&] { renameat2(AT_FDCWD, Folder().c_str(), AT_FDCWD, oOther.c_str(), RENAME_EXCHANGE); }},
+        {"removed and made",
+         [&]
+         {
+             for (const auto& oEntry : fs::directory_iterator(Folder()))
+                 fs::remove(oEntry);
+             fs::rename(oOther, Folder());
+         }},
+    };
+    SetRegistry(AUDIO_DEBUG_PATH, AUDIO_DEBUG_LEVEL, AUDIO_LEVEL_FATA);
+    SetRegistry(AUDIO_DEBUG_PATH, AUDIO_DEBUG_NUM, 2);
+    MakeFiles(2, ".log");
+    CAudioLog::Instance()->Initialize(nullptr);
+    for (const auto& oCase : oCases)
+    {
+        WaitForWorkers();
+        fs::remove_all(oOther);
+        fs::create_directory(oOther);
+        oCase.fnReplace();
+        MakeFiles(5, ".log");
+        EXPECT_TRUE(WaitFor([] { return CountFiles(".log") == 2; }, 3000)) << oCase.pName;
+        EXPECT_TRUE(IsLogOn()) << oCase.pName;
     }
 }
 
