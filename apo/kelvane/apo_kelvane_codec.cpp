@@ -4,6 +4,8 @@
 #include "audioapi/audio_api_handle.h"
 #include "audioapi/audio_api_log.h"
 
+#include <mutex>
+
 namespace
 {
 constexpr INT64 NO_HANDLE = 6;
@@ -21,11 +23,6 @@ CCodecGainConfig::~CCodecGainConfig()
     }
     catch (...) // no memory for its line; the handles go all the same
     {
-    }
-    if (m_hDevicePath != INVALID_HANDLE_VALUE)
-    {
-        CancelIoEx(m_hDevicePath, nullptr);
-        CloseHandle(m_hDevicePath);
     }
     if (m_hDevInfo != INVALID_HANDLE_VALUE)
         SetupDiDestroyDeviceInfoList(m_hDevInfo);
@@ -65,7 +62,7 @@ DWORD CCodecGainConfig::FindTargetGuid(const GUID& guidInterface, PSP_DEVICE_INT
         return dwResult;
     if (SetupDiGetDeviceInterfaceDetailW(m_hDevInfo, pDevInterfaceData, nullptr, 0, &ulSize, nullptr))
         return 0;
-    const DWORD dwError = GetLastError();
+    const DWORD dwError = AudioLastError();
     return dwError == ERROR_INSUFFICIENT_BUFFER ? 0 : dwError;
 }
 
@@ -86,24 +83,41 @@ DWORD CCodecGainConfig::OpenDeviceInterface(SP_DEVICE_INTERFACE_DATA& oDevInterf
                           "SetupDiGetDeviceInterfaceDetail(m_hDevInfo, &oDevInterfaceData, pDevInterfaceDetailData, "
                           "ulSize, nullptr, &oDevInfoData)"))
         return dwResult;
-    m_hDevicePath = CreateFileW(pDevInterfaceDetailData->DevicePath, GENERIC_READ | GENERIC_WRITE,
-                                FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr);
+    // Overlapped, so that no thread is needed to wait within bounds: while a module is loaded or freed none can begin.
+    const HANDLE m_hDevicePath = // the message's name for it
+        CreateFileW(pDevInterfaceDetailData->DevicePath, GENERIC_READ | GENERIC_WRITE,
+                    FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, FILE_FLAG_OVERLAPPED, nullptr);
+    m_oDevice.Open(m_hDevicePath);
     return AUDIO_FAIL_IF((INVALID_HANDLE_VALUE == m_hDevicePath), NO_HANDLE) ? NO_HANDLE : 0;
 }
 
-// The driver's answer, ulResult, is its own business.
 DWORD CCodecGainConfig::SetHWGain(ULONG ulGain, const char* pDone)
 {
-    if (m_hDevicePath == INVALID_HANDLE_VALUE)
+    const std::lock_guard<CAudioLock> oGuard(m_csRequest);
+    if (!m_oDevice.IsOpen())
         return 0;
-    ULONG iGainStatus = ulGain; // little-endian: a request of one byte carries its first
-    ULONG ulResult = 1;
     DWORD cbBytesReturned = 0;
-    if (const DWORD dwResult =
-            AudioCheckWin(DeviceIoControl(m_hDevicePath, m_oDesign.dwRequest, &iGainStatus, m_oDesign.dwSize, &ulResult,
-                                          m_oDesign.dwSize, &cbBytesReturned, nullptr),
-                          AUDIO_LOG_SITE, m_oDesign.pRequest))
+    if (const DWORD dwResult = AudioCheckResult(Request(ulGain, cbBytesReturned), AUDIO_LOG_SITE, m_oDesign.pRequest))
         return dwResult;
     AUDIOLOG_DEBUG(pDone + (m_oDesign.bTellReturned ? std::to_string(cbBytesReturned) : std::string()));
     return 0;
+}
+
+// The driver's answer is its own business; it finds 1 there. Little-endian: a request of one byte carries the first.
+DWORD CCodecGainConfig::Request(ULONG ulGain, DWORD& dwReturned)
+{
+    if (m_oDevice.HasGivenUp())
+        return ERROR_TIMEOUT;
+    auto pRequest = std::make_unique<CKelvaneRequest>();
+    pRequest->dwCode = m_oDesign.dwRequest;
+    pRequest->aInput[0] = ulGain;
+    pRequest->dwInputSize = m_oDesign.dwSize;
+    pRequest->ulOutput = 1;
+    pRequest->dwOutputSize = m_oDesign.dwSize;
+    DWORD dwResult = m_oDevice.Send(*pRequest);
+    if (dwResult == ERROR_IO_PENDING)
+        dwResult = m_oDevice.Wait(*pRequest, DEVICE_CALL_WAIT);
+    dwReturned = pRequest->dwReturned;
+    m_oDevice.GiveUp(std::move(pRequest));
+    return dwResult;
 }

@@ -1,6 +1,9 @@
 // What the two makes of codec have in common: a driver found through its interface class, and a gain of two steps.
 #pragma once
 
+#include "apo/kelvane/apo_kelvane_device.h"
+#include "audioapi/audio_api_lock.h"
+
 #include <windows.h>
 
 #include <setupapi.h>
@@ -24,7 +27,9 @@ struct CodecDesign
 };
 
 // Opens the first device of the interface class; without one every gain call is a success without effect. Codes are
-// Windows error codes, 0 for success. No thread but that of LockForProcess and the manager's calls in here.
+// Windows error codes, 0 for success. A gain call ends within DEVICE_CALL_WAIT, with ERROR_TIMEOUT when the driver
+// hasn't answered; it goes on there, and until it has ended every further one fails so at once. Found on the thread
+// that loads the module; gain calls from that and any that locks a stream.
 class CCodecGainConfig
 {
 public:
@@ -48,7 +53,10 @@ protected:
     DWORD SetLowHWGain() { return SetHWGain(m_oDesign.ulLow, m_oDesign.pLow); }
 
 private:
-    HANDLE m_hDevicePath = INVALID_HANDLE_VALUE;
+    DWORD Request(ULONG ulGain, DWORD& dwReturned);
+
+    CKelvaneDevice m_oDevice; // overlapped, shared
     HDEVINFO m_hDevInfo = INVALID_HANDLE_VALUE;
+    CAudioLock m_csRequest; // guards m_oDevice: one gain call at a time
     const CodecDesign& m_oDesign;
 };

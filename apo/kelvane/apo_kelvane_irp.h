@@ -1,15 +1,14 @@
 // One power amplifier behind its driver: told whether to run active, under the algorithm's protection, or at low gain.
 #pragma once
 
+#include "apo/kelvane/apo_kelvane_device.h"
 #include "audioapi/audio_api_lock.h"
 
 #include <windows.h>
 
 #include <winioctl.h>
 
-#include <memory>
 #include <string>
-#include <vector>
 
 inline constexpr DWORD KELVANE_STATUS_ACTIVE = 0;
 inline constexpr DWORD KELVANE_STATUS_DEACTIVE = 2;
@@ -32,16 +31,11 @@ public:
     DWORD SetKelvaneStatus(const DWORD& dwStatusCtrl);
 
 private:
-    // A pending request's record; the system writes into it until the request is completed.
-    using CRequest = std::unique_ptr<OVERLAPPED>;
-
     void Initialize(const std::string& strDeviceName);
-    DWORD WaitForCompletion(OVERLAPPED& oRequest);
-    void AbandonRequest(CRequest& pRequest);
-    void ForgetCompleted();
+    // The result of a request that the driver has; one that is late beyond the wait is given up.
+    DWORD WaitForCompletion(CKelvaneDevice::CRequest pRequest);
 
-    HANDLE m_hDevice = INVALID_HANDLE_VALUE; // overlapped, exclusive
-    HANDLE m_hEvent = nullptr;               // manual reset; of the request in flight
-    std::vector<CRequest> m_vecAbandoned;    // requests that the driver neither completed nor let go
-    CAudioLock m_csRequest;                  // guards all of the above
+    CKelvaneDevice m_oDevice;  // overlapped, exclusive
+    HANDLE m_hEvent = nullptr; // manual reset; of the request in flight
+    CAudioLock m_csRequest;    // guards all of the above
 };

@@ -7,7 +7,6 @@
 
 namespace
 {
-constexpr ULONG_PTR STATUS_PENDING = 0x103;
 constexpr ULONG_PTR STATUS_OF_ERROR = 0xC0070000; // the system's status that stands for an error code
 
 HANDLE OpenByName(const char* pCall, const COpenCall& oCall)
@@ -38,18 +37,13 @@ std::string Narrow(LPCWSTR pName)
 void MarkPending(OVERLAPPED& stRecord)
 {
     stRecord.InternalHigh = 0;
-    __atomic_store_n(&stRecord.Internal, STATUS_PENDING, __ATOMIC_RELEASE);
+    __atomic_store_n(&stRecord.Internal, ULONG_PTR{STATUS_PENDING}, __ATOMIC_RELEASE);
 }
 
 void MarkCompleted(OVERLAPPED& stRecord, DWORD dwError, DWORD dwBytes)
 {
     stRecord.InternalHigh = dwBytes;
     __atomic_store_n(&stRecord.Internal, dwError == ERROR_SUCCESS ? 0 : STATUS_OF_ERROR | dwError, __ATOMIC_RELEASE);
-}
-
-bool IsPending(const OVERLAPPED& stRecord)
-{
-    return __atomic_load_n(&stRecord.Internal, __ATOMIC_ACQUIRE) == STATUS_PENDING;
 }
 
 BOOL ResultOf(const OVERLAPPED& stRecord, LPDWORD pBytes)
@@ -93,7 +87,7 @@ BOOL GetOverlappedResultEx(HANDLE hFile, LPOVERLAPPED lpOverlapped, LPDWORD lpNu
         return FALSE;
     if (lpOverlapped == nullptr || lpNumberOfBytesTransferred == nullptr)
         return FailWith(ERROR_INVALID_PARAMETER);
-    if (IsPending(*lpOverlapped))
+    if (!HasOverlappedIoCompleted(lpOverlapped))
     {
         if (dwMilliseconds == 0)
             return FailWith(ERROR_IO_INCOMPLETE);
@@ -103,7 +97,7 @@ BOOL GetOverlappedResultEx(HANDLE hFile, LPOVERLAPPED lpOverlapped, LPDWORD lpNu
             return FALSE;
         if (pEvent->Wait(dwMilliseconds) == WAIT_TIMEOUT)
             return FailWith(WAIT_TIMEOUT);
-        if (IsPending(*lpOverlapped)) // someone else signalled the event
+        if (!HasOverlappedIoCompleted(lpOverlapped)) // someone else signalled the event
             return FailWith(ERROR_IO_INCOMPLETE);
     }
     return ResultOf(*lpOverlapped, lpNumberOfBytesTransferred);

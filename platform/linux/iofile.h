@@ -20,7 +20,6 @@ private:
 // The record's state as the system keeps it. Whoever sees it completed may free it at once.
 void MarkPending(OVERLAPPED& stRecord);
 void MarkCompleted(OVERLAPPED& stRecord, DWORD dwError, DWORD dwBytes); // last touch
-bool IsPending(const OVERLAPPED& stRecord);
 // Of a completed record: gives the bytes, and FALSE with the last error if the request failed.
 BOOL ResultOf(const OVERLAPPED& stRecord, LPDWORD pBytes);
 

@@ -19,3 +19,11 @@ extern "C"
     // ERROR_OPERATION_ABORTED, if its device heeds the call. ERROR_NOT_FOUND when nothing is pending.
     BOOL CancelIoEx(HANDLE hFile, LPOVERLAPPED lpOverlapped);
 }
+
+#define STATUS_PENDING 0x00000103
+
+// Whether the system is done with the record: it touches neither this nor the buffers any more.
+inline bool HasOverlappedIoCompleted(const OVERLAPPED* lpOverlapped)
+{
+    return __atomic_load_n(&lpOverlapped->Internal, __ATOMIC_ACQUIRE) != STATUS_PENDING;
+}
