@@ -1,202 +1,66 @@
-// The embedded controller's channel: connecting to the method, and one call of it.
+// The embedded controller's operations: their words checked, their calls handed to the thread that may wait.
 #include "apo/kelvane/apo_kelvane_wmi.h"
 
-#include "audioapi/audio_api_log.h"
-
-#include <cstring>
-#include <string>
+#include <exception>
 
 namespace
 {
-constexpr HRESULT NOT_CONNECTED = 6;
 constexpr HRESULT NO_OBJECT = 12;
 constexpr HRESULT BAD_ARGUMENT = 13;
-constexpr HRESULT NO_DATA = 22;
 
 constexpr INT64 QUERY_WORD_LIMIT = 0x202; // a query word lies above it
 constexpr INT64 SET_WORD_MIN = 1;
-
-// A value that is cleared, with what it owns, at its end.
-struct CVariant : VARIANT
-{
-    CVariant() { VariantInit(this); }
-    ~CVariant() { VariantClear(this); }
-    CVariant(const CVariant&) = delete;
-    CVariant& operator=(const CVariant&) = delete;
-};
-
-// The array's bytes from its first dimension; 0 for anything but a list of bytes.
-ULONG ByteCount(SAFEARRAY* pSafeArray)
-{
-    LONG lLower = 0;
-    LONG lUpper = -1;
-    if (SafeArrayGetDim(pSafeArray) != 1 || SafeArrayGetElemsize(pSafeArray) != 1 ||
-        FAILED(SafeArrayGetLBound(pSafeArray, 1, &lLower)) || FAILED(SafeArrayGetUBound(pSafeArray, 1, &lUpper)) ||
-        lUpper < lLower)
-        return 0;
-    return static_cast<ULONG>(INT64{lUpper} - lLower + 1);
-}
 } // namespace
 
-CKelvaneWMI::CKelvaneWMI()
-    : m_pWmiRootName(L"ROOT\\WMI"),
-      m_pWmiClassName(L"OemWMIMethod"),
-      m_pWmiMethodName(L"OemWMIfun"),
-      m_pWmiObjectName(L"OemWMIMethod.InstanceName='ACPI\\PNP0C14\\ZVMI_0'")
+template <class Operation> HRESULT CKelvaneWMI::Call(Operation fOperation, const AudioLogSite& oSite)
 {
-}
-
-CKelvaneWMI::~CKelvaneWMI()
-{
-    m_pWmiRootName.Release();
-    m_pWmiClassName.Release();
-    m_pWmiMethodName.Release();
-    m_pWmiObjectName.Release();
-    m_pDefinition.Release();
-    m_pObjectInst.Release();
-    m_pObject.Release();
-    m_pServices.Release();
-    m_pLocator.Release();
-    if (m_bComEntered)
-        CoUninitialize();
+    if (m_oCallThread.IsOut())
+        return ERROR_TIMEOUT;
+    const HRESULT hResult = m_oCallThread.Run([pMethod = m_pMethod, fOperation] { return fOperation(*pMethod); });
+    if (hResult == ERROR_TIMEOUT)
+        AudioLogFailure(oSite, hResult, m_pMethod->GetStep());
+    return hResult;
 }
 
 HRESULT CKelvaneWMI::Initialize()
+try
 {
-    // Failures mean that the process has settings of its own, which apply then.
-    m_bComEntered = SUCCEEDED(CoInitializeEx(nullptr, COINIT_MULTITHREADED));
-    CoInitializeSecurity(nullptr, -1, nullptr, nullptr, RPC_C_AUTHN_LEVEL_DEFAULT, RPC_C_IMP_LEVEL_IMPERSONATE, nullptr,
-                         EOAC_NONE, nullptr);
-    if (const HRESULT hResult = Connect())
-        return hResult;
-    if (const HRESULT hResult = AUDIO_CHECK(m_pServices->GetObject(m_pWmiClassName, 0, NULL, &m_pObject, NULL)))
-        return hResult;
-    if (AUDIO_MISSING(m_pObject, NO_OBJECT))
-        return NO_OBJECT;
-    if (const HRESULT hResult = AUDIO_CHECK(m_pObject->GetMethod(m_pWmiMethodName, 0, &m_pDefinition, nullptr)))
-        return hResult;
-    if (AUDIO_MISSING(m_pDefinition, NO_OBJECT))
-        return NO_OBJECT;
-    if (const HRESULT hResult = AUDIO_CHECK(m_pDefinition->SpawnInstance(0, &m_pObjectInst)))
-        return hResult;
-    if (AUDIO_MISSING(m_pObjectInst, NO_OBJECT))
-        return NO_OBJECT;
-    AUDIOLOG_INFO("Kelvane WMI interface initial success!");
-    return 0;
+    m_pMethod = std::make_shared<CKelvaneWMIMethod>();
+    if (const DWORD dwResult = m_oCallThread.Start([pMethod = m_pMethod] { pMethod->Disconnect(); }))
+        return static_cast<HRESULT>(dwResult);
+    return Call([](CKelvaneWMIMethod& oMethod) { return oMethod.Connect(); }, AUDIO_LOG_SITE);
 }
-
-// Reaches the namespace.
-HRESULT CKelvaneWMI::Connect()
+catch (const std::exception&)
 {
-    if (const HRESULT hResult =
-            AudioCheckResult(CoCreateInstance(CLSID_WbemLocator, nullptr, CLSCTX_INPROC_SERVER, IID_IWbemLocator,
-                                              reinterpret_cast<LPVOID*>(&m_pLocator)),
-                             AUDIO_LOG_SITE,
-                             "CoCreateInstance(CLSID_WbemLocator, 0, CLSCTX_INPROC_SERVER, IID_IWbemLocator, "
-                             "(LPVOID *)&m_pLocator)"))
-        return hResult;
-    if (AUDIO_MISSING(m_pLocator, NO_OBJECT))
-        return NO_OBJECT;
-    if (const HRESULT hResult = AudioCheckResult(
-            m_pLocator->ConnectServer(m_pWmiRootName, nullptr, nullptr, nullptr, 0, nullptr, nullptr, &m_pServices),
-            AUDIO_LOG_SITE, "m_pLocator->ConnectServer(m_pWmiRootName, NULL, NULL, 0, NULL, 0, 0, &m_pServices)"))
-        return hResult;
-    if (AUDIO_MISSING(m_pServices, NO_OBJECT))
-        return NO_OBJECT;
-    return AUDIO_CHECK(CoSetProxyBlanket(m_pServices, RPC_C_AUTHN_WINNT, RPC_C_AUTHZ_NONE, nullptr,
-                                         RPC_C_AUTHN_LEVEL_CALL, RPC_C_IMP_LEVEL_IMPERSONATE, NULL, EOAC_NONE));
-}
-
-HRESULT CKelvaneWMI::PutCommond(const INT64& ulCmd)
-{
-    if (AUDIO_MISSING(m_pObjectInst, NO_OBJECT))
-        return NO_OBJECT;
-    CVariant oVar;
-    oVar.vt = VT_BSTR;
-    oVar.bstrVal = SysAllocString(std::to_wstring(ulCmd).c_str());
-    if (AUDIO_MISSING(oVar.bstrVal, NO_OBJECT))
-        return NO_OBJECT;
-    const HRESULT hResult = m_pObjectInst->Put(L"u64Input", 0, &oVar, CIM_UINT64);
-    return hResult == 0 ? 0 : PutByteArray(ulCmd, hResult);
-}
-
-// The form of a method that has no number input; hTextResult is the result that the number form gave.
-HRESULT CKelvaneWMI::PutByteArray(const INT64& ulCmd, HRESULT hTextResult)
-{
-    SAFEARRAYBOUND stBound = {WMI_INPUT_BUFF_LENGTH, 0};
-    SAFEARRAY* const pSafeArray = SafeArrayCreate(VT_UI1, 1, &stBound);
-    if (pSafeArray == nullptr)
-        return hTextResult;
-    CVariant oVar; // owns the array
-    oVar.vt = VT_ARRAY | VT_UI1;
-    oVar.parray = pSafeArray;
-    BYTE* pTempArray = nullptr;
-    if (const HRESULT hResult =
-            AudioCheckResult(SafeArrayAccessData(pSafeArray, reinterpret_cast<void**>(&pTempArray)), AUDIO_LOG_SITE,
-                             "SafeArrayAccessData(pSafeArray, reinterpret_cast<void **>(&pTempArray))"))
-        return hResult;
-    memcpy(pTempArray, &ulCmd, sizeof(ulCmd));
-    SafeArrayUnaccessData(pSafeArray);
-    return AUDIO_CHECK(m_pObjectInst->Put(L"u8Input", 0, &oVar, CIM_EMPTY));
+    return NO_OBJECT;
 }
 
 HRESULT CKelvaneWMI::QueryTemperature(const INT64& ulCmd, INT32& iTemperature)
+try
 {
     if (ulCmd <= QUERY_WORD_LIMIT)
         return BAD_ARGUMENT;
-    BYTE uOutValue[WMI_OUTPUT_BUFF_LENGTH];
-    if (const HRESULT hResult = ExecuteCommond(ulCmd, uOutValue))
-        return hResult;
-    const INT32 iValue = (uOutValue[2] * 10 + uOutValue[3]) * 10;
-    iTemperature = uOutValue[1] == 1 ? -iValue : iValue;
-    return 0;
+    const auto pValue = std::make_shared<INT32>(); // an answer that comes too late has a place to go to
+    const HRESULT hResult =
+        Call([ulCmd, pValue](CKelvaneWMIMethod& oMethod) { return oMethod.QueryTemperature(ulCmd, *pValue); },
+             AUDIO_LOG_SITE);
+    if (hResult == 0)
+        iTemperature = *pValue;
+    return hResult;
+}
+catch (const std::exception&)
+{
+    return NO_OBJECT;
 }
 
 HRESULT CKelvaneWMI::SetECTemperature(const INT64& ulCmd)
+try
 {
     if (ulCmd < SET_WORD_MIN)
         return BAD_ARGUMENT;
-    BYTE uOutValue[WMI_OUTPUT_BUFF_LENGTH];
-    return ExecuteCommond(ulCmd, uOutValue);
+    return Call([ulCmd](CKelvaneWMIMethod& oMethod) { return oMethod.SetECTemperature(ulCmd); }, AUDIO_LOG_SITE);
 }
-
-// Sends the word and reads the controller's answer, which is a success when this is.
-HRESULT CKelvaneWMI::ExecuteCommond(const INT64& ulCmd, BYTE (&uOutValue)[WMI_OUTPUT_BUFF_LENGTH])
+catch (const std::exception&)
 {
-    if (m_pLocator == nullptr || m_pServices == nullptr || m_pObject == nullptr || m_pObjectInst == nullptr ||
-        m_pDefinition == nullptr)
-        return NOT_CONNECTED;
-    if (const HRESULT hResult = AUDIO_CHECK(PutCommond(ulCmd)))
-        return hResult;
-    CKelvaneComPointer<IWbemClassObject> pOutParams;
-    if (const HRESULT hResult = AUDIO_CHECK(m_pServices->ExecMethod(m_pWmiObjectName, m_pWmiMethodName, 0, nullptr,
-                                                                    m_pObjectInst, &pOutParams, nullptr)))
-        return hResult;
-    if (AUDIO_MISSING(pOutParams, NO_OBJECT))
-        return NO_OBJECT;
-    if (const HRESULT hResult = ReadOutput(pOutParams, uOutValue))
-        return hResult;
-    return AUDIO_FAIL_IF(S_OK != uOutValue[WMI_ERRORCODE_LOCATION], BAD_ARGUMENT) ? BAD_ARGUMENT : 0;
-}
-
-// Anything but a whole output is no data.
-HRESULT CKelvaneWMI::ReadOutput(IWbemClassObject* pOutParams, BYTE (&uOutValue)[WMI_OUTPUT_BUFF_LENGTH])
-{
-    CVariant oVarReturn;
-    if (const HRESULT hResult = AUDIO_CHECK(pOutParams->Get(L"u8Output", 0, &oVarReturn, nullptr, 0)))
-        return hResult;
-    SAFEARRAY* const pSafeArray = oVarReturn.vt == (VT_ARRAY | VT_UI1) ? oVarReturn.parray : nullptr;
-    BYTE* ulRetureValue = nullptr;
-    if (const HRESULT hResult =
-            AudioCheckResult(SafeArrayAccessData(pSafeArray, reinterpret_cast<void**>(&ulRetureValue)), AUDIO_LOG_SITE,
-                             "SafeArrayAccessData(oVarReturn.parray, reinterpret_cast<void **>(&ulRetureValue))"))
-        return hResult;
-    const bool bWhole = ulRetureValue != nullptr && ByteCount(pSafeArray) >= WMI_OUTPUT_BUFF_LENGTH;
-    if (bWhole)
-        memcpy(uOutValue, ulRetureValue, WMI_OUTPUT_BUFF_LENGTH);
-    SafeArrayUnaccessData(pSafeArray);
-    if (bWhole)
-        return 0;
-    AUDIOLOG_ERROR(NO_DATA, "memcpy_s(uOutValue, WMI_OUTPUT_BUFF_LENGTH, ulRetureValue, WMI_OUTPUT_BUFF_LENGTH)");
-    return NO_DATA;
+    return NO_OBJECT;
 }

@@ -1,70 +1,22 @@
-// The embedded controller's channel: one method of the firmware, reached through management instrumentation.
+// The embedded controller as an engine sees it: temperatures asked for and reported, each within bounds.
 #pragma once
 
-#include <windows.h>
+#include "apo/kelvane/apo_kelvane_call_thread.h"
+#include "apo/kelvane/apo_kelvane_wmi_method.h"
+#include "audioapi/audio_api_log.h"
 
-#include <wbemidl.h>
+#include <memory>
 
-// An interface pointer that gives its reference back.
-template <class T> class CKelvaneComPointer
-{
-public:
-    CKelvaneComPointer() = default;
-    ~CKelvaneComPointer() { Release(); }
-    CKelvaneComPointer(const CKelvaneComPointer&) = delete;
-    CKelvaneComPointer& operator=(const CKelvaneComPointer&) = delete;
-
-    operator T*() const { return m_pInterface; }
-    T* operator->() const { return m_pInterface; }
-    // Where a call stores a new reference; what is held goes first.
-    T** operator&()
-    {
-        Release();
-        return &m_pInterface;
-    }
-    void Release()
-    {
-        if (m_pInterface != nullptr)
-            m_pInterface->Release();
-        m_pInterface = nullptr;
-    }
-
-private:
-    T* m_pInterface = nullptr;
-};
-
-// A text in the form of automation values; null without memory.
-class CKelvaneText
-{
-public:
-    explicit CKelvaneText(const wchar_t* pText) : m_pText(SysAllocString(pText)) {}
-    ~CKelvaneText() { Release(); }
-    CKelvaneText(const CKelvaneText&) = delete;
-    CKelvaneText& operator=(const CKelvaneText&) = delete;
-
-    operator BSTR() const { return m_pText; }
-    void Release()
-    {
-        SysFreeString(m_pText);
-        m_pText = nullptr;
-    }
-
-private:
-    BSTR m_pText;
-};
-
-inline constexpr ULONG WMI_INPUT_BUFF_LENGTH = 64;   // bytes
-inline constexpr ULONG WMI_OUTPUT_BUFF_LENGTH = 256; // bytes
-inline constexpr size_t WMI_ERRORCODE_LOCATION = 0;  // in the output; 0 there is success
-
-// Codes: 0; 6 not connected; 12 a pointer stayed null; 13 word out of range, or the controller's refusal; 22 no output;
-// else the platform's HRESULT. One thread at a time: every call puts its word into the one instance.
+// Codes: 0; 6 not connected; 12 no memory, or a pointer stayed null; 13 word out of range, or the controller's refusal;
+// 22 no output; ERROR_TIMEOUT; else the platform's HRESULT. The calls run on a thread of this object's own, in the
+// multithreaded apartment, whatever apartment the caller's thread has. One that the controller doesn't answer within
+// DEVICE_CALL_WAIT goes on there, and until it has ended every further one gives ERROR_TIMEOUT at once. One thread at a
+// time; throws nothing.
 class CKelvaneWMI
 {
 public:
-    CKelvaneWMI();
-    // On any thread that has entered no apartment of its own.
-    virtual ~CKelvaneWMI();
+    CKelvaneWMI() = default;
+    virtual ~CKelvaneWMI() = default;
     CKelvaneWMI(const CKelvaneWMI&) = delete;
     CKelvaneWMI& operator=(const CKelvaneWMI&) = delete;
 
@@ -74,23 +26,11 @@ public:
     HRESULT QueryTemperature(const INT64& ulCmd, INT32& iTemperature);
     // Sends a word that the controller only acknowledges.
     HRESULT SetECTemperature(const INT64& ulCmd);
-    // Puts the word into the method's input, in the form that the firmware takes.
-    HRESULT PutCommond(const INT64& ulCmd);
 
 private:
-    HRESULT Connect();
-    HRESULT PutByteArray(const INT64& ulCmd, HRESULT hTextResult);
-    HRESULT ExecuteCommond(const INT64& ulCmd, BYTE (&uOutValue)[WMI_OUTPUT_BUFF_LENGTH]);
-    static HRESULT ReadOutput(IWbemClassObject* pOutParams, BYTE (&uOutValue)[WMI_OUTPUT_BUFF_LENGTH]);
+    // Runs the operation on the thread. The step of it that isn't answered in time is logged, with the caller's site.
+    template <class Operation> HRESULT Call(Operation fOperation, const AudioLogSite& oSite);
 
-    CKelvaneComPointer<IWbemLocator> m_pLocator;
-    CKelvaneComPointer<IWbemServices> m_pServices;
-    CKelvaneComPointer<IWbemClassObject> m_pObject;
-    CKelvaneComPointer<IWbemClassObject> m_pObjectInst; // the method's input, reused for every call
-    CKelvaneComPointer<IWbemClassObject> m_pDefinition; // the input's class
-    CKelvaneText m_pWmiRootName;
-    CKelvaneText m_pWmiClassName;
-    CKelvaneText m_pWmiMethodName;
-    CKelvaneText m_pWmiObjectName;
-    bool m_bComEntered = false;
+    std::shared_ptr<CKelvaneWMIMethod> m_pMethod;
+    CKelvaneCallThread m_oCallThread;
 };

@@ -2,6 +2,7 @@
 #include "platform/linux/device_bus.h"
 
 #include "platform/linux/device_file.h"
+#include "platform/linux/kernel.h"
 #include "platform/linux/machine.h"
 #include "platform/linux/machine_xml.h"
 
@@ -208,6 +209,7 @@ size_t CDeviceBus::CompleteHung()
 
 void CDeviceBus::WaitForHungCompletion()
 {
+    const CKernelIdleScope oIdle;
     CLock oLock(m_oMutex);
     const unsigned iBefore = m_iHungCompletions;
     ++m_iHungWaiting;

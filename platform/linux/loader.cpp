@@ -174,6 +174,29 @@ BOOL FreeLibrary(HMODULE hLibModule)
     return TRUE;
 }
 
+BOOL GetModuleHandleExA(DWORD dwFlags, LPCSTR lpModuleName, HMODULE* phModule)
+{
+    if (phModule == nullptr || dwFlags != GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS)
+        return FailWith(ERROR_INVALID_PARAMETER);
+    *phModule = nullptr;
+    Dl_info stInfo{};
+    link_map* pOwner = nullptr;
+    if (dladdr1(lpModuleName, &stInfo, reinterpret_cast<void**>(&pOwner), RTLD_DL_LINKMAP) == 0)
+        return FailWith(ERROR_MOD_NOT_FOUND);
+    CLoader& oLoader = Loader();
+    const std::lock_guard<std::mutex> oLock(oLoader.oTableMutex);
+    for (auto& [hModule, oModule] : oLoader.oModules)
+    {
+        link_map* pModule = nullptr;
+        if (dlinfo(NativeOf(hModule), RTLD_DI_LINKMAP, &pModule) != 0 || pModule != pOwner || oModule.iUsers == 0)
+            continue;
+        ++oModule.iUsers;
+        *phModule = hModule;
+        return TRUE;
+    }
+    return FailWith(ERROR_MOD_NOT_FOUND);
+}
+
 FARPROC GetProcAddress(HMODULE hModule, LPCSTR lpProcName)
 {
     if (IsToldToFail("GetProcAddress"))

@@ -33,6 +33,12 @@ struct _TP_WORK
 };
 using CWorkReference = std::shared_ptr<_TP_WORK>;
 
+// One running callback.
+struct _TP_CALLBACK_INSTANCE
+{
+    HMODULE m_hModule = nullptr; // freed behind it
+};
+
 namespace
 {
 struct CPool
@@ -75,13 +81,17 @@ CWorkReference Take(CPool& oPool, const _TP_WORK* pOnly)
 // whose callback doesn't.
 void CallBack(_TP_WORK& oWork) noexcept
 {
+    _TP_CALLBACK_INSTANCE oInstance;
     MarkPoolThread(true);
-    oWork.m_pfnCallback(nullptr, oWork.m_pContext, &oWork);
+    oWork.m_pfnCallback(&oInstance, oWork.m_pContext, &oWork);
     MarkPoolThread(false);
-    if (GetThreadPriority(GetCurrentThread()) == THREAD_PRIORITY_NORMAL)
-        return;
-    fputs("A thread pool callback returned with a thread priority of its own\n", stderr);
-    std::abort();
+    if (GetThreadPriority(GetCurrentThread()) != THREAD_PRIORITY_NORMAL)
+    {
+        fputs("A thread pool callback returned with a thread priority of its own\n", stderr);
+        std::abort();
+    }
+    if (oInstance.m_hModule != nullptr)
+        FreeLibrary(oInstance.m_hModule);
 }
 
 void PoolThread() noexcept
@@ -174,6 +184,11 @@ void CloseThreadpoolWork(PTP_WORK pwk)
     CWorkReference pOwners; // goes after the lock
     const CKernelLock oLock(KernelMutex());
     pOwners = std::move(pwk->m_pSelf);
+}
+
+void FreeLibraryWhenCallbackReturns(PTP_CALLBACK_INSTANCE pci, HMODULE mod)
+{
+    pci->m_hModule = mod;
 }
 
 size_t machine::LiveWork()

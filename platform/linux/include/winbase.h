@@ -17,6 +17,8 @@
 #define FILE_FLAG_OVERLAPPED 0x40000000
 #define FILE_FLAG_BACKUP_SEMANTICS 0x02000000
 
+#define GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS 0x00000004
+
 #define LMEM_FIXED 0x0000
 #define LMEM_ZEROINIT 0x0040
 #define LPTR (LMEM_FIXED | LMEM_ZEROINIT)
@@ -82,6 +84,8 @@ extern "C"
     void SubmitThreadpoolWork(PTP_WORK pwk);
     void WaitForThreadpoolWorkCallbacks(PTP_WORK pwk, BOOL fCancelPendingCallbacks);
     void CloseThreadpoolWork(PTP_WORK pwk);
+    // Frees the module when the callback has left it.
+    void FreeLibraryWhenCallbackReturns(PTP_CALLBACK_INSTANCE pci, HMODULE mod);
 
     void Sleep(DWORD dwMilliseconds);
     HANDLE GetCurrentThread();
@@ -168,6 +172,9 @@ extern "C"
     BOOL FreeLibrary(HMODULE hLibModule);
     FARPROC GetProcAddress(HMODULE hModule, LPCSTR lpProcName);
     DWORD GetModuleFileNameA(HMODULE hModule, LPSTR lpFilename, DWORD nSize);
+    // By an address in the module (GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS) only; counts one user more.
+    // ERROR_MOD_NOT_FOUND for one that wasn't loaded by LoadLibraryA, as the program itself.
+    BOOL GetModuleHandleExA(DWORD dwFlags, LPCSTR lpModuleName, HMODULE* phModule);
 }
 
 inline LONG InterlockedIncrement(LONG volatile* lpAddend)
