@@ -43,6 +43,8 @@ public:
     static INT32 ToInt(const std::string& strText);
     static INT32 ToInt(const std::wstring& strText);
     static float ToFloat(const std::string& strText);
+    // As C reads one, hexadecimal too, whatever the program's locale. Infinity, or 0, when it is beyond the type.
+    static double ToDouble(const std::string& strText);
 
     static std::string ToString(INT64 iValue);
     // Empty, and logged, when the code page can't take the text.

@@ -7,6 +7,7 @@
 #include <shlwapi.h>
 
 #include <algorithm>
+#include <charconv>
 #include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
@@ -42,6 +43,25 @@ float CAudioSTR::ToFloat(const std::string& strText)
     float fValue = 0.0F;
     oStream >> fValue;
     return fValue;
+}
+
+double CAudioSTR::ToDouble(const std::string& strText)
+{
+    const std::string strNumber = Trim(strText);
+    const char* const pEnd = strNumber.c_str() + strNumber.size();
+    const char* pNumber = strNumber.c_str();
+    const bool bNegative = *pNumber == '-';
+    if (bNegative || *pNumber == '+')
+        ++pNumber;
+    const bool bHex = pNumber[0] == '0' && (pNumber[1] == 'x' || pNumber[1] == 'X');
+    if (*pNumber == '-') // a second sign
+        return 0;
+    double f64Value = 0;
+    const auto [pRest, eError] = std::from_chars(bHex ? pNumber + 2 : pNumber, pEnd, f64Value,
+                                                 bHex ? std::chars_format::hex : std::chars_format::general);
+    if (eError == std::errc::result_out_of_range)
+        f64Value = std::find(pNumber, pRest, '-') == pRest ? std::numeric_limits<double>::infinity() : 0;
+    return bNegative ? -f64Value : f64Value;
 }
 
 std::string CAudioSTR::ToString(INT64 iValue)

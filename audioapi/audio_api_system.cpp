@@ -11,6 +11,11 @@
 #include <functional>
 #include <map>
 
+namespace
+{
+constexpr DWORD MAX_MATCH_SIZE = 16 << 20; // bytes: a tuning file has a few megabytes at most
+}
+
 void CAudioSYS::GetMatchFileList(const std::string& strDir, const std::string& strPattern,
                                  std::vector<WIN32_FIND_DATAA>& oFileList)
 {
@@ -27,8 +32,12 @@ void CAudioSYS::GetMatchFileList(const std::string& strDir, const std::string& s
     do
     {
         const std::string strName = stFound.cFileName;
-        if (stFound.dwFileAttributes != PLAIN_DIRECTORY && strName.find(strPrefix) != std::string::npos &&
-            strName.find(strSuffix) != std::string::npos)
+        if (stFound.dwFileAttributes == PLAIN_DIRECTORY || strName.find(strPrefix) == std::string::npos ||
+            strName.find(strSuffix) == std::string::npos)
+            continue;
+        if (stFound.nFileSizeHigh != 0 || stFound.nFileSizeLow > MAX_MATCH_SIZE)
+            AUDIOLOG_ERROR(ERROR_FILE_TOO_LARGE, "File is too large:" + strDir + strName);
+        else
             oFileList.push_back(stFound);
     } while (oSearch.Next(stFound));
 }

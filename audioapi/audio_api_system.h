@@ -28,7 +28,8 @@ public:
 
     // The full path of the newest fitting file, by the later of creation and last write; empty if there is none.
     static std::string GetFuzzyMatchFile(const std::string& strDir, const std::string& strPattern);
-    // Appends every fitting file to oFileList, in the folder's order.
+    // Appends every fitting file to oFileList, in the folder's order. One of more than 16 megabytes is told and fits
+    // neither search.
     static void GetMatchFileList(const std::string& strDir, const std::string& strPattern,
                                  std::vector<WIN32_FIND_DATAA>& oFileList);
 

@@ -34,8 +34,8 @@ CKelvaneManager::~CKelvaneManager()
 
 namespace
 {
-// An exception ends its own step only.
-template <class Step> void RunStep(Step fStep)
+// An exception ends its own step only, which the line names.
+template <class Step> void RunStep(const char* pStep, Step fStep)
 {
     try
     {
@@ -43,7 +43,7 @@ template <class Step> void RunStep(Step fStep)
     }
     catch (const std::exception& oException)
     {
-        AudioLogFailure(AUDIO_LOG_SITE, 13, oException.what());
+        AUDIOLOG_ERROR(13, std::string(pStep) + " failed:" + oException.what());
     }
 }
 } // namespace
@@ -53,18 +53,18 @@ template <class Step> void RunStep(Step fStep)
 void CKelvaneManager::Initialize(HMODULE hModule)
 {
     m_hInstance = hModule;
-    RunStep([=] { CAudioLog::Instance()->Initialize(hModule); });
-    RunStep([=] { CAudioDump::Instance()->Initialize(hModule); });
-    RunStep([this] { CAudioREG::ReadRegValue(AUDIO_DEBUG_PATH, AUDIO_DEBUG_MODE, m_iDebugMode); });
-    RunStep([this] { LoadProcessDll(); });
-    RunStep([this] { LoadConfigFile(); });
-    RunStep(
-        [] {
-            CAudioMonitor::Instance()->Initialize({std::begin(AUDIO_MONITOR_LIST), std::end(AUDIO_MONITOR_LIST)});
-        });
-    RunStep([this] { InitializeIRP(); });
-    RunStep([this] { LoadSenaryGain(); });
-    RunStep([this] { LoadEverestGain(); });
+    RunStep("CAudioLog", [=] { CAudioLog::Instance()->Initialize(hModule); });
+    RunStep("CAudioDump", [=] { CAudioDump::Instance()->Initialize(hModule); });
+    RunStep("DebugMode", [this] { CAudioREG::ReadRegValue(AUDIO_DEBUG_PATH, AUDIO_DEBUG_MODE, m_iDebugMode); });
+    RunStep("LoadProcessDll", [this] { LoadProcessDll(); });
+    RunStep("LoadConfigFile", [this] { LoadConfigFile(); });
+    RunStep("CAudioMonitor",
+            [] {
+                CAudioMonitor::Instance()->Initialize({std::begin(AUDIO_MONITOR_LIST), std::end(AUDIO_MONITOR_LIST)});
+            });
+    RunStep("InitializeIRP", [this] { InitializeIRP(); });
+    RunStep("LoadSenaryGain", [this] { LoadSenaryGain(); });
+    RunStep("LoadEverestGain", [this] { LoadEverestGain(); });
 }
 
 INT64 CKelvaneManager::GetAlgoCtrlParam(UINT64 iIndex) const

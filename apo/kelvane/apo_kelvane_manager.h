@@ -22,6 +22,7 @@ class CKelvaneManager : public CAudioSingleton<CKelvaneManager>
 {
 public:
     static constexpr size_t ALGO_CTRL_COUNT = 8;
+    static constexpr size_t VOLUME_LIMIT_COUNT = 6;
 
     ~CKelvaneManager();
 
@@ -50,7 +51,8 @@ public:
     // Reads the version record into m_strAlgoVersion; the library's code.
     INT32 AudioKelvaneGetVersion();
 
-    // Chooses the tuning file, parses it and fills the tables.
+    // Chooses the tuning file, parses it and fills the tables. A file that can't be held in memory is told and passed
+    // over.
     void LoadConfigFile();
     // The installed file with the greatest tuning version among those made for the loaded library; empty if none.
     std::string SelectMatchConfigFile() const;
@@ -96,7 +98,7 @@ public:
     std::vector<INT32> m_vecSensorRangeCommand;
     std::vector<INT32> m_vecSensorRangeNormal; // upper limits, degrees Celsius
     std::vector<INT32> m_vecSensorRangeLow;    // lower limits, degrees Celsius
-    std::vector<INT32> m_vecVolumeRange;       // six band limits, percent; empty without a tuning file
+    std::vector<INT32> m_vecVolumeRange;       // VOLUME_LIMIT_COUNT, percent; empty without a tuning file
     BOOL m_bLoadDLL = FALSE;
     std::string m_strAlgoVersion;
     std::map<std::string, std::unique_ptr<KelvaneStruParam>> m_mapAlgoParam;
@@ -106,11 +108,7 @@ private:
     CKelvaneManager() = default;
 
     INT32 FindExports();
-    // The tokens between the last "{" and the last "}", trimmed, empty ones dropped.
-    static std::vector<std::string> SplitBraceList(const std::string& strText);
-    // The integers of the tag's list; FALSE, and logged, if element or tag is missing.
-    static bool ReadIntegerList(const tinyxml2::XMLElement* pXmlElement, const std::string& strTag,
-                                std::vector<INT32>& oValues);
-    // Empty if there is none.
-    static std::string AttributeText(const tinyxml2::XMLElement* pXmlElement, const char* pName);
+    void LoadTables(const tinyxml2::XMLElement* pXmlRoot);
+    // Whether the file lists the loaded library's version; strVersion is then that of its data.
+    bool IsForLibrary(const std::string& strPath, std::string& strVersion) const;
 };

@@ -1,5 +1,6 @@
 // The manager's tuning data: which file is taken, and how its lists are read.
 #include "apo/kelvane/apo_kelvane_manager.h"
+#include "apo/kelvane/apo_kelvane_tuning_text.h"
 
 #include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_log.h"
@@ -11,35 +12,54 @@
 
 #include <algorithm>
 #include <iterator>
+#include <new>
 
 namespace
 {
 constexpr INT64 TAG_MISSING = 1465;
-constexpr size_t VOLUME_LIMIT_COUNT = 6;
 constexpr UINT32 VOLUME_LIMIT_MAX = 100; // percent
 constexpr INT64 NO_DATA = 13;
 
-// Parses the file; its root element, or null with the failure logged. The element lives as long as the document.
-const tinyxml2::XMLElement* OpenConfigFile(tinyxml2::XMLDocument& oDocument, const std::string& strPath)
+// Parses the file; its root element, or null with the failure logged at the caller's site. The element lives as long as
+// the document.
+const tinyxml2::XMLElement* OpenConfigFile(tinyxml2::XMLDocument& oDocument, const std::string& strPath,
+                                           const AudioLogSite& oSite)
 {
     const tinyxml2::XMLError iResult = oDocument.LoadFile(strPath.empty() ? "" : HostPath(strPath).c_str());
     if (iResult != tinyxml2::XML_SUCCESS)
     {
-        AUDIOLOG_ERROR(iResult, "Failed to load xml file:" + strPath);
+        AUDIO_LOG_AT(oSite, AUDIO_LEVEL_ERROR, iResult, "Failed to load xml file:" + strPath);
         return nullptr;
     }
     const tinyxml2::XMLElement* pXmlRoot = oDocument.FirstChildElement("SENCE_CATEGORY");
     if (pXmlRoot == nullptr)
-        AUDIOLOG_ERROR(TAG_MISSING, "Failed to load tag SENCE_CATEGORY");
+        AUDIO_LOG_AT(oSite, AUDIO_LEVEL_ERROR, TAG_MISSING, "Failed to load tag SENCE_CATEGORY");
     return pXmlRoot;
 }
 
-const tinyxml2::XMLElement* FindTag(const tinyxml2::XMLElement* pXmlElement, const std::string& strTag)
+const tinyxml2::XMLElement* FindTag(const tinyxml2::XMLElement* pXmlElement, const std::string& strTag,
+                                    const AudioLogSite& oSite)
 {
     const tinyxml2::XMLElement* pXmlTag = pXmlElement->FirstChildElement(strTag.c_str());
     if (pXmlTag == nullptr)
-        AUDIOLOG_WARN("Config file not have Tag:" + strTag);
+        AUDIO_LOG_AT(oSite, AUDIO_LEVEL_WARN, 0, "Config file not have Tag:" + strTag);
     return pXmlTag;
+}
+
+// The integers of the tag's list; false, and logged at the caller's site, if element or tag is missing.
+bool ReadIntegerList(const tinyxml2::XMLElement* pXmlElement, const std::string& strTag, std::vector<INT32>& oValues,
+                     const AudioLogSite& oSite)
+{
+    if (AudioCheckCondition(pXmlElement == nullptr, oSite, NO_DATA, "pXmlElement"))
+        return false;
+    const tinyxml2::XMLElement* pXmlTag = FindTag(pXmlElement, strTag, oSite);
+    if (pXmlTag == nullptr)
+        return false;
+    const std::string strText = AttributeText(pXmlTag, "VALUE");
+    AUDIO_LOG_AT(oSite, AUDIO_LEVEL_INFO, 0, strTag + ":" + strText);
+    for (const std::string& strToken : SplitBraceList(strText))
+        oValues.push_back(CAudioSTR::ToInt(strToken));
+    return true;
 }
 } // namespace
 
@@ -54,10 +74,20 @@ void CKelvaneManager::LoadConfigFile()
     if (strPath.empty())
         strPath = CAudioSYS::GetFuzzyMatchFile(AUDIO_DRIVER_DIR, AUDIO_PARAMS_FILE_PATTERN);
 
-    tinyxml2::XMLDocument oDocument;
-    const tinyxml2::XMLElement* pXmlRoot = OpenConfigFile(oDocument, strPath);
-    if (pXmlRoot == nullptr)
-        return;
+    try
+    {
+        tinyxml2::XMLDocument oDocument;
+        if (const tinyxml2::XMLElement* pXmlRoot = OpenConfigFile(oDocument, strPath, AUDIO_LOG_SITE))
+            LoadTables(pXmlRoot);
+    }
+    catch (const std::bad_alloc&)
+    {
+        AUDIOLOG_ERROR(NO_DATA, "Failed to load xml file:" + strPath);
+    }
+}
+
+void CKelvaneManager::LoadTables(const tinyxml2::XMLElement* pXmlRoot)
+{
     LoadTemperatureConfig(pXmlRoot, "SENSOR_RANGE_COMMAND", m_vecSensorRangeCommand);
     LoadTemperatureConfig(pXmlRoot, "SENSOR_RANGE_NORMAL", m_vecSensorRangeNormal);
     LoadTemperatureConfig(pXmlRoot, "SENSOR_RANGE_LOW", m_vecSensorRangeLow);
@@ -87,16 +117,8 @@ std::string CKelvaneManager::SelectMatchConfigFile() const
     std::string strMaxVersion;
     for (const WIN32_FIND_DATAA& stFile : oFileList)
     {
-        const std::string strPath = std::string(AUDIO_DRIVER_DIR) + stFile.cFileName;
-        tinyxml2::XMLDocument oDocument;
-        const tinyxml2::XMLElement* pXmlRoot = OpenConfigFile(oDocument, strPath);
-        if (pXmlRoot == nullptr)
-            continue;
-        const std::string strPlatform = LoadVersionConfig(pXmlRoot, "PLATFROM_VERSION", "VALUE");
-        const std::string strVersion = LoadVersionConfig(pXmlRoot, "PARA_VERSION", "PARA");
-        AUDIOLOG_DEBUG("Fuzzy find to File:" + strPath + ",XmlVersion:" + strVersion + ",AlgoVerison:" + strPlatform);
-        const std::vector<std::string> oPlatforms = CAudioSTR::Split(strPlatform, ",");
-        if (std::find(oPlatforms.begin(), oPlatforms.end(), m_strAlgoVersion) == oPlatforms.end())
+        std::string strVersion;
+        if (!IsForLibrary(std::string(AUDIO_DRIVER_DIR) + stFile.cFileName, strVersion))
             continue;
         mapCandidate[strVersion] = stFile;
         strMaxVersion = CAudioSTR::GetMaxVersion(strMaxVersion, strVersion, ".");
@@ -110,33 +132,38 @@ std::string CKelvaneManager::SelectMatchConfigFile() const
     return strResult;
 }
 
+// One file that can't be held in memory doesn't count; the others do.
+bool CKelvaneManager::IsForLibrary(const std::string& strPath, std::string& strVersion) const
+try
+{
+    tinyxml2::XMLDocument oDocument;
+    const tinyxml2::XMLElement* pXmlRoot = OpenConfigFile(oDocument, strPath, AUDIO_LOG_SITE);
+    if (pXmlRoot == nullptr)
+        return false;
+    const std::string strPlatform = LoadVersionConfig(pXmlRoot, "PLATFROM_VERSION", "VALUE");
+    strVersion = LoadVersionConfig(pXmlRoot, "PARA_VERSION", "PARA");
+    AUDIOLOG_DEBUG("Fuzzy find to File:" + strPath + ",XmlVersion:" + strVersion + ",AlgoVerison:" + strPlatform);
+    const std::vector<std::string> oPlatforms = CAudioSTR::Split(strPlatform, ",");
+    return std::find(oPlatforms.begin(), oPlatforms.end(), m_strAlgoVersion) != oPlatforms.end();
+}
+catch (const std::bad_alloc&)
+{
+    AUDIOLOG_ERROR(NO_DATA, "Failed to load xml file:" + strPath);
+    return false;
+}
+
 std::string CKelvaneManager::LoadVersionConfig(const tinyxml2::XMLElement* pXmlRoot, const std::string& strTag,
                                                const std::string& strAttr) const
 {
-    const tinyxml2::XMLElement* pXmlTag = FindTag(pXmlRoot, strTag);
+    const tinyxml2::XMLElement* pXmlTag = FindTag(pXmlRoot, strTag, AUDIO_LOG_SITE);
     return pXmlTag != nullptr ? AttributeText(pXmlTag, strAttr.c_str()) : "";
-}
-
-bool CKelvaneManager::ReadIntegerList(const tinyxml2::XMLElement* pXmlElement, const std::string& strTag,
-                                      std::vector<INT32>& oValues)
-{
-    if (AUDIO_MISSING(pXmlElement, NO_DATA))
-        return false;
-    const tinyxml2::XMLElement* pXmlTag = FindTag(pXmlElement, strTag);
-    if (pXmlTag == nullptr)
-        return false;
-    const std::string strText = AttributeText(pXmlTag, "VALUE");
-    AUDIOLOG_INFO(strTag + ":" + strText);
-    for (const std::string& strToken : SplitBraceList(strText))
-        oValues.push_back(CAudioSTR::ToInt(strToken));
-    return true;
 }
 
 void CKelvaneManager::LoadTemperatureConfig(const tinyxml2::XMLElement* pXmlElement, const std::string& strTag,
                                             std::vector<INT32>& oVector) const
 {
     std::vector<INT32> oValues;
-    if (ReadIntegerList(pXmlElement, strTag, oValues))
+    if (ReadIntegerList(pXmlElement, strTag, oValues, AUDIO_LOG_SITE))
         oVector = oValues;
 }
 
@@ -145,7 +172,7 @@ void CKelvaneManager::LoadVolumeConfig(const tinyxml2::XMLElement* pXmlElement, 
                                        std::vector<INT32>& oVector) const
 {
     std::vector<INT32> oValues;
-    if (ReadIntegerList(pXmlElement, strTag, oValues))
+    if (ReadIntegerList(pXmlElement, strTag, oValues, AUDIO_LOG_SITE))
     {
         oVector.clear();
         std::copy_if(oValues.begin(), oValues.end(), std::back_inserter(oVector),

@@ -7,19 +7,6 @@
 
 #include <string>
 
-namespace
-{
-// Tells how a gain operation of all amplifiers ended; gives its code.
-DWORD ReportMutilPAGain(DWORD dwResult, const std::string& strFailed, const std::string& strDone)
-{
-    if (dwResult != 0)
-        AUDIOLOG_EVENT_WARN(strFailed + std::to_string(dwResult));
-    else
-        AUDIOLOG_EVENT_INFO(strDone);
-    return dwResult;
-}
-} // namespace
-
 void CKelvaneManager::InitializeIRP()
 {
     const INT64 iNumber = GetAlgoCtrlParam(1);
@@ -41,8 +28,12 @@ DWORD CKelvaneManager::ActiveMutilPAGain()
         dwResult = AUDIO_CHECK(m_pIRP0->SetKelvaneStatus(KELVANE_STATUS_ACTIVE));
     if (dwResult == 0 && m_pIRP1 != nullptr)
         dwResult = AUDIO_CHECK(m_pIRP1->SetKelvaneStatus(KELVANE_STATUS_ACTIVE));
-    return ReportMutilPAGain(dwResult, std::string(AUDIO_EVENT_SET_GAIN_FAILED) + "Set MutilPA Gain Failed! Reason:",
-                             std::string(AUDIO_EVENT_SET_GAIN_OK) + "Set MutilPA Gain Success!");
+    if (dwResult != 0)
+        AUDIOLOG_EVENT_WARN(std::string(AUDIO_EVENT_SET_GAIN_FAILED) +
+                            "Set MutilPA Gain Failed! Reason:" + std::to_string(dwResult));
+    else
+        AUDIOLOG_EVENT_INFO(std::string(AUDIO_EVENT_SET_GAIN_OK) + "Set MutilPA Gain Success!");
+    return dwResult;
 }
 
 DWORD CKelvaneManager::DeactiveMutilPAGain()
@@ -52,9 +43,12 @@ DWORD CKelvaneManager::DeactiveMutilPAGain()
         dwResult = AUDIO_CHECK(m_pIRP0->SetKelvaneStatus(KELVANE_STATUS_DEACTIVE));
     if (dwResult == 0 && m_pIRP1 != nullptr)
         dwResult = AUDIO_CHECK(m_pIRP1->SetKelvaneStatus(KELVANE_STATUS_DEACTIVE));
-    return ReportMutilPAGain(dwResult,
-                             std::string(AUDIO_EVENT_CANCEL_GAIN_FAILED) + "Cancel MutilPA Gain Failed! Reason:",
-                             std::string(AUDIO_EVENT_CANCEL_GAIN_OK) + "Cancel MutilPA Gain Success!");
+    if (dwResult != 0)
+        AUDIOLOG_EVENT_WARN(std::string(AUDIO_EVENT_CANCEL_GAIN_FAILED) +
+                            "Cancel MutilPA Gain Failed! Reason:" + std::to_string(dwResult));
+    else
+        AUDIOLOG_EVENT_INFO(std::string(AUDIO_EVENT_CANCEL_GAIN_OK) + "Cancel MutilPA Gain Success!");
+    return dwResult;
 }
 
 void CKelvaneManager::LoadSenaryGain()

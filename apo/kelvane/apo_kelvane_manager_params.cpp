@@ -1,13 +1,9 @@
 // The manager's parameter sets: how the tuning file's lists become records, and how a record is found.
 #include "apo/kelvane/apo_kelvane_manager.h"
-
+#include "apo/kelvane/apo_kelvane_tuning_text.h"
 #include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_log.h"
-#include "audioapi/audio_api_string.h"
 
-#include <tinyxml2.h>
-
-#include <cstdlib>
 #include <cstring>
 #include <new>
 
@@ -24,17 +20,6 @@ void CheckScan(int iScanned, const AudioLogSite& oSite, const char* pText)
 }
 #define AUDIO_SCAN(expression) CheckScan((expression), AUDIO_LOG_SITE, #expression)
 } // namespace
-
-std::vector<std::string> CKelvaneManager::SplitBraceList(const std::string& strText)
-{
-    return CAudioSTR::Split(CAudioSTR::RightOf(CAudioSTR::LeftOf(strText, "}", 1), "{", 1), ",");
-}
-
-std::string CKelvaneManager::AttributeText(const tinyxml2::XMLElement* pXmlElement, const char* pName)
-{
-    const char* pText = pXmlElement->Attribute(pName);
-    return pText != nullptr ? pText : "";
-}
 
 void CKelvaneManager::LoadAlgorithmConfig(const tinyxml2::XMLElement* pXmlElement)
 {
@@ -53,6 +38,7 @@ std::unique_ptr<KelvaneStruParam> CKelvaneManager::ParseAlgorithmPara(const std:
 {
     const std::vector<std::string> oVctPara = SplitBraceList(strValue);
     const size_t iParaCount = oVctPara.size();
+    // Their names are those of the log's texts.
     const std::unique_ptr<INT16[]> g_pShortData(new (std::nothrow) INT16[iParaCount]());
     if (AUDIO_FAIL_IF(g_pShortData == nullptr, NO_DATA))
         return nullptr;
@@ -73,7 +59,7 @@ std::unique_ptr<KelvaneStruParam> CKelvaneManager::ParseAlgorithmPara(const std:
         else if (bShort)
             AUDIO_SCAN(sscanf_s(oVctPara[i].c_str(), "0x%hx", &g_pShortData[iShortCount++]));
         else
-            g_pDoubleData[iDoubleCount++] = strtod(oVctPara[i].c_str(), nullptr);
+            g_pDoubleData[iDoubleCount++] = CAudioSTR::ToDouble(oVctPara[i]);
     }
     if (iIgnored != 0)
         AUDIOLOG_WARN("Parameter strKey=" + strKey +

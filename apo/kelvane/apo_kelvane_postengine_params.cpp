@@ -13,8 +13,6 @@
 
 namespace
 {
-constexpr size_t iVolumeLimitCount = 6; // entries that a list of volume limits needs
-
 struct VolumeBandKey
 {
     const char* pNormal;
@@ -50,7 +48,7 @@ const char* CKelvanePostEngine::GetEffectParamsID(const int& iHeatState)
     const int iSpeakerMode = GetSpeakerMode(1);
     const int iMicrophoneMode = GetMicrophoneMode(1);
     const std::vector<INT32>& vecVolumeRange = CKelvaneManager::Instance()->m_vecVolumeRange;
-    if (vecVolumeRange.size() < iVolumeLimitCount)
+    if (vecVolumeRange.size() < CKelvaneManager::VOLUME_LIMIT_COUNT)
         return "";
     if (iSpeakerMode == 4 || iMicrophoneMode == 4)
         return AUDIO_SOUND_MODE_EFFECT_ID0;

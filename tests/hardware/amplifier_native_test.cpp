@@ -59,6 +59,23 @@ TEST_F(AmplifierTest, TellsHowTheDriverTookTheStatus)
     }
 }
 
+// The system may write into a record that is pending still, whatever the wait for it says.
+TEST_F(AmplifierTest, AFailureWithoutACodeIsAFailure)
+{
+    const DeviceMood oMood{{0, Completion::Late, 20, {}}};
+    Attach("KELVANE_DEVICE0", oMood);
+    CKelvaneIRP oIRP(AUDIO_KELVANE_DEVICE0);
+    for (const char* pCall : {"DeviceIoControl", "GetOverlappedResultEx"})
+    {
+        machine::FailNext(pCall, 0);
+        EXPECT_EQ(oIRP.SetKelvaneStatus(KELVANE_STATUS_DEACTIVE), 31U) << pCall;
+    }
+    EXPECT_EQ(oIRP.SetKelvaneStatus(KELVANE_STATUS_DEACTIVE), 0U);
+    EXPECT_EQ(FindLog("Execute GetOverlappedResult failed!").at(0).strFunction, "SetKelvaneStatus");
+    const CKelvaneIRP oSecond(AUDIO_KELVANE_DEVICE0); // the first has it for itself
+    EXPECT_EQ(CountLog("not support! reason:32"), 1U);
+}
+
 TEST_F(AmplifierTest, OneThatCannotBeHadCountsAsSuccess)
 {
     const struct

@@ -7,6 +7,7 @@
 
 namespace
 {
+constexpr char EVEREST[] = "{F27CDC00-203E-4107-A503-21211537EA43}";
 constexpr char SENARY[] = "{54C9343C-2A17-42E8-B4FD-9F9DA27B94D6}";
 
 using CodecTest = HardwareTest;
@@ -19,9 +20,13 @@ TEST_F(CodecTest, EachMakeHasItsOwnScale)
         "<codec kind='everest' name='everest2'/><codec interface='{00000001-203E-4107-A503-21211537EA43}'/>");
     CEverestGainConfig::Instance()->Initialize();
     CSenaryGainConfig::Instance()->Initialize();
+    const HANDLE hShared =
+        CreateFileA((R"(\\?\kelvane#everest#)" + std::string(EVEREST)).c_str(), GENERIC_READ | GENERIC_WRITE,
+                    FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr);
+    EXPECT_TRUE(CloseHandle(hShared));
     CEverestGainConfig::DeleteInstance();
     CSenaryGainConfig::DeleteInstance();
-    EXPECT_EQ(SentTo("everest"), "open 01 00 cancel close");
+    EXPECT_EQ(SentTo("everest"), "open 01 open close 00 cancel close");
     EXPECT_EQ(SentTo("senary"), "open 00000000 02000000 cancel close");
     EXPECT_EQ(SentTo("everest2"), "");
     const machine::SentItem oEverest = machine::Sent("everest")[1];
@@ -32,6 +37,57 @@ TEST_F(CodecTest, EachMakeHasItsOwnScale)
          {"Set Everest Gain Status to HWGAIN_HIGH,ReturnCode:1", "Set Everest Gain Status to HWGAIN_LOW,ReturnCode:1",
           "Set Senary Gain Status to HWGAIN_HIGH", "Set Senary Gain Status to HWGAIN_LOW"})
         EXPECT_EQ(CountLog(pLine), 1U) << pLine;
+}
+
+// A driver that doesn't answer is waited for once; when it has answered after all, it is asked again.
+TEST_F(CodecTest, ARequestThatFailsIsTold)
+{
+    const std::string strBegin = " DeviceIoControl(m_hDevicePath, IOCTL_";
+    const std::string strSenary = strBegin + "SENARY_SET_HWGAIN_HIGHLOW, (LPVOID)(&iGainStatus), sizeof(ULONG), "
+                                             "(LPVOID)(&ulResult), sizeof(ULONG), &cbBytesReturned, NULL)";
+    const std::string strEverest = strBegin + "EVEREST_SET_HWGAIN_HIGHLOW, (LPVOID)(&iGainStatus), "
+                                              "sizeof(iGainStatus), (LPVOID)(&ulResult), sizeof(ulResult), "
+                                              "&cbBytesReturned, NULL)";
+    DeviceMood oSenary, oEverest;
+    Attach("senary", oSenary, SENARY);
+    Attach("everest", oEverest, EVEREST);
+    CSenaryGainConfig::Instance()->Initialize();
+    oEverest.oAnswer.dwError = 31;
+    CEverestGainConfig::Instance()->Initialize();
+    EXPECT_EQ(TakeFailures(), "31" + strEverest);
+    oSenary.oAnswer = {1117, machine::Completion::Late, 1, {}};
+    EXPECT_EQ(CSenaryGainConfig::Instance()->SetLowSenaryHWGain(), 1117U);
+    oSenary.oAnswer = {0, machine::Completion::Deaf, 0, {}};
+    machine::ForgetSent();
+    EXPECT_EQ(CSenaryGainConfig::Instance()->SetHighSenaryHWGain(), 1460U);
+    EXPECT_EQ(CSenaryGainConfig::Instance()->SetLowSenaryHWGain(), 1460U);
+    EXPECT_EQ(SentTo("senary"), "00000000");
+    EXPECT_EQ(TakeFailures(), "1117" + strSenary + "|1460" + strSenary + "|1460" + strSenary);
+    EXPECT_EQ(machine::CompleteHungRequests(), 1U);
+    oSenary.oAnswer = {};
+    EXPECT_EQ(CSenaryGainConfig::Instance()->SetLowSenaryHWGain(), 0U);
+    CSenaryGainConfig::DeleteInstance();
+    CEverestGainConfig::DeleteInstance();
+}
+
+TEST_F(CodecTest, ControlWordOneAloneBringsThemUp)
+{
+    CKelvaneManager* const pManager = CKelvaneManager::Instance();
+    for (const int iWord : {0, 1, 2})
+    {
+        DeclareMachine("<codec kind='senary' name='senary'/><codec kind='everest' name='everest'/>");
+        pManager->m_iAlgoCtrlParam[0] = iWord;
+        RestartLog();
+        machine::ForgetSent();
+        pManager->LoadSenaryGain();
+        pManager->LoadEverestGain();
+        EXPECT_EQ(SentTo("senary") + SentTo("everest"), iWord == 1 ? "open 00000000open 01" : "");
+        const std::string strState = iWord == 1 ? "enable!" : "Disable!";
+        EXPECT_EQ(CountLog("3841117 Senary Gain is " + strState), 1U);
+        EXPECT_EQ(CountLog("3841116 Everest Gain is " + strState), 1U);
+        CSenaryGainConfig::DeleteInstance();
+        CEverestGainConfig::DeleteInstance();
+    }
 }
 
 TEST_F(CodecTest, EachStepThatFailsIsTold)

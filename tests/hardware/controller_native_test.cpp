@@ -127,16 +127,58 @@ TEST_F(ControllerChannelTest, SensorsFollowTheMachinesClock)
     }
     INT32 iTemperature = 7;
     EXPECT_EQ(oWMI.QueryTemperature(0x030202, iTemperature), 13) << "no such sensor";
-    machine::Controller oController;
-    oController.eCompletion = machine::Completion::Never;
-    oController.fScript = [](UINT64) { return std::vector<BYTE>(256, 255); };
-    machine::AttachController(oController);
-    std::thread oCaller([&] { EXPECT_EQ(oWMI.QueryTemperature(QUERY, iTemperature), 13); });
-    EXPECT_TRUE(WaitFor([] { return machine::CompleteHungRequests() == 1; }));
-    oCaller.join();
-    EXPECT_EQ(iTemperature, 7);
     machine::RemoveController();
     EXPECT_EQ(oWMI.SetECTemperature(SET), WBEM_E_FAILED);
+}
+
+// A silent controller is waited for once. Who goes while a call is out leaves it its thread, and the module stays.
+TEST_F(ControllerChannelTest, ASilentControllerIsWaitedForOnce)
+{
+    machine::Controller oController;
+    oController.fScript = [](UINT64) { return machine::TemperatureAnswer(300); };
+    oController.eCompletion = machine::Completion::Never;
+    for (const bool bLeave : {false, true})
+    {
+        machine::AttachController(oController);
+        auto pWMI = std::make_unique<CKelvaneWMI>();
+        ASSERT_EQ(pWMI->Initialize(), 0);
+        machine::ForgetSent();
+        RestartLog();
+        INT32 iTemperature = 7;
+        EXPECT_EQ(pWMI->QueryTemperature(QUERY, iTemperature), 1460);
+        EXPECT_EQ(TakeFailures(), "1460 " + std::string(EXEC));
+        EXPECT_EQ(pWMI->SetECTemperature(SET), 1460);
+        EXPECT_EQ(iTemperature, 7);
+        EXPECT_EQ(machine::Sent("controller").size(), 1U);
+        if (bLeave)
+        {
+            pWMI.reset();
+            EXPECT_EQ(CKelvaneManager::Instance()->CanUnloadNow(), S_FALSE);
+            EXPECT_EQ(CKelvaneWMI().Initialize(), 1460);
+        }
+        machine::RemoveController();
+        EXPECT_EQ(machine::CompleteHungRequests(), 1U);
+        EXPECT_TRUE(WaitFor([&] { return bLeave || pWMI->SetECTemperature(SET) == WBEM_E_FAILED; }));
+    }
+    EXPECT_TRUE(WaitFor([] { return CKelvaneManager::Instance()->CanUnloadNow() == S_OK; }));
+    EXPECT_TRUE(WaitFor([] { return CKelvaneWMI().Initialize() != 1460; }));
+}
+
+TEST_F(ControllerChannelTest, AThreadKeepsItsApartment)
+{
+    DeclareController("");
+    auto pWMI = std::make_unique<CKelvaneWMI>();
+    ASSERT_EQ(pWMI->Initialize(), 0);
+    std::thread(
+        [&]
+        {
+            EXPECT_EQ(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), S_OK);
+            EXPECT_EQ(pWMI->SetECTemperature(SET), 0);
+            pWMI.reset();
+            EXPECT_EQ(CoInitializeEx(nullptr, COINIT_MULTITHREADED), RPC_E_CHANGED_MODE);
+            CoUninitialize();
+        })
+        .join();
 }
 
 TEST_F(ControllerChannelTest, WordsGoInTheFormThatTheFirmwareTakes)

@@ -54,6 +54,10 @@ TEST_F(ManagerLifeTest, BringsUpTheDefaultMachineInOrder)
     const std::string strTuning = std::string(AUDIO_DRIVER_DIR) + "audio_kelvane_params_default.xml";
     PutFile(AUDIO_KELVANE_DLL_PATH, HostFile(KELVANE_LIBRARY_FILE));
     PutFile(strTuning, HostFile(KELVANE_TUNING_FILE));
+    LetTimePass(); // the newest is for another library: this one's version decides
+    const std::string strOther =
+        "<SENCE_CATEGORY><PLATFROM_VERSION VALUE=\"9\"/><PARA_VERSION PARA=\"9\"/><VENDOR/></SENCE_CATEGORY>";
+    PutFile(std::string(AUDIO_DRIVER_DIR) + "audio_kelvane_params_other.xml", strOther);
     for (const char* pName :
          {AUDIO_DEBUG_LEVEL, AUDIO_DEBUG_MODE, AUDIO_DEBUG_SIZE, AUDIO_DEBUG_NUM, AUDIO_EVENT_LEVEL})
         SetRegistry(AUDIO_DEBUG_PATH, pName, 1);
@@ -64,6 +68,8 @@ TEST_F(ManagerLifeTest, BringsUpTheDefaultMachineInOrder)
     EXPECT_TRUE(HasLine("INFO", 0, "Fuzzy Match to File:" + strTuning));
     EXPECT_EQ(pManager->m_mapAlgoParam.size(), 12u);
     EXPECT_EQ(pManager->m_vecVolumeRange.size(), 6u);
+    for (const char* pGain : {"3841117 Senary Gain is Disable!", "3841116 Everest Gain is Disable!"})
+        EXPECT_TRUE(HasLine("INFO", 0, pGain));
     for (const auto& [strKey, pParam] : pManager->m_mapAlgoParam)
     {
         EXPECT_EQ(pParam->sChannelNum, 8) << strKey;

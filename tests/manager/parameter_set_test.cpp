@@ -131,6 +131,8 @@ TEST_F(ParameterSetTest, FindsRecordsByKeyWithTheFirstAsDefault)
     }
 
     pManager = Restart();
+    EXPECT_EQ(pManager->GetAlgorithmStruct("30000"), nullptr);
+    EXPECT_TRUE(HasLine("ERROR", 13, "3841114 Parameter list is empty!"));
     LoadSets({{"1", strDiv + ",0x1"}});
     EXPECT_EQ(pManager->m_iDIVMode, 1);
     EXPECT_TRUE(HasLine("INFO", 0, "DIVMode is Open!"));

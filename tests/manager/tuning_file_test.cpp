@@ -1,6 +1,10 @@
 // Which tuning file is taken, how its lists are read, and what broken files do.
 #include "audioapi/audio_api_string.h"
+#include "platform/hostpath.h"
 #include "tests/manager/manager_test.h"
+
+#include <filesystem>
+#include <fstream>
 
 namespace
 {
@@ -47,9 +51,13 @@ TEST_F(TuningFileTest, TakesOneFileOfMany)
     const std::string strC = INSTALLED + "audio_kelvane_params_c.xml";
     const std::string strD = DEBUGGED + "audio_kelvane_params_d.xml";
     const std::string strE = DEBUGGED + "audio_kelvane_params_e.xml";
+    const std::string strHuge = File("2.1", "9", 9) + std::string(16 << 20, ' ');
     const TuningFileRow oRows[] = {
         {"number by number", "2.1", 0, {{strA, File("2.1", "1.10", 1)}, {strB, File("2.1", "1.9", 2)}}, 1},
         {"list of versions", "2.1", 0, {{strA, File("2.0, 2.1 ,2.2", "1", 1)}, {strB, File("2.10", "9", 2)}}, 1},
+        {"of equal data the last listed", "2.1", 0, {{strB, File("2.1", "1", 2)}, {strA, File("2.1", "1", 1)}}, 2},
+        {"too large for the module", "2.1", 0, {{strA, File("2.1", "1", 1)}, {strB, strHuge}}, 1},
+        {"too large, none made for it", "2.1", 0, {{strA, File("1", "1", 1)}, {strB, strHuge}}, 1},
         {"letter case counts", "2.1a", 0, {{strA, File("2.1A", "1", 1)}, {strB, File("3", "1", 2)}}, 2},
         {"none made for it: newest", "2.1", 0, {{strA, File("1", "9", 1)}, {strB, File("1", "1", 2)}}, 2},
         {"no library: newest", "", 0, {{strB, File("", "9", 1)}, {strA, File("", "1", 2)}}, 2},
@@ -92,6 +100,29 @@ TEST_F(TuningFileTest, TakesOneFileOfMany)
     }
 }
 
+// Newest is by the later of both times: b is made later, then one of the two is written at another time.
+TEST_F(TuningFileTest, NewestIsMadeOrWrittenLast)
+{
+    const std::string strA = INSTALLED + "audio_kelvane_params_a.xml";
+    const std::string strB = INSTALLED + "audio_kelvane_params_b.xml";
+    for (const bool bMade : {true, false})
+    {
+        RemoveTuning();
+        CKelvaneManager* pManager = Restart();
+        PutFile(strA, File("", "", 1));
+        LetTimePass();
+        PutFile(strB, File("", "", 2));
+        LetTimePass();
+        if (bMade)
+            std::filesystem::last_write_time(HostPath(strB),
+                                             std::filesystem::file_time_type::clock::now() - std::chrono::hours(1));
+        else
+            std::ofstream(HostPath(strA), std::ios::app) << "\n";
+        pManager->LoadConfigFile();
+        EXPECT_EQ(pManager->m_vecSensorRangeCommand, std::vector<INT32>{bMade ? 2 : 1});
+    }
+}
+
 struct ListRow
 {
     const char* pText; // null leaves the element out
@@ -130,6 +161,7 @@ TEST_F(TuningFileTest, ReadsTheLists)
         EXPECT_EQ(CountLog("Config file not have Tag:VOLUME_RANGE"), oRow.pText == nullptr ? 1u : 0u);
         EXPECT_TRUE(HasLine("ERROR", 1465, "Failed to load tag VENDOR"));
     }
+    EXPECT_EQ(FindLog("not have Tag:VOLUME_RANGE").at(0).strFunction, "LoadVolumeConfig");
 }
 
 // Each of these is the only file there. None may do more than leave tables empty and a line that says so.

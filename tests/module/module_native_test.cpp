@@ -2,12 +2,15 @@
 #include "apo/kelvane/apo_kelvane_guid.h"
 #include "platform/control/control.h"
 #include "platform/linux/machine.h"
+#include "tests/platform/machine_file.h"
 #include "tests/support/apo_connections.h"
 #include "tests/support/machine_test.h"
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <utility>
 
 namespace
 {
@@ -254,5 +257,54 @@ TEST_F(ModuleTest, ThousandsOfRoundsLeaveNothingBehind)
     }
     CoFreeUnusedLibraries();
     fRounds(10, 2 << 20, [] { CallExport("DllCanUnloadNow"); });
+}
+// Amplifiers, codecs and controller all silent: each step of the life ends, an inline stream waits once, and freeing
+// takes everything away but the call that is out and the code it returns to.
+TEST_F(ModuleTest, SilentDevicesHoldNothingUp)
+{
+    DeclareMachine("<amplifier name='KELVANE_DEVICE0' hang='yes'/><amplifier name='KELVANE_DEVICE1' hang='yes'/>"
+                   "<codec kind='senary' hang='yes'/><codec kind='everest' hang='yes'/>"
+                   "<controller input='u64Input' hang='yes'/>");
+    const std::string strTuning = machine::Folder() + strDriverFolder + "audio_kelvane_params_default.xml";
+    std::string strText = HostFile(strTuning);
+    for (size_t i = 0; (i = strText.find("{0x0,0x1,", i)) != std::string::npos;)
+        strText.replace(i, 9, "{0x1,0x2,"); // codecs in use, two amplifiers
+    std::ofstream(strTuning) << strText;
+
+    HMODULE hModule = nullptr;
+    auto oStart = std::chrono::steady_clock::now();
+    const auto fStep = [&](const char* pStep)
+    {
+        const auto oEnd = std::chrono::steady_clock::now();
+        EXPECT_LT(oEnd - std::exchange(oStart, oEnd), std::chrono::seconds(10)) << pStep;
+    };
+    hModule = LoadLibraryA("KelvaneAPO");
+    fStep("load");
+    std::vector<FLOAT32> vecIn, vecOut;
+    {
+        CStream oInline(KELVANE_RENDER_OMFX_GUID, 2, 48000);
+        fStep("inline lock");
+        CStream oWorker(KELVANE_RENDER_EFX_GUID, 2, 48000);
+        fStep("worker lock");
+        Play(oInline, 2, 480, 1500, vecIn, vecOut);
+        fStep("three jobs that meet the controller");
+        Play(oWorker, 2, 480, 1100, vecIn, vecOut);
+        EXPECT_EQ(machine::Sent("controller").size(), 2U); // one of each stream
+        EXPECT_EQ(oWorker.m_pConfiguration->UnlockForProcess(), S_OK);
+        EXPECT_EQ(oWorker.Lock(), S_OK);
+        fStep("second lock");
+    }
+    fStep("release");
+    CoFreeUnusedLibraries();
+    FreeLibrary(hModule);
+    EXPECT_NE(GetProcAddress(hModule, "DllCanUnloadNow"), nullptr);
+    machine::CompleteHungRequests();
+    EXPECT_TRUE(WaitFor(
+        [&]
+        {
+            CoFreeUnusedLibraries();
+            return GetProcAddress(hModule, "DllCanUnloadNow") == nullptr;
+        }));
+    fStep("free");
 }
 } // namespace

@@ -2,11 +2,14 @@
 #include "apo/kelvane/apo_kelvane_records.h"
 
 #include <cstring>
+#include <stdexcept>
 
 extern "C"
 {
     int32_t AudioKelvaneGetVersion(const KelvaneVersion** pVersion)
     {
+        if (FAKE_THROWS)
+            throw std::runtime_error("no version");
         static KelvaneVersion oVersion = {"fake", "Fake 7.8.9", "today"};
         if (FAKE_LONG_VERSION)
         {
