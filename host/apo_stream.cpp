@@ -2,7 +2,7 @@
 #include "host/apo_stream.h"
 
 #include "host/host_error.h"
-#include "host/host_machine.h"
+#include "host/rest.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -13,8 +13,6 @@ namespace
 // No module writes this count: tells whether the output record was written.
 constexpr UINT32 UNWRITTEN_FRAME_COUNT = 0xFFFFFFFF;
 constexpr APO_BUFFER_FLAGS UNWRITTEN_FLAGS = BUFFER_INVALID;
-
-constexpr DWORD START_LIMIT_MS = 1000;
 
 void Check(HRESULT hResult, const char* pStep)
 {
@@ -77,7 +75,7 @@ void CApoStream::Activate()
           "CoCreateInstance");
     m_pObject.reset(static_cast<IAudioProcessingObject*>(pObject));
     // The watchers have read the registry before the stream reads their record, so that every run begins alike.
-    host::WaitUntilIdle(START_LIMIT_MS);
+    m_bRested = WaitForRest(m_oSetup.iRestLimitS);
     m_pRealtime = Query<IAudioProcessingObjectRT>(m_pObject.get(), IID_IAudioProcessingObjectRT, "QueryInterface (RT)");
     m_pConfiguration = Query<IAudioProcessingObjectConfiguration>(
         m_pObject.get(), IID_IAudioProcessingObjectConfiguration, "QueryInterface (Configuration)");

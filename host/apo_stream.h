@@ -24,6 +24,7 @@ struct StreamSetup
     int iChannels = 0;           // interleaved
     int iPeriodFrames = 0;       // sample frames per call
     bool bInPlace = false;       // output and input buffer are one
+    int iRestLimitS = 1;         // to wait for the threads that the activation starts
 };
 
 // COM for the life of the object; at its end the module goes down in order.
@@ -45,6 +46,9 @@ public:
     CApoStream(const CApoStream&) = delete;
     CApoStream& operator=(const CApoStream&) = delete;
     ~CApoStream();
+
+    // Whether the threads that the activation started came to rest in time.
+    bool HasRested() const { return m_bRested; }
 
     size_t DataLen() const { return m_vecInput.size(); } // floats of a period
 
@@ -77,5 +81,6 @@ private:
     ComPtr<IAudioProcessingObject> m_pObject;
     ComPtr<IAudioProcessingObjectRT> m_pRealtime;
     ComPtr<IAudioProcessingObjectConfiguration> m_pConfiguration;
+    bool m_bRested = false;
     bool m_bLocked = false;
 };

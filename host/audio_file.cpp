@@ -87,22 +87,24 @@ CAudioReader::CAudioReader(const std::string& strPath, const AudioFormat& oAsked
 
 void CAudioReader::Repeat(int64_t i64FrameCount)
 {
-    m_bRepeat = true;
+    m_i64RepeatFrames = m_i64FrameCount;
     m_i64FrameCount = m_i64Left = i64FrameCount;
 }
 
 size_t CAudioReader::Read(float* pf32Frames, size_t iFrameCount)
 {
-    if (!m_bRepeat)
+    if (m_i64RepeatFrames == 0)
         return ReadAudio(*m_pFile, m_strPath, pf32Frames, iFrameCount);
     const size_t iWanted = static_cast<size_t>(std::min<int64_t>(m_i64Left, static_cast<int64_t>(iFrameCount)));
     size_t iDone = 0;
     while (iDone < iWanted)
     {
         float* const pf32Rest = pf32Frames + iDone * static_cast<size_t>(m_oFormat.iChannels);
-        size_t iRead = ReadAudio(*m_pFile, m_strPath, pf32Rest, iWanted - iDone);
+        // Not more than the file has, for a short read clears what was asked for.
+        const size_t iRest = std::min(iWanted - iDone, static_cast<size_t>(m_i64RepeatFrames));
+        size_t iRead = ReadAudio(*m_pFile, m_strPath, pf32Rest, iRest);
         if (iRead == 0 && RewindAudio(*m_pFile))
-            iRead = ReadAudio(*m_pFile, m_strPath, pf32Rest, iWanted - iDone);
+            iRead = ReadAudio(*m_pFile, m_strPath, pf32Rest, iRest);
         if (iRead == 0)
             throw CHostError(m_strPath + ": can't be read once more");
         iDone += iRead;

@@ -41,8 +41,8 @@ private:
     std::string m_strPath;
     AudioFormat m_oFormat;
     int64_t m_i64FrameCount = 0;
-    int64_t m_i64Left = 0; // frames of a repeated file still to come
-    bool m_bRepeat = false;
+    int64_t m_i64RepeatFrames = 0; // of the file itself, when it comes over and over
+    int64_t m_i64Left = 0;         // frames of a repeated file still to come
     AudioFileHandle m_pFile;
 };
 

@@ -14,7 +14,11 @@ namespace
 {
 
 constexpr const char* PROTECTION_LIBRARY = "Kelvane_x64.dll";
+// Where this value is, a codec driver reports the jack and the module doesn't follow "Headset".
+constexpr const char* CODEC_JACK = "HKLM\\SOFTWARE\\Realtek\\Audio\\RtkAudUService\\Others\\InternalSpeakerOutput";
 constexpr size_t MESSAGES_KEPT = 5;
+// The watch of the module's folder ends by a read that is cancelled, at every stop. Elsewhere it is a fault.
+constexpr const char* STOP_MESSAGE = "ErrorCode:000003E3(995), Read Directory Changes failed!";
 constexpr const char* SET_GIVEN[] = {"Get Parameter from strKey=", "Use Default first Parameter strKey="};
 constexpr const char* TEMPERATURE_GIVEN = "),EC Temperature:"; // hundredths of a degree
 constexpr int PROCESSED_RATES[] = {16000, 22050, 32000, 44100, 48000, 96000};
@@ -52,6 +56,12 @@ void ReadGiven(const std::string& strLine, const CStreamTime& oTime, ModuleLog& 
         oLog.vecTemperatures.push_back({f64Seconds, std::atoi(strNumber.c_str()) / 10});
 }
 
+bool IsBehindEnd(const std::string& strLine, const CStreamTime& oTime)
+{
+    double f64Seconds = 0;
+    return oTime.SecondsOf(strLine.substr(1), f64Seconds) && oTime.IsBehindEnd(f64Seconds);
+}
+
 void ReadLogFile(const fs::path& oPath, const CStreamTime& oTime, ModuleLog& oLog)
 {
     std::ifstream oFile(oPath);
@@ -62,8 +72,13 @@ void ReadLogFile(const fs::path& oPath, const CStreamTime& oTime, ModuleLog& oLo
         const size_t iLevel = std::min(iError, strLine.find("[WARN]:"));
         if (iLevel == std::string::npos)
             continue;
-        ++(iError != std::string::npos ? oLog.i64Errors : oLog.i64Warnings);
         const std::string strMessage = MessageOf(strLine, iLevel);
+        if (strMessage == STOP_MESSAGE && IsBehindEnd(strLine, oTime))
+        {
+            ++oLog.i64StopLines;
+            continue;
+        }
+        ++(iError != std::string::npos ? oLog.i64Errors : oLog.i64Warnings);
         auto& vecMessages = oLog.vecMessages;
         if (vecMessages.size() < MESSAGES_KEPT &&
             std::find(vecMessages.begin(), vecMessages.end(), strMessage) == vecMessages.end())
@@ -121,7 +136,9 @@ std::vector<std::string> FindBypassReasons(int iRate)
         vecReasons.push_back("the module doesn't process " + std::to_string(iRate) + " Hz");
     if (!IsMapped(PROTECTION_LIBRARY))
         vecReasons.push_back("the protection library isn't loaded");
-    if (ReadRegistryNumber("Headset\\HeadsetStatus", 0) != 0)
+    RegistryData oJack;
+    if (!ReadRegistryValue(ParseRegistryValue(CODEC_JACK), oJack) &&
+        ReadRegistryNumber("Headset\\HeadsetStatus", 0) != 0)
         vecReasons.push_back("a headset is plugged (Headset\\HeadsetStatus)");
     if (ReadRegistryNumber("Bypass\\KelvaneStatus", 0) == 1)
         vecReasons.push_back("the bypass switch is on (Bypass\\KelvaneStatus)");

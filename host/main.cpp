@@ -17,15 +17,17 @@ namespace
 constexpr int EXIT_FAILED = 1;
 constexpr int EXIT_USAGE = 2;
 
-void RunPlay(const PlayOptions& oOptions)
+// Whether the run is what it was to be; why not is told when it happens.
+bool RunPlay(const PlayOptions& oOptions)
 {
     const PlayResult oResult = Play(oOptions);
     std::printf("%s", FormatTable(oResult).c_str());
     if (!oOptions.strReport.empty())
         WriteReport(oOptions.strReport, oResult);
+    return oResult.bSettled;
 }
 
-void AddPlay(CLI::App& oApp, PlayOptions& oOptions)
+void AddPlay(CLI::App& oApp, PlayOptions& oOptions, int& iExit)
 {
     CLI::App* pPlay = oApp.add_subcommand("play", "Play an audio file through the module");
     pPlay->add_option("IN", oOptions.strInput, "WAV, FLAC, OGG, or raw 32-bit floats (.f32)")->required();
@@ -58,7 +60,7 @@ void AddPlay(CLI::App& oApp, PlayOptions& oOptions)
     pPlay->add_option("--repeat", oOptions.f64RepeatSeconds, "IN over and over, so many seconds in all")
         ->check(CLI::Range(0.01, 86400.0));
     pPlay->add_option("--report", oOptions.strReport, "Write the report as JSON too");
-    pPlay->callback([&] { RunPlay(oOptions); });
+    pPlay->callback([&] { iExit = RunPlay(oOptions) ? 0 : EXIT_FAILED; });
 }
 
 void AddReg(CLI::App& oApp, std::string& strArgument)
@@ -85,7 +87,9 @@ void AddReg(CLI::App& oApp, std::string& strArgument)
         pCommand->add_option(oCommand.pArgument, strArgument, oCommand.pForm)->required();
         pCommand->callback([&strArgument, pRun = oCommand.pRun] { pRun(strArgument); });
     }
-    pReg->footer("KEY begins with HKEY_LOCAL_MACHINE (HKLM) or another root, or is below HKLM\\SOFTWARE\\ZVAudio.");
+    pReg->footer(
+        "KEY begins with HKEY_LOCAL_MACHINE (HKLM) or another root, or is ZVAudio, which is HKLM\\SOFTWARE\\ZVAudio, "
+        "or is below that.");
 }
 
 void AddRegistration(CLI::App& oApp, std::string& strModule)
@@ -123,11 +127,13 @@ int main(int iArgumentCount, char** ppArguments)
     CLI::App oApp("Plays audio through the speaker protection module, as the audio engine would.", "apohost");
     oApp.allow_windows_style_options(false); // a path may begin with a slash
     oApp.footer(host::MachineNote());
+    oApp.set_version_flag("--version", "apohost " APOHOST_VERSION);
     oApp.require_subcommand(1);
     PlayOptions oOptions;
     std::string strArgument;
     std::string strModule;
-    AddPlay(oApp, oOptions);
+    int iExit = 0;
+    AddPlay(oApp, oOptions, iExit);
     AddReg(oApp, strArgument);
     AddRegistration(oApp, strModule);
     DumpOptions oDumpOptions;
@@ -135,7 +141,7 @@ int main(int iArgumentCount, char** ppArguments)
     try
     {
         oApp.parse(iArgumentCount, ppArguments);
-        return std::fflush(stdout) == 0 ? 0 : EXIT_FAILED;
+        return std::fflush(stdout) == 0 ? iExit : EXIT_FAILED;
     }
     catch (const CLI::ParseError& oError)
     {

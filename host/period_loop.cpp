@@ -4,17 +4,10 @@
 #include "host/host_machine.h"
 #include "host/interrupt.h"
 #include "host/progress.h"
+#include "host/rest.h"
 
 #include <algorithm>
 #include <thread>
-
-namespace
-{
-
-// A thread of the module that takes longer to come to rest waits for something that the host can't hasten.
-constexpr DWORD IDLE_LIMIT_MS = 10000;
-
-} // namespace
 
 CPeriodLoop::CPeriodLoop(PlayResult& oResult, CApoStream& oStream, CProgress& oProgress, int64_t i64Periods)
     : m_oResult(oResult),
@@ -35,6 +28,7 @@ CPeriodLoop::CPeriodLoop(PlayResult& oResult, CApoStream& oStream, CProgress& oP
         WaitUntilIdle();
         host::AdvanceClock(1);
     }
+    CheckStop();
     m_oResult.oStreamTime.Start();
 }
 
@@ -65,7 +59,7 @@ size_t CPeriodLoop::Run(float* pf32Block, size_t iPeriods)
         Collect(pf32Period);
         Settle();
         m_oProgress.Set(++m_oResult.i64Periods);
-        m_oResult.bStopped = IsInterrupted();
+        CheckStop();
     }
     m_oResult.f64Seconds += std::chrono::duration<double>(Clock::now() - tRun).count();
     return iDone;
@@ -113,11 +107,16 @@ void CPeriodLoop::ChangeRegistry()
         WaitUntilIdle();
 }
 
-// Once it took too long, no run is waited for any more.
+// Once it took too long, the samples are anyone's, and the run is over.
 void CPeriodLoop::WaitUntilIdle()
 {
     if (m_oResult.bSettled)
-        m_oResult.bSettled = host::WaitUntilIdle(IDLE_LIMIT_MS);
+        m_oResult.bSettled = WaitForRest();
+}
+
+void CPeriodLoop::CheckStop()
+{
+    m_oResult.bStopped = IsInterrupted() || !m_oResult.bSettled;
 }
 
 // Offline: lets every thread of the module do what the period gave it to do, and then the audio's time pass, so that

@@ -22,8 +22,8 @@ public:
     ~CPeriodLoop();
 
     // Runs iPeriods periods of interleaved floats in pf32Block and puts their output in the same place; zeros where the
-    // module gave none. Ends early on an interrupt. Gives the periods done. Throws CHostError if the registry can't be
-    // changed.
+    // module gave none. Ends early on an interrupt, and when the module's threads don't come to rest. Gives the periods
+    // done. Throws CHostError if the registry can't be changed.
     size_t Run(float* pf32Block, size_t iPeriods);
 
     // Asks once for a bypass, and sums up the times. After the last Run.
@@ -36,6 +36,7 @@ private:
     void Account(Clock::time_point tBegin, Clock::time_point tEnd);
     void ChangeRegistry();
     void WaitUntilIdle();
+    void CheckStop();
     void Settle();
     void Collect(float* pf32Period);
     Clock::time_point StartOf(int64_t i64Period) const;

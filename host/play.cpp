@@ -9,6 +9,7 @@
 #include "host/period_loop.h"
 #include "host/progress.h"
 #include "host/registry_text.h"
+#include "host/rest.h"
 
 #include <algorithm>
 #include <cmath>
@@ -107,6 +108,52 @@ void CheckNotInput(const PlayOptions& oOptions)
         throw CHostError(oOptions.strOutput + ": is the input too; it would be lost");
 }
 
+void TellUnsettled(const PlayResult& oResult)
+{
+    std::fprintf(
+        stderr, "apohost: the module's threads did not come to rest within %d s, %.2f s into the audio; the run ends\n",
+        REST_LIMIT_S,
+        static_cast<double>(oResult.i64Periods) * oResult.oOptions.iPeriodFrames / oResult.oOptions.iRate);
+}
+
+// The stream's whole life. What was played is in the file before the module goes down, for that may take its time; a
+// run that was over before it began leaves the file as it was.
+void PlayStream(PlayResult& oResult, CAudioReader& oReader)
+{
+    PlayOptions& oOptions = oResult.oOptions;
+    const CComApartment oApartment;
+    StreamSetup oSetup{oOptions.bInlineVariant, oOptions.iRate, oOptions.iChannels, oOptions.iPeriodFrames,
+                       oOptions.bInPlace};
+    if (!oOptions.bRealtime)
+        oSetup.iRestLimitS = REST_LIMIT_S;
+    CApoStream oStream(oSetup);
+    oResult.bSettled = oOptions.bRealtime || oStream.HasRested();
+    oResult.bStopped = IsInterrupted() || !oResult.bSettled;
+    if (!oResult.bSettled)
+        TellUnsettled(oResult);
+    if (oResult.bStopped)
+    {
+        oOptions.strOutput.clear();
+        oResult.oStreamTime.Start();
+        oResult.oStreamTime.End();
+        return;
+    }
+    std::optional<CAudioWriter> oWriter;
+    if (!oOptions.strOutput.empty())
+    {
+        CheckNotInput(oOptions);
+        oWriter.emplace(oOptions.strOutput, oReader.Format(), oReader.FrameCount());
+    }
+    RunBlocks(oResult, oStream, oReader, oWriter);
+    if (!oResult.bSettled)
+        TellUnsettled(oResult);
+    if (oWriter)
+        oWriter->Close();
+    if (oResult.bBypassAtEnd)
+        oResult.vecReasons = FindBypassReasons(oOptions.iRate);
+    oResult.oStreamTime.End();
+}
+
 } // namespace
 
 PlayResult Play(const PlayOptions& oOptions)
@@ -119,25 +166,9 @@ PlayResult Play(const PlayOptions& oOptions)
         SetRegistryValue(strSet);
     const COfflineClock oClock(oResult.oOptions.bRealtime);
     PrintMachineErrors();
-    CatchInterrupts();
-    std::optional<CAudioWriter> oWriter;
+    CatchInterrupts(true);
     const auto tBegin = std::filesystem::file_time_type::clock::now();
-    {
-        CComApartment oApartment;
-        const PlayOptions& oComplete = oResult.oOptions;
-        CApoStream oStream({oComplete.bInlineVariant, oComplete.iRate, oComplete.iChannels, oComplete.iPeriodFrames,
-                            oComplete.bInPlace});
-        if (!oOptions.strOutput.empty())
-        {
-            CheckNotInput(oOptions);
-            oWriter.emplace(oOptions.strOutput, oReader.Format(), oReader.FrameCount());
-        }
-        RunBlocks(oResult, oStream, oReader, oWriter);
-        if (oResult.bBypassAtEnd)
-            oResult.vecReasons = FindBypassReasons(oComplete.iRate);
-    }
-    if (oWriter)
-        oWriter->Close();
+    PlayStream(oResult, oReader);
     oResult.oTraffic = ReadTraffic(oResult.oStreamTime);
     oResult.oLog = ReadModuleLog(tBegin - std::chrono::seconds(1), oResult.oStreamTime);
     return oResult;

@@ -58,6 +58,7 @@ struct ModuleLog
     std::string strPath; // empty: none was written
     int64_t i64Errors = 0;
     int64_t i64Warnings = 0;
+    int64_t i64StopLines = 0;             // errors in form, that every stop leaves
     std::vector<std::string> vecMessages; // the first different ones
     // What the library was given, as far as the log's level tells it.
     std::vector<TimedText> vecSets;           // keys of parameter sets, from level 3 on
@@ -70,7 +71,7 @@ struct PlayResult
     int64_t i64InputFrames = 0;
     int64_t i64Periods = 0;
     int64_t i64Late = 0;
-    bool bStopped = false; // interrupted by the person
+    bool bStopped = false; // before the end: interrupted by the person, or not settled
     bool bSettled = true;  // offline: the module's threads came to rest after every period
     double f64Seconds = 0; // the run took
     PeriodTimes oTimes;

@@ -130,7 +130,7 @@ void RegWatch(const std::string& strKey)
     const RegistryPlace oPlace = ParseRegistryKey(strKey);
     KeyHandle hKey = OpenKey(oPlace, KEY_READ);
     const EventHandle hEvent(CreateEventW(nullptr, FALSE, FALSE, nullptr));
-    CatchInterrupts();
+    CatchInterrupts(false);
     RegistryTree oBefore;
     bool bFirst = true;
     while (!IsInterrupted())

@@ -13,7 +13,8 @@ namespace
 {
 
 constexpr const char* TEXT_PREFIX = "text:";
-constexpr const char* DEFAULT_KEY = "SOFTWARE\\ZVAudio";
+constexpr const char* DEFAULT_PARENT = "SOFTWARE";
+constexpr const char* DEFAULT_KEY = "ZVAudio";
 
 struct RegistryRoot
 {
@@ -118,7 +119,8 @@ RegistryPlace ParseRegistryKey(const std::string& strText)
         if (IsSameName(strFirst, oRoot.pLong) || IsSameName(strFirst, oRoot.pShort))
             return {oRoot.hRoot, iFirst == std::string::npos ? "" : strKey.substr(iFirst + 1), ""};
     }
-    return {HKEY_LOCAL_MACHINE, std::string(DEFAULT_KEY) + "\\" + strKey, ""};
+    const std::string strBelow = IsSameName(strFirst, DEFAULT_KEY) ? strKey : DEFAULT_KEY + ("\\" + strKey);
+    return {HKEY_LOCAL_MACHINE, DEFAULT_PARENT + ("\\" + strBelow), ""};
 }
 
 RegistryPlace ParseRegistryValue(const std::string& strText)

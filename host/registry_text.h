@@ -20,7 +20,8 @@ struct RegistryData
     std::vector<BYTE> vecBytes;
 };
 
-// KEY begins with HKEY_LOCAL_MACHINE or another root, short HKLM and so on, or is below HKLM\SOFTWARE\ZVAudio.
+// KEY begins with HKEY_LOCAL_MACHINE or another root, short HKLM and so on, or is
+// ZVAudio itself, HKLM\SOFTWARE\ZVAudio, or is below that.
 // Throws CHostError for an empty key part.
 RegistryPlace ParseRegistryKey(const std::string& strText);
 // KEY\VALUE; the last part is the value's name, "@" or nothing stands for the default value.

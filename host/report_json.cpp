@@ -186,6 +186,7 @@ std::string FormatJson(const PlayResult& oResult)
     oJson.Text("path", oResult.oLog.strPath);
     oJson.Number("errors", oResult.oLog.i64Errors);
     oJson.Number("warnings", oResult.oLog.i64Warnings);
+    oJson.Number("stop_lines", oResult.oLog.i64StopLines);
     oJson.List("messages", oResult.oLog.vecMessages);
     oJson.Close();
     oJson.Close();

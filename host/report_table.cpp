@@ -84,7 +84,11 @@ void AddLog(std::string& strTable, const ModuleLog& oLog)
     }
     AddRow(strTable, "module log",
            Count(static_cast<size_t>(oLog.i64Errors), "error", "errors") + ", " +
-               Count(static_cast<size_t>(oLog.i64Warnings), "warning", "warnings") + ": " + oLog.strPath);
+               Count(static_cast<size_t>(oLog.i64Warnings), "warning", "warnings") +
+               (oLog.i64StopLines > 0
+                    ? ", " + Count(static_cast<size_t>(oLog.i64StopLines), "line of its stop", "lines of its stop")
+                    : "") +
+               ": " + oLog.strPath);
     for (const std::string& strMessage : oLog.vecMessages)
         AddRow(strTable, "", strMessage);
 }
@@ -113,8 +117,6 @@ std::string FormatTable(const PlayResult& oResult)
     AddLevel(strTable, "output", oResult.oOutputLevel);
     if (!oOptions.strOutput.empty())
         AddRow(strTable, "written", oOptions.strOutput);
-    if (!oResult.bSettled)
-        AddRow(strTable, "note", "the module's threads did not come to rest; another run may give other samples");
     for (const ReportRow& oRow : TrafficRows(oResult))
         AddRow(strTable, oRow.strLabel.c_str(), oRow.strText);
     AddLog(strTable, oResult.oLog);

@@ -24,6 +24,16 @@ void CStreamTime::Start()
     GetLocalTime(&m_stLocal);
 }
 
+void CStreamTime::End()
+{
+    SYSTEMTIME stLocal{};
+    GetLocalTime(&stLocal);
+    FILETIME stStart{};
+    FILETIME stEnd{};
+    if (SystemTimeToFileTime(&m_stLocal, &stStart) && SystemTimeToFileTime(&stLocal, &stEnd))
+        m_f64End = SecondsBetween(stStart, stEnd);
+}
+
 double CStreamTime::SecondsOf(const FILETIME& stUtc) const
 {
     return SecondsBetween(m_stUtc, stUtc);

@@ -13,6 +13,7 @@
 #include <fstream>
 #include <set>
 #include <sstream>
+#include <sys/stat.h>
 #include <sys/wait.h>
 
 namespace fs = std::filesystem;
@@ -24,6 +25,48 @@ struct ProgramRun
 {
     int iExit = -1;
     std::string strOut; // both outputs
+};
+
+// A program that goes on while the test does.
+class RunningProgram
+{
+public:
+    explicit RunningProgram(const std::string& strCommand)
+        : m_pOut(popen(("echo $$; exec env " + strCommand + " 2>&1").c_str(), "r")), m_iProcess(std::stoi(Line()))
+    {
+    }
+
+    // The next line of its outputs; empty behind the last.
+    std::string Line() const
+    {
+        char cLine[512] = {};
+        return std::fgets(cLine, sizeof(cLine), m_pOut) != nullptr ? cLine : "";
+    }
+
+    RunningProgram(const RunningProgram&) = delete;
+    RunningProgram& operator=(const RunningProgram&) = delete;
+    ~RunningProgram()
+    {
+        if (m_pOut == nullptr)
+            return;
+        Kill(SIGKILL); // a check failed
+        End();
+    }
+
+    void Kill(int iSignal) const { kill(m_iProcess, iSignal); }
+
+    // Takes what it still tells, for a closed pipe would kill it; gives the status that waiting for it gives.
+    int End()
+    {
+        while (!Line().empty())
+        {
+        }
+        return pclose(std::exchange(m_pOut, nullptr));
+    }
+
+private:
+    FILE* m_pOut;
+    const pid_t m_iProcess;
 };
 
 class HostProgram : public MachineTest
@@ -88,6 +131,15 @@ protected:
         return vecData;
     }
 
+    // The dump of what went in, with samples; empty without.
+    static std::string FindDump()
+    {
+        for (const auto& oEntry : fs::directory_iterator(Path("c/programdata/ZVAudio/KelvaneAPO")))
+            if (oEntry.path().filename().string().rfind("KelvaneAPO_PostDataIn_P", 0) == 0 && oEntry.file_size() > 0)
+                return oEntry.path().string();
+        return "";
+    }
+
     static void ExpectParts(const std::string& strText, std::initializer_list<const char*> vecParts)
     {
         for (const char* pPart : vecParts)
@@ -105,9 +157,8 @@ TEST_F(HostProgram, BothVariantsGiveTheirStreamAndTellTheirPath)
     const std::vector<float> vecIn = WriteInput(2 * (20 * 480 + 100));
     ExpectParts(Play("--variant omfx"),
                 {"\"periods\": 21", "\"same_as_input\": 21", "\"bypassed_at_end\": false", "\"lead_in_periods\": 0",
-                 // No such driver, no such value; the folder's watch ends with the module.
-                 "\"errors\": 2", "\"warnings\": 1", "RtkAudUService", "InternalSpeakerOutput",
-                 "ErrorCode:000003E3(995)"});
+                 // The codec driver reports the jack; the folder's watch ends with the module.
+                 "\"errors\": 0", "\"warnings\": 1", "\"stop_lines\": 1", "\"Realtek InternalSpeakerOutput exist!"});
     EXPECT_EQ(ReadOutput(), vecIn);
 
     const size_t iLeadIn = 3 * 960;
@@ -237,34 +288,55 @@ TEST_F(HostProgram, AFaultInTheRegistryFileIsToldWithItsLine)
 
 TEST_F(HostProgram, AWatchTellsWhatAnotherProgramSets)
 {
-    FILE* pOut = popen(("echo $$; exec env " + m_strProgram + "reg watch Volume").c_str(), "r");
-    char cLine[256] = {};
-    ASSERT_NE(std::fgets(cLine, sizeof(cLine), pOut), nullptr);
-    const pid_t iProgram = std::atoi(cLine);
-    ASSERT_NE(std::fgets(cLine, sizeof(cLine), pOut), nullptr);
+    RunningProgram oWatch(m_strProgram + "reg watch Volume");
+    oWatch.Line(); // it watches
     EXPECT_EQ(Run("reg set 'Volume\\Speaker\\VolumeNum=31'").iExit, 0);
-    ASSERT_NE(std::fgets(cLine, sizeof(cLine), pOut), nullptr);
-    EXPECT_STREQ(cLine, "~ Speaker\\VolumeNum = 31 (0x0000001F), was 50 (0x00000032)\n");
+    EXPECT_EQ(oWatch.Line(), "~ Speaker\\VolumeNum = 31 (0x0000001F), was 50 (0x00000032)\n");
     SetRegistryValue("Volume\\New\\Text=loud");
-    ASSERT_NE(std::fgets(cLine, sizeof(cLine), pOut), nullptr);
-    EXPECT_STREQ(cLine, "+ New\\\n");
-    kill(iProgram, SIGINT);
-    while (std::fgets(cLine, sizeof(cLine), pOut) != nullptr)
-        ; // what it still tells; a closed pipe would kill it
-    EXPECT_EQ(pclose(pOut), 0);
-    ExpectParts(Run("reg list Volume").strOut,
-                {"ZVAudio\\Volume\n", "  New\\Text = \"loud\"\n", "  Speaker\\VolumeDB = \"-10.5\""});
+    EXPECT_EQ(oWatch.Line(), "+ New\\\n");
+    oWatch.Kill(SIGINT);
+    EXPECT_EQ(oWatch.End(), 0);
+    ExpectParts(Run("reg list ZVAudio").strOut,
+                {"SOFTWARE\\ZVAudio\n", "  Volume\\New\\Text = \"loud\"\n", "  Volume\\Speaker\\VolumeDB = \"-10.5\""});
+}
+
+// The event log's file takes nothing until somebody reads it: the module's event worker hangs from the load on.
+TEST_F(HostProgram, AHungModuleKeepsNeitherTheOutputNorTheProgram)
+{
+    WriteInput(2 * 4800);
+    fs::remove(Path("eventlog.txt"));
+    ASSERT_EQ(mkfifo(Path("eventlog.txt").c_str(), 0600), 0);
+    const std::string strPlay = m_strProgram + "play " + Path("in.f32") + " " + Path("out.wav");
+    RunningProgram oRealtime(strPlay + " --realtime --repeat 600 --set 'Dump\\DumpLevel=1'");
+    ASSERT_TRUE(WaitFor([] { return !FindDump().empty(); })) << "no period was played";
+    oRealtime.Kill(SIGTERM);
+    EXPECT_EQ(oRealtime.Line(), "apohost: stopping; once more ends it at once\n");
+    // Whole, while the module's way down waits for its worker: its length stands in its head.
+    const auto fLength = []
+    {
+        std::ifstream oFile(Path("out.wav"), std::ios::binary);
+        uint32_t aHead[2] = {};
+        oFile.read(reinterpret_cast<char*>(aHead), sizeof(aHead));
+        return aHead[1] + sizeof(aHead);
+    };
+    EXPECT_TRUE(WaitFor([&] { return fLength() > 3840 && fLength() == fs::file_size(Path("out.wav")); }));
+    oRealtime.Kill(SIGINT);
+    const int iStatus = oRealtime.End();
+    EXPECT_TRUE(WIFSIGNALED(iStatus) && WTERMSIG(iStatus) == SIGINT) << iStatus;
+
+    fs::remove(Path("out.wav"));
+    RunningProgram oOffline(strPlay);
+    ExpectParts(oOffline.Line(), {"did not come to rest within 10 s"});
+    const std::fstream oReader(Path("eventlog.txt"), std::ios::in | std::ios::out);
+    EXPECT_EQ(WEXITSTATUS(oOffline.End()), 1);
+    EXPECT_FALSE(fs::exists(Path("out.wav"))) << "nothing was played";
 }
 
 TEST_F(HostProgram, ADumpOfTheInputSoundsLikeTheInput)
 {
     const std::vector<float> vecInput = WriteInput(20 * 960);
     Play("--set 'Dump\\DumpLevel=1'");
-    std::string strDump;
-    for (const auto& oEntry : fs::directory_iterator(Path("c/programdata/ZVAudio/KelvaneAPO")))
-        if (oEntry.path().filename().string().rfind("KelvaneAPO_PostDataIn_P", 0) == 0)
-            strDump = oEntry.path().string();
-    const ProgramRun oRun = Run("dump2wav '" + strDump + "' " + Path("out.wav"));
+    const ProgramRun oRun = Run("dump2wav '" + FindDump() + "' " + Path("out.wav"));
     ASSERT_EQ(oRun.iExit, 0) << oRun.strOut;
     CAudioReader oReader(Path("out.wav"), {48000, 2});
     std::vector<float> vecDumped(vecInput.size() + 2);
