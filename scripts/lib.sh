@@ -1,6 +1,6 @@
 # What the scripts share: installing what a step needs, building a preset, the sources of the Windows build. Sourced, not run.
 set -euo pipefail
-root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+root=$(cd -P "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 cd "$root"
 
 as_root() {
@@ -23,20 +23,37 @@ need_native() {
     need g++ cmake ninja-build pkg-config libtinyxml2-dev libgtest-dev libbenchmark-dev libcli11-dev libsndfile1-dev
 }
 
-# build PRESET [TARGET...]: configures once, builds quietly unless something fails.
+# build PRESET [TARGET...]: configures once, builds what is missing, tells how far it is; all else only if something fails.
 build() {
     local preset=$1 targets=() target
     shift
     for target in "$@"; do targets+=(--target "$target"); done
     mkdir -p "build/$preset"
     local log=build/$preset.log
-    if ! { cmake --preset "$preset" "${configure_arguments[@]}" && cmake --build --preset "$preset" "${targets[@]}"; } >"$log" 2>&1; then
+    [ -f "build/$preset/build.ninja" ] || echo "Building in build/$preset for the first time, which takes a minute or two" >&2
+    if ! { cmake --preset "$preset" "${configure_arguments[@]}" && cmake --build --preset "$preset" "${targets[@]}"; } 2>&1 |
+        tee "$log" | tell_steps; then
         tail -n 60 "$log"
         echo "The build of $preset failed; all of it stands in $log" >&2
         return 1
     fi
 }
 configure_arguments=()
+
+# Tells of a long build, read from stdin, each tenth of its steps; on a terminal each step, in one line.
+tell_steps() {
+    local line told=0 end='\n' drawn=
+    [ -t 2 ] && end=' \r'
+    while IFS= read -r line; do
+        [[ $line =~ ^\[([0-9]+)/([0-9]+)\] ]] || continue
+        local done=${BASH_REMATCH[1]} all=${BASH_REMATCH[2]}
+        [ "$all" -ge 20 ] || continue
+        [ "$end" = '\n' ] && [ $((done * 10 / all)) = "$told" ] && continue
+        told=$((done * 10 / all)) drawn=1
+        printf "Building: step %d of %d$end" "$done" "$all" >&2
+    done
+    [ -z "$drawn" ] || [ "$end" = '\n' ] || printf '%40s\r' '' >&2
+}
 
 # source_of PACKAGE: prints the folder of the distribution's source of a package, unpacked below build/sources.
 source_of() {
