@@ -64,8 +64,8 @@ bool LookUpSid(const std::wstring& strLoginName, PSID pSid)
     DWORD dwSidLen = RECORD_ROOM;
     DWORD dwDmLen = NAME_ROOM;
     SID_NAME_USE sn{};
-    return AUDIO_CHECK_WIN(LookupAccountName(nullptr, strLoginName.c_str(), pSid, &dwSidLen, szDomainName, &dwDmLen,
-                                             &sn)) == 0;
+    return AUDIO_CHECK_WIN(
+               LookupAccountName(nullptr, strLoginName.c_str(), pSid, &dwSidLen, szDomainName, &dwDmLen, &sn)) == 0;
 }
 } // namespace
 

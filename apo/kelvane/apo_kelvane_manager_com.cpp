@@ -37,8 +37,8 @@ HRESULT CKelvaneManager::GetClassObject(REFCLSID rclsid, REFIID riid, void** ppv
     return AUDIO_CHECK(pFactory->QueryInterface(iid, ppv));
 }
 
-// A failed registration undoes itself, and the caller hears the result of the undoing. Without the module's name nothing
-// is written that could be undone.
+// A failed registration undoes itself, and the caller hears the result of the undoing. Without the module's name
+// nothing is written that could be undone.
 HRESULT CKelvaneManager::RegisterAllFX()
 {
     const std::string strModuleName = CAudioSYS::GetModuleBaseName(m_hInstance);
