@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <mutex>
-#include <new>
 #include <string>
 #include <utility>
 
@@ -56,8 +55,7 @@ int CBaseEngine::InputStandardFrameToQueue(const FLOAT32* pMicInputFrames, const
 
 int CBaseEngine::PushInputFrame(const FLOAT32* pMicInputFrames, int iAlgoDataLen, int i)
 {
-    CAudioFrame oFrame{std::unique_ptr<FLOAT32[]>(new (std::nothrow) FLOAT32[static_cast<size_t>(iAlgoDataLen)]),
-                       iAlgoDataLen};
+    CAudioFrame oFrame{NewFloats(iAlgoDataLen), iAlgoDataLen};
     FLOAT32* const pInputDataIn = oFrame.pData.get();
     if (AUDIO_MISSING(pInputDataIn, 13))
         return 13;

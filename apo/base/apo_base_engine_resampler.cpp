@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <iterator>
 #include <memory>
-#include <new>
 #include <string>
 
 namespace
@@ -38,11 +37,6 @@ const RateConversion* FindConversion(int iSampleRate)
         return pFound;
     AUDIOLOG_WARN("Not define frame sample " + std::to_string(iSampleRate));
     return nullptr;
-}
-
-std::unique_ptr<FLOAT32[]> NewFloats(int iDataLen)
-{
-    return std::unique_ptr<FLOAT32[]>(new (std::nothrow) FLOAT32[static_cast<size_t>(iDataLen)]);
 }
 
 // What a block that can't be copied becomes, if there is room for it at all: the stream keeps its time.

@@ -7,18 +7,12 @@
 #include <algorithm>
 #include <cmath>
 #include <mutex>
-#include <new>
 #include <string>
 #include <utility>
 
 namespace
 {
 constexpr int iLeadInBlockCount = 3; // blocks of silence ahead of a stream whose system frames aren't whole blocks
-
-std::unique_ptr<FLOAT32[]> NewFloats(int iDataLen)
-{
-    return std::unique_ptr<FLOAT32[]>(new (std::nothrow) FLOAT32[static_cast<size_t>(std::max(iDataLen, 0))]);
-}
 
 // Sample frames of 10 ms; halves away from zero, so 221 at 22050 Hz.
 int PerSampleFrameLen(int iSampleRate)

@@ -5,6 +5,11 @@
 #include <new>
 #include <utility>
 
+std::unique_ptr<FLOAT32[]> NewFloats(int iDataLen)
+{
+    return std::unique_ptr<FLOAT32[]>(new (std::nothrow) FLOAT32[static_cast<size_t>(std::max(iDataLen, 0))]);
+}
+
 bool CAudioFrameQueue::Push(CAudioFrame oFrame) noexcept
 {
     if (static_cast<size_t>(m_iCount) == m_vecFrame.size() && !Grow())

@@ -10,6 +10,9 @@
 #include <memory>
 #include <vector>
 
+// Not initialised; null without memory. A negative length counts as 0.
+std::unique_ptr<FLOAT32[]> NewFloats(int iDataLen);
+
 // One queued frame, one heap block; null data means no frame.
 struct CAudioFrame
 {
