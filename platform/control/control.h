@@ -30,6 +30,10 @@ bool WaitUntilIdle(DWORD dwMilliseconds);
 size_t LiveWork();
 size_t LiveHandles();
 
+// Calls of this thread so far that may wait, or that ask a file, the registry, a device or another process; on Windows
+// those of them that are led through here. The critical sections' waits aren't counted.
+size_t CallsThatMayWait();
+
 // What the process holds: bytes of memory; natively handles and pool work, on Windows threads, by which it is seen when
 // a module's are all gone.
 struct Footprint

@@ -56,6 +56,11 @@ size_t control::LiveHandles()
     return machine::LiveHandles();
 }
 
+size_t control::CallsThatMayWait()
+{
+    return machine::CallsThatMayWait();
+}
+
 control::Footprint control::GetFootprint()
 {
     std::ifstream oFile("/proc/self/statm");

@@ -206,18 +206,41 @@ std::string Escape(const std::string& strText)
     return strEscaped;
 }
 
+// --- Calls that may wait, by thread: the slot holds their number
+
+const DWORD g_dwMayWait = TlsAlloc() + 1; // one more than the slot; 0 for calls before this file's start
+
+size_t CountOfThread()
+{
+    return g_dwMayWait != 0 ? reinterpret_cast<UINT_PTR>(TlsGetValue(g_dwMayWait - 1)) : 0;
+}
+
+void CountCallThatMayWait()
+{
+    if (g_dwMayWait != 0)
+        TlsSetValue(g_dwMayWait - 1, reinterpret_cast<void*>(static_cast<UINT_PTR>(CountOfThread() + 1)));
+}
+
 // --- What each import does on its way: nothing, but for these
 
 template <class F> struct Pass;
 template <class R, class... A> struct Pass<R (*)(A...)>
 {
-    static R Call(R (*fnReal)(A...), A... oArguments) { return fnReal(oArguments...); }
+    static R Call(R (*fnReal)(A...), A... oArguments)
+    {
+        CountCallThatMayWait();
+        return fnReal(oArguments...);
+    }
 };
 
 template <class F> struct Open;
 template <class R, class... A> struct Open<R (*)(A...)>
 {
-    static R Call(R (*fnReal)(A...), A... oArguments) { return Opened(fnReal(oArguments...)); }
+    static R Call(R (*fnReal)(A...), A... oArguments)
+    {
+        CountCallThatMayWait();
+        return Opened(fnReal(oArguments...));
+    }
 };
 
 template <class F> struct Close
@@ -285,6 +308,7 @@ template <class F> struct Wait
 {
     static DWORD Call(F fnReal, HANDLE hObject, DWORD dwMilliseconds)
     {
+        CountCallThatMayWait();
         if (!IsPoolThread())
             return fnReal(hObject, dwMilliseconds);
         DWORD dwResult = WAIT_TIMEOUT; // of the first asking, which may have taken the signal
@@ -443,7 +467,11 @@ IMPORT(Clock, "kernel32", GetLocalTime, 0, false)
 IMPORT(Power, "kernel32", GetSystemPowerStatus, 0, false)
 IMPORT(Pass, "kernel32", DeleteFileA, 0, false)
 IMPORT(Pass, "kernel32", GetModuleFileNameA, 0, false)
+IMPORT(Pass, "kernel32", GetFileAttributesA, -1, false)
+IMPORT(Pass, "kernel32", Sleep, 0, false)
 IMPORT(Pass, "msvcrt", fopen_s, 0, true)
+IMPORT(Pass, "advapi32", RegOpenKeyExA, 0, true)
+IMPORT(Pass, "advapi32", RegQueryValueExA, 0, true)
 IMPORT(Pass, "advapi32", RegNotifyChangeKeyValue, 0, true)
 IMPORT(Pass, "advapi32", RegSetValueExW, 0, true)
 IMPORT(Source, "advapi32", RegisterEventSourceA, 0, false)
@@ -514,6 +542,11 @@ bool control::WaitUntilIdle(DWORD dwMilliseconds)
         Sleep(1);
     }
     return true;
+}
+
+size_t control::CallsThatMayWait()
+{
+    return CountOfThread();
 }
 
 size_t control::LiveWork()

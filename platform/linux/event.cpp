@@ -85,7 +85,7 @@ HANDLE OpenEventW(DWORD, BOOL, LPCWSTR lpName)
 
 BOOL SetEvent(HANDLE hEvent)
 {
-    if (IsToldToFail("SetEvent"))
+    if (IsToldToFail("SetEvent", false))
         return FALSE;
     const std::shared_ptr<CKernelEvent> pEvent = KernelObjectAs<CKernelEvent>(hEvent);
     if (pEvent == nullptr)

@@ -1,4 +1,4 @@
-// Armed failures of system calls.
+// Armed failures of system calls, and the count of those that may wait.
 #include "platform/linux/failure.h"
 
 #include "platform/linux/machine.h"
@@ -17,6 +17,7 @@ struct CArmedFailure
 };
 
 std::atomic<bool> g_bAnyArmed{false};
+thread_local size_t t_iCallsThatMayWait = 0;
 
 struct CArmedFailures
 {
@@ -31,8 +32,20 @@ CArmedFailures& ArmedFailures()
 }
 } // namespace
 
-bool IsToldToFail(const char* pCall)
+void CountCallThatMayWait()
 {
+    ++t_iCallsThatMayWait;
+}
+
+size_t machine::CallsThatMayWait()
+{
+    return t_iCallsThatMayWait;
+}
+
+bool IsToldToFail(const char* pCall, bool bMayWait)
+{
+    if (bMayWait)
+        CountCallThatMayWait();
     if (!g_bAnyArmed.load(std::memory_order_relaxed))
         return false;
     CArmedFailures& oFailures = ArmedFailures();

@@ -46,6 +46,7 @@ bool IsFolder(FILE* pFile)
 
 DWORD GetFileAttributesA(LPCSTR lpFileName)
 {
+    CountCallThatMayWait();
     if (lpFileName == nullptr || lpFileName[0] == 0)
     {
         SetLastError(ERROR_PATH_NOT_FOUND);

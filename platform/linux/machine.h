@@ -58,6 +58,10 @@ bool WaitUntilIdle(DWORD dwMilliseconds = INFINITE);
 void FailNext(const std::string& strCall, DWORD dwError, int iTimes = 1, int iSkip = 0);
 void ClearFailures();
 
+// Calls of this thread so far that may wait, or that ask a file, the registry, a device or another process: what the
+// processing thread of a running stream leaves to others. The critical sections' waits aren't counted.
+size_t CallsThatMayWait();
+
 // Open kernel handles (events, searches) of this process.
 size_t LiveHandles();
 // Thread pool work objects that were created and not yet gone.

@@ -68,7 +68,7 @@ SYSTEM_POWER_STATUS ReadSupplies()
 
 BOOL GetSystemPowerStatus(LPSYSTEM_POWER_STATUS lpSystemPowerStatus)
 {
-    if (IsToldToFail("GetSystemPowerStatus"))
+    if (IsToldToFail("GetSystemPowerStatus", false))
         return FALSE;
     const std::optional<SYSTEM_POWER_STATUS> oDeclared = CDeviceBus::Instance().Power();
     const std::lock_guard<std::mutex> oLock(g_oPowerMutex);

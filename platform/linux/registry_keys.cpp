@@ -1,6 +1,7 @@
 // The registry of this process: its open keys, their rights and watches, over the machine's file.
 #include "platform/linux/registry_keys.h"
 
+#include "platform/linux/failure.h"
 #include "platform/linux/machine.h"
 
 #include <algorithm>
@@ -64,6 +65,7 @@ void OpenRegistryKey::Signal()
 
 CRegistry& CRegistry::Instance()
 {
+    CountCallThatMayWait();                      // every call of the registry comes by
     static CRegistry* pRegistry = new CRegistry; // threads may still come after the program's end began
     return *pRegistry;
 }

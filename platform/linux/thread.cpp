@@ -1,4 +1,6 @@
 // Threads: identity, sleep, priority.
+#include "platform/linux/failure.h"
+
 #include <windows.h>
 
 #include <pthread.h>
@@ -56,6 +58,7 @@ DWORD GetCurrentProcessId()
 
 void Sleep(DWORD dwMilliseconds)
 {
+    CountCallThatMayWait();
     if (dwMilliseconds == 0)
     {
         sched_yield();

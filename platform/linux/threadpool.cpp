@@ -167,6 +167,7 @@ void SubmitThreadpoolWork(PTP_WORK pwk)
 
 void WaitForThreadpoolWorkCallbacks(PTP_WORK pwk, BOOL fCancelPendingCallbacks)
 {
+    CountCallThatMayWait();
     CPool& oPool = Pool();
     CKernelLock oLock(KernelMutex());
     const CWorkReference pWork = pwk->m_pSelf;

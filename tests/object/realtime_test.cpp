@@ -1,4 +1,5 @@
-// The real-time contract of one call, counted: heap blocks on the processing thread, with the log off.
+// The real-time contract of one call, counted on the processing thread with the log off: heap blocks, and calls that
+// may wait. And what a call does without a block.
 #include "apo/kelvane/apo_kelvane_factory.h"
 #include "apo/kelvane/apo_kelvane_postefx.h"
 #include "platform/control/control.h"
@@ -6,15 +7,18 @@
 #include "tests/support/apo_connections.h"
 
 #include <cstdlib>
+#include <mutex>
 #include <new>
+#include <optional>
 
 static thread_local int iTaken = 0;    // blocks that this thread took
-static thread_local int iRefused = -1; // the one that it doesn't get
+static thread_local int iRefused = -1; // the block to come that it doesn't get, 0 the next; none below 0
 
 // Every form that the module uses, for a sanitizer's runtime has array forms of its own.
 [[gnu::noinline]] void* operator new(size_t iSize, const std::nothrow_t&) noexcept
 {
-    if (iTaken++ == iRefused)
+    ++iTaken;
+    if (iRefused >= 0 && iRefused-- == 0)
         return nullptr;
     return std::malloc(iSize != 0 ? iSize : 1);
 }
@@ -49,9 +53,23 @@ void operator delete[](void* pBlock, size_t) noexcept
     operator delete(pBlock);
 }
 
-using RealtimeTest = EngineTest;
+class RealtimeTest : public EngineTest
+{
+protected:
+    void SetUp() override
+    {
+        EngineTest::SetUp();
+        control::SetPowerStatus({1, 0, 100, 0, 0, 0}); // the real one costs the layer blocks of its own
+    }
+    static ApoObject<CKelvanePostEFX> Open(const APO_REG_PROPERTIES* pProperties, FLOAT32 f32Rate)
+    {
+        return OpenObject(new CKelvanePostEFX(nullptr, pProperties), 2, f32Rate);
+    }
+    const APO_REG_PROPERTIES* const m_pWorker = CKelvaneClassFactory::KelvanePostEFX_Property;
+    const APO_REG_PROPERTIES* const m_pInline = CKelvaneClassFactory::KelvanePostOMFX_Property;
+};
 
-TEST_F(RealtimeTest, ACallTakesABlockForEachFrameItQueuesAndBuildsNoText)
+TEST_F(RealtimeTest, ACallTakesABlockForEachFrameItQueuesBuildsNoTextAndWaitsForNothing)
 {
     const struct
     {
@@ -61,71 +79,86 @@ TEST_F(RealtimeTest, ACallTakesABlockForEachFrameItQueuesAndBuildsNoText)
         UINT32 u32FrameCount;
         int iMost; // heap blocks that the dearest call takes
     } aCases[] = {
-        {"EFX: two standard frames", CKelvaneClassFactory::KelvanePostEFX_Property, 48000, 480, 2},
-        {"EFX 44.1 kHz", CKelvaneClassFactory::KelvanePostEFX_Property, 44100, 441, 10},
-        {"OMFX: frames in, block, frame out", CKelvaneClassFactory::KelvanePostOMFX_Property, 48000, 480, 4},
-        {"OMFX 44.1 kHz", CKelvaneClassFactory::KelvanePostOMFX_Property, 44100, 441, 18},
+        {"EFX: two standard frames", m_pWorker, 48000, 480, 2},
+        {"EFX 44.1 kHz", m_pWorker, 44100, 441, 10},
+        {"OMFX: frames in, block, frame out", m_pInline, 48000, 480, 4},
+        {"OMFX 44.1 kHz", m_pInline, 44100, 441, 18},
     };
-    control::SetPowerStatus({1, 0, 100, 0, 0, 0}); // the real one costs the layer blocks of its own
     for (const auto& oCase : aCases)
     {
         SCOPED_TRACE(oCase.pName);
-        const auto pObject = OpenObject(new CKelvanePostEFX(nullptr, oCase.pProperties), 2, oCase.f32Rate);
+        const auto pObject = Open(oCase.pProperties, oCase.f32Rate);
         CPeriod oPeriod(2, oCase.u32FrameCount);
         int iMost = 0;
+        size_t iMayWait = 0;
         for (int i = 0; i < 520; ++i) // a whole round of the periodic lines
         {
             iTaken = 0;
+            const size_t iBefore = control::CallsThatMayWait();
             oPeriod.Run(*pObject);
             const int iTakenHere = iTaken;
-            if (oCase.pProperties == CKelvaneClassFactory::KelvanePostEFX_Property)
+            iMayWait += control::CallsThatMayWait() - iBefore;
+            if (oCase.pProperties == m_pWorker)
                 WaitForWorkers();
             iMost = i < 8 ? 0 : std::max(iMost, iTakenHere); // behind lead-in and caches
         }
         EXPECT_EQ(iMost, oCase.iMost);
+        EXPECT_EQ(iMayWait, 0U);
         EXPECT_TRUE(CPeriod::IsAll(oPeriod.m_vecOutput, 1));
     }
 }
 
-// Each block of a lock and its first periods in turn can't be had: no call is lost on it, nor the object.
-TEST_F(RealtimeTest, ARefusedBlockCostsALockOrAPeriodAtMost)
+TEST_F(RealtimeTest, ALateWorkerIsNotWaitedFor)
 {
-    StartLog(AUDIO_LEVEL_INFO);
-    CFormatPair oFormats(2, 44100);
-    for (const APO_REG_PROPERTIES* pProperties :
-         {CKelvaneClassFactory::KelvanePostEFX_Property, CKelvaneClassFactory::KelvanePostOMFX_Property})
+    const auto pObject = Open(m_pWorker, 48000);
+    std::mutex oHold;
+    m_oLibrary.fnApply = [&](const KelvaneDataStruct&) { const std::lock_guard<std::mutex> oGuard(oHold); };
+    CPeriod oPeriod(2, 480);
     {
-        int iMet = 1;
-        for (int iBlock = 0; iBlock < iMet; ++iBlock)
-        {
-            SCOPED_TRACE(iBlock);
-            const auto pObject = OpenObject(new CKelvanePostEFX(nullptr, pProperties), 2, 44100);
-            EXPECT_EQ(pObject->UnlockForProcess(), S_OK);
-            iMet = 0;
-            const auto fnRefuse = [&](const auto& fnCall)
-            {
-                iTaken = iMet;
-                iRefused = iBlock;
-                fnCall();
-                iRefused = -1;
-                iMet = iTaken;
-            };
-            HRESULT hLock = S_OK;
-            fnRefuse([&] { hLock = oFormats.Lock(*pObject); });
-            ASSERT_TRUE(hLock == S_OK || (hLock == E_OUTOFMEMORY && oFormats.Lock(*pObject) == S_OK));
-            CPeriod oPeriod(2, 441), oLater(2, 441);
-            for (int i = 0; i < 6; ++i)
-            {
-                oPeriod.m_oOutput.u32ValidFrameCount = 0;
-                fnRefuse([&] { oPeriod.Run(*pObject); });
-                ASSERT_EQ(oPeriod.m_oOutput.u32ValidFrameCount, 441U);
-            }
-            EXPECT_EQ(pObject->UnlockForProcess(), S_OK);
-            ASSERT_EQ(oFormats.Lock(*pObject), S_OK);
-            for (int i = 0; i < 5; ++i, WaitForWorkers())
-                oLater.Run(*pObject);
-            ASSERT_TRUE(CPeriod::IsAll(oLater.m_vecOutput, 1));
-        }
-        EXPECT_GT(iMet, 50);
+        const std::lock_guard<std::mutex> oGuard(oHold);
+        oPeriod.Run(*pObject);
+        const size_t iBefore = control::CallsThatMayWait();
+        for (int i = 0; i < 8; ++i)
+            oPeriod.Run(*pObject);
+        EXPECT_EQ(control::CallsThatMayWait(), iBefore);
+        EXPECT_TRUE(CPeriod::IsAll(oPeriod.m_vecOutput, 0));
     }
+    WaitForWorkers();
+}
+
+// Each block that a call asks for is refused once, in the first period and in a later one.
+TEST_F(RealtimeTest, ARefusedBlockCostsAudioButNeitherTheRecordNorTheStream)
+{
+    const struct
+    {
+        FLOAT32 f32Rate;
+        UINT32 u32FrameCount;
+    } aFormats[] = {{48000, 480}, {48000, 441}, {44100, 441}, {22050, 441}, {16000, 160}};
+    CPeriod(2, 480).Run(*Open(m_pWorker, 48000)); // has the module's singletons made
+    for (const APO_REG_PROPERTIES* pProperties : {m_pWorker, m_pInline})
+        for (const auto& oFormat : aFormats)
+            for (const int iBefore : {0, 8})
+            {
+                int iBlock = 0;
+                for (bool bRefused = true; bRefused; ++iBlock)
+                {
+                    SCOPED_TRACE(std::to_string(oFormat.f32Rate) + (pProperties == m_pInline ? " inline" : " worker") +
+                                 ", block " + std::to_string(iBlock) + " behind " + std::to_string(iBefore));
+                    const auto pObject = Open(pProperties, oFormat.f32Rate);
+                    std::optional<CPeriod> pPeriod;
+                    for (int i = 0; i < iBefore + 17; ++i)
+                    {
+                        pPeriod.emplace(2, oFormat.u32FrameCount);
+                        iRefused = i == iBefore ? iBlock : -1;
+                        pPeriod->Run(*pObject);
+                        bRefused = i == iBefore ? iRefused < 0 : bRefused;
+                        iRefused = -1;
+                        WaitForWorkers();
+                        EXPECT_EQ(pPeriod->m_oOutput.u32ValidFrameCount, oFormat.u32FrameCount);
+                        EXPECT_EQ(pPeriod->m_oOutput.u32BufferFlags, BUFFER_VALID);
+                    }
+                    EXPECT_TRUE(CPeriod::IsAll(pPeriod->m_vecOutput, 1));
+                }
+                EXPECT_GT(iBlock, 2);
+            }
 }
