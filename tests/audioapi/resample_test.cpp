@@ -2,12 +2,39 @@
 #include "audioapi/audio_api_data.h"
 #include "tests/support/logged_machine_test.h"
 
-#include <cmath>
-
 namespace
 {
 using Conversion = std::unique_ptr<FLOAT32[]> (*)(const FLOAT32*, const INT32&, const INT32&);
 using Samples = std::vector<FLOAT32>;
+
+// The formulas again, from the output's side: sample j of iLen from one channel's whole input.
+FLOAT32 Formula(INT32 iFromRate, INT32 iToRate, const Samples& vecIn, size_t iLen, size_t j)
+{
+    const bool bUp = iToRate > iFromRate;
+    const INT32 iRatio = bUp ? iToRate * 2 / iFromRate : iFromRate * 2 / iToRate; // in halves, cut
+    const auto fIn = [&](size_t i) { return vecIn[std::min(i, vecIn.size() - 1)]; };
+    if (iRatio == 6 && bUp)
+    {
+        const FLOAT32 f32Near = fIn((j + 1) / 3), f32Far = fIn(j % 3 == 1 ? j / 3 + 1 : j / 3);
+        return j % 3 == 0 || j / 3 + 1 == vecIn.size() ? fIn(j / 3) : (f32Near + f32Near) / 3.0F + f32Far / 3.0F;
+    }
+    if (iRatio == 6)
+        return (fIn(3 * j) + fIn(3 * j + 1) + fIn(3 * j + 2)) / 3.0F;
+    if (iRatio == 4)
+        return bUp ? fIn(j / 2) * 0.5F + fIn((j + 1) / 2) * 0.5F : fIn(2 * j);
+    if (iRatio == 3 && bUp)
+        return fIn(j / 3 * 2 + j % 3 / 2) * 0.5F + fIn(j / 3 * 2 + (j % 3 + 1) / 2) * 0.5F;
+    if (iRatio == 3)
+        return (fIn(j / 2 * 3 + j % 2) + fIn(j / 2 * 3 + j % 2 + 1)) * 0.5F;
+    const auto fPlace = [](size_t i, size_t iOf) { return static_cast<FLOAT32>(i) / static_cast<FLOAT32>(iOf); };
+    const FLOAT32 f32Place = fPlace(j, iLen);
+    size_t i = 0;
+    while (i + 2 < vecIn.size() && fPlace(i + 1, vecIn.size()) <= f32Place)
+        ++i;
+    const FLOAT32 f32Right = fPlace(i + 1, vecIn.size()) - f32Place;
+    const FLOAT32 f32Weight = f32Right / (f32Place - fPlace(i, vecIn.size()) + f32Right);
+    return (1.0F - f32Weight) * vecIn[i + 1] + f32Weight * vecIn[i];
+}
 
 const struct ConversionRow
 {
@@ -74,26 +101,27 @@ TEST(ResampleTest, ShortBlocksFollowTheFormulas)
         EXPECT_EQ(Resample(CONVERSION[oCase.iRow], oCase.vecIn, 1), oCase.vecOut) << CONVERSION[oCase.iRow].pName;
 }
 
-// Both ways between 441 and 480 samples: a straight line at every place, the end included.
-TEST(ResampleTest, FortyFourInterpolatesAlongTheAxis)
+// Whole blocks, to the last bit, each channel by itself.
+TEST(ResampleTest, EverySampleIsTheFormulasOwn)
 {
-    for (const int iRow : {3, 8})
-    {
-        const INT32 iSrcLen = iRow == 3 ? 441 : 480;
-        const INT32 iDstLen = 921 - iSrcLen;
-        const Samples vecNoise = Noise(iSrcLen, 7);
-        const Samples vecNoiseOut = Resample(CONVERSION[iRow], vecNoise, 1);
-        ASSERT_EQ(vecNoiseOut.size(), static_cast<size_t>(iDstLen));
-        for (INT32 j = 0; j < iDstLen; ++j)
+    for (const ConversionRow& oRow : CONVERSION)
+        for (const INT32 iBlocks : {1, 3})
         {
-            const double dPlace = static_cast<double>(j) * iSrcLen / iDstLen;
-            const size_t iLeft = std::min(static_cast<size_t>(dPlace), static_cast<size_t>(iSrcLen - 2));
-            const double dRight = dPlace - static_cast<double>(iLeft);
-            EXPECT_NEAR(vecNoiseOut[static_cast<size_t>(j)],
-                        vecNoise[iLeft] * (1 - dRight) + vecNoise[iLeft + 1] * dRight, 1e-3)
-                << iRow << " " << j;
+            const INT32 iFramelen = iBlocks * (oRow.iFromRate == 22050 ? 441 : oRow.iFromRate / 100);
+            const Samples vecIn = Noise(iFramelen * 2, static_cast<UINT32>(iBlocks));
+            const Samples vecOut = Resample(oRow, vecIn, 2);
+            const size_t iLen = vecOut.size() / 2;
+            for (size_t ch = 0; ch < 2; ++ch)
+            {
+                Samples vecChannel;
+                for (size_t i = ch; i < vecIn.size(); i += 2)
+                    vecChannel.push_back(vecIn[i]);
+                size_t iWrong = 0;
+                for (size_t j = 0; j < iLen; ++j)
+                    iWrong += vecOut[2 * j + ch] != Formula(oRow.iFromRate, oRow.iToRate, vecChannel, iLen, j);
+                EXPECT_EQ(iWrong, 0U) << oRow.pName << " " << iBlocks << " channel " << ch;
+            }
         }
-    }
 }
 
 using ResampleLogTest = LoggedMachineTest;
