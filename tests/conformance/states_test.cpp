@@ -12,34 +12,14 @@ using StatesTest = ModuleFixture;
 TEST_F(StatesTest, TheSizeTellsTheInitRecord)
 {
     BYTE aData[128] = {};
-    const struct
-    {
-        UINT32 u32Size;
-        BYTE* pData;
-        HRESULT hResult;
-    } aCases[] = {
-        {0, nullptr, BAD_ARGUMENT},
-        {56, nullptr, BAD_ARGUMENT},
-        {88, nullptr, BAD_ARGUMENT},
-        {0, aData, BAD_ARGUMENT},
-        {4, aData, BAD_ARGUMENT},
-        {55, aData, BAD_ARGUMENT},
-        {57, aData, BAD_ARGUMENT},
-        {64, aData, BAD_ARGUMENT},
-        {87, aData, BAD_ARGUMENT},
-        {89, aData, BAD_ARGUMENT},
-        {96, aData, BAD_ARGUMENT},
-        {~0U, aData, BAD_ARGUMENT},
-        {56, aData, OK},
-        {88, aData, OK},
-    };
-    for (const auto& oCase : aCases)
-    {
-        SCOPED_TRACE(std::to_string(oCase.u32Size) + (oCase.pData == nullptr ? ", null" : ""));
-        const ComPtr<IObject> pObject = Create<IObject>(RENDER_EFX);
-        EXPECT_EQ(pObject->Initialize(oCase.u32Size, oCase.pData), oCase.hResult);
-        EXPECT_EQ(pObject->Initialize(56, aData), oCase.hResult == OK ? ALREADY_INITIALIZED : OK);
-    }
+    for (const UINT32 u32Size : {0U, 4U, 55U, 56U, 57U, 64U, 87U, 88U, 89U, 96U, ~0U})
+        for (BYTE* const pData : {static_cast<BYTE*>(nullptr), aData})
+        {
+            const bool bTaken = pData != nullptr && (u32Size == 56 || u32Size == 88);
+            const ComPtr<IObject> pObject = Create<IObject>(RENDER_EFX);
+            EXPECT_EQ(pObject->Initialize(u32Size, pData), bTaken ? OK : BAD_ARGUMENT) << u32Size;
+            EXPECT_EQ(pObject->Initialize(56, aData), bTaken ? ALREADY_INITIALIZED : OK);
+        }
 }
 
 TEST_F(StatesTest, AnObjectForDiscoveryAnswersWhatItIsAsked)

@@ -110,116 +110,64 @@ TEST_F(StreamsTest, LoadedAndFreedWithoutGrowth)
     EXPECT_LT(SANITIZED ? 0 : control::GetFootprint().iBytes, oBefore.iBytes + GROWTH);
 }
 
-// The dice of one object's life.
-class CRandomLife
-{
-public:
-    explicit CRandomLife(unsigned uSeed) : m_oRandom(uSeed) {}
-
-    template <class T, size_t N> T Pick(const T (&aValues)[N]) { return aValues[m_oRandom() % N]; }
-    bool Chance(unsigned uPercent) { return m_oRandom() % 100 < uPercent; }
-    unsigned Below(unsigned uEnd) { return static_cast<unsigned>(m_oRandom() % uEnd); }
-
-private:
-    std::mt19937 m_oRandom;
-};
-
 // In any order, good and bad alike, each call ends in a code that it is known for.
 TEST_F(StreamsTest, RandomCallsEndInACode)
 {
-    static const DWORD aChannels[] = {0, 1, 2, 2, 2, 3, 4, 6, 8, MOST_CHANNELS};
-    static const FLOAT aRates[] = {8000, 11025, 16000, 22050, 32000, 44100, 48000, 48000, 48000, 96000, 192000, 0};
-    static const UINT32 aSizes[] = {0, 55, 56, 56, 88, 88, 88, 128};
-    static const IID aInterfaces[] = {UNKNOWN, OBJECT, REALTIME, CONFIGURATION, EFFECTS, EFFECTS_2, CLASS_FACTORY};
-    static const DWORD aBytes[] = {4, 4, 4, 4, 2, 8};
-    static const DWORD aBits[] = {32, 32, 32, 32, 24, 16};
+    constexpr DWORD aChannels[] = {0, 1, 2, 2, 2, 3, 4, 6, 8, MOST_CHANNELS};
+    constexpr FLOAT aRates[] = {8000, 11025, 16000, 22050, 32000, 44100, 48000, 48000, 48000, 96000, 192000, 0};
+    constexpr UINT32 aSizes[] = {0, 55, 56, 56, 88, 88, 88, 128};
     // What each call may end in, by its number below.
     const std::set<HRESULT> aCodes[] = {
         {OK, BAD_ARGUMENT, ALREADY_INITIALIZED},
-        {OK},
-        {OK, NOT_AS_ASKED, FORMAT_NOT_SUPPORTED},
         {OK, NOT_INITIALIZED, FORMAT_NOT_SUPPORTED, BAD_CONNECTION_COUNT, BAD_CONNECTION_FORMAT, LOCKED},
         {OK, ALREADY_UNLOCKED},
         {OK},
-    };
-    const auto fFormat = [](CRandomLife& oLife, CMediaType& oType)
-    {
-        oType.m_oFormat = {oLife.Chance(90) ? FLOAT_SAMPLES : OBJECT,
-                           oLife.Pick(aChannels),
-                           oLife.Pick(aBytes),
-                           oLife.Pick(aBits),
-                           oLife.Pick(aRates),
-                           0};
-        oType.m_hResult = oLife.Chance(90) ? OK : BAD_ARGUMENT;
     };
     BYTE aInit[128] = {};
     int iLongWaits = 3; // an inline stream waits a second for a whole block, in an empty period too
     for (unsigned uSeed = 0; uSeed < (SANITIZED ? 400 : 2000); ++uSeed)
     {
         SCOPED_TRACE(uSeed);
-        CRandomLife oLife(uSeed);
-        const bool bInline = oLife.Chance(50);
+        std::mt19937 oRandom(uSeed);
+        const auto fBelow = [&](size_t iEnd) { return static_cast<UINT32>(oRandom() % iEnd); };
+        const auto fPick = [&](const auto& aValues) { return aValues[fBelow(std::size(aValues))]; };
+        const bool bInline = fBelow(2) == 0;
         const ComPtr<IObject> pObject = Create<IObject>(bInline ? RENDER_OMFX : RENDER_EFX);
         const ComPtr<IConfiguration> pConfiguration = Query<IConfiguration>(pObject.get(), CONFIGURATION);
         const ComPtr<IRealtime> pRealtime = Query<IRealtime>(pObject.get(), REALTIME);
-        if (oLife.Chance(70))
+        if (fBelow(10) < 7)
             pObject->Initialize(88, aInit);
         UINT32 u32Block = 1;
         bool bLocked = false; // has been
-        for (unsigned uCalls = oLife.Below(16); uCalls > 0; --uCalls)
+        for (UINT32 u32Calls = fBelow(16); u32Calls > 0; --u32Calls)
         {
             HRESULT hResult = OK;
-            const unsigned uCall = std::min(oLife.Below(8), 5U);
-            switch (uCall)
+            const UINT32 u32Call = std::min(fBelow(6), 3U);
+            if (u32Call == 0)
+                hResult = pObject->Initialize(fPick(aSizes), fBelow(5) != 0 ? aInit : nullptr);
+            else if (u32Call == 1)
             {
-            case 0:
-                hResult = pObject->Initialize(oLife.Pick(aSizes), oLife.Chance(80) ? aInit : nullptr);
-                break;
-            case 1:
-                Query<IUnknown>(pRealtime.get(), oLife.Pick(aInterfaces));
-                hResult = pObject->Reset();
-                break;
-            case 2:
-            {
-                CMediaType oOne;
-                CMediaType oOther;
-                fFormat(oLife, oOne);
-                fFormat(oLife, oOther);
-                IMediaType* pSupported = nullptr;
-                hResult = oLife.Chance(50) ? pObject->IsInputFormatSupported(&oOther, &oOne, &pSupported)
-                                           : pObject->IsOutputFormatSupported(nullptr, &oOther, &pSupported);
-                if (pSupported != nullptr)
-                    pSupported->Release();
-                break;
-            }
-            case 3:
-            {
-                CConnection oConnection(oLife.Pick(aChannels), oLife.Pick(aRates));
-                CConnection oOther;
-                fFormat(oLife, oOther.m_oType);
-                if (oLife.Chance(30))
-                    fFormat(oLife, oConnection.m_oType);
-                Descriptor* pOutput = oLife.Chance(90) ? oConnection.m_pDescriptor : oOther.m_pDescriptor;
-                hResult = pConfiguration->Lock(oLife.Chance(95) ? 1 : 2, &oConnection.m_pDescriptor, 1, &pOutput);
+                CConnection oConnection(fPick(aChannels), fPick(aRates));
+                CConnection oOther(fPick(aChannels), fPick(aRates));
+                oOther.m_oType.m_hResult = fBelow(2) == 0 ? OK : BAD_ARGUMENT;
+                oConnection.m_oType.m_oFormat.dwValidBits = fBelow(10) != 0 ? 32 : 24;
+                Descriptor** const ppOutput = &(fBelow(10) != 0 ? oConnection : oOther).m_pDescriptor;
+                hResult = pConfiguration->Lock(fBelow(20) != 0 ? 1 : 2, &oConnection.m_pDescriptor, 1, ppOutput);
                 bLocked = bLocked || hResult == OK;
-                if (hResult == OK)
-                    u32Block = static_cast<UINT32>(oConnection.m_oType.m_oFormat.f32Rate /
-                                                   (oConnection.m_oType.m_oFormat.f32Rate == 22050 ? 50 : 100));
-                break;
+                const FLOAT f32Rate = oConnection.m_oType.m_oFormat.f32Rate;
+                u32Block = hResult == OK ? static_cast<UINT32>(f32Rate / (f32Rate == 22050 ? 50 : 100)) : u32Block;
             }
-            case 4:
+            else if (u32Call == 2)
                 hResult = pConfiguration->Unlock();
-                break;
-            default:
+            else
             {
-                const bool bWhole = bInline && bLocked && (iLongWaits == 0 || oLife.Chance(98));
+                const bool bWhole = bInline && bLocked && (iLongWaits == 0 || fBelow(50) != 0);
                 iLongWaits -= bInline && bLocked && !bWhole;
                 const UINT32 u32Frames =
-                    bWhole ? u32Block * (1 + oLife.Below(MOST_FRAMES / u32Block)) : oLife.Below(MOST_FRAMES + 1);
-                Process(*pRealtime, u32Frames, static_cast<int>(oLife.Below(4)), oLife.Chance(50));
+                    bWhole ? u32Block * (1 + fBelow(MOST_FRAMES / u32Block)) : fBelow(MOST_FRAMES + 1);
+                Process(*pRealtime, u32Frames, static_cast<int>(fBelow(4)), fBelow(2) == 0);
             }
-            }
-            EXPECT_EQ(aCodes[uCall].count(hResult), 1U) << uCall << " " << std::hex << hResult;
+            EXPECT_EQ(aCodes[u32Call].count(hResult), 1U) << u32Call << " " << std::hex << hResult;
         }
     }
     EXPECT_EQ(CanUnload(), OK);

@@ -31,6 +31,13 @@ TEST_F(ShapingTest, EveryGeometryKeepsTheStreamWhole)
                 m_iRampFrame = 0;
                 std::vector<float> vecOut;
                 m_pEngine->InitAudioCacheBuffer(iChannel, static_cast<UINT32>(iFrameCount));
+                // Room for a period, a block, and the lead-in of a stream whose periods aren't whole blocks.
+                const int iBlockLen = iSampleRate == 22050 ? 221 : iSampleRate / 100;
+                const bool bWhole = iFrameCount % (iSampleRate == 22050 ? 441 : iBlockLen) == 0;
+                EXPECT_EQ(m_pEngine->m_iInputCacheDataLen, bWhole ? 0 : 3 * iBlockLen * iChannel);
+                EXPECT_EQ(m_pEngine->m_pInputCacheBuffer.GetCapacity(),
+                          iBlockLen + m_pEngine->m_iInputCacheDataLen + iFrameCount * iChannel);
+                EXPECT_EQ(m_pEngine->m_pOutputCacheBuffer.GetCapacity(), m_pEngine->m_pInputCacheBuffer.GetCapacity());
                 const bool bStandard = iSampleRate == 48000 && iFrameCount % 240 == 0; // passes the input cache by
                 const int iLeadIn = bStandard ? 0 : m_pEngine->m_iInputCacheDataLen / iChannel;
                 while (m_iRampFrame < 5000)

@@ -49,6 +49,7 @@ TEST_F(StartTest, EachFailedStepIsNamedAndTakesTheStreamOffTheAlgorithm)
             EXPECT_EQ(Input(Ramp(480)), 0);
             RunAlgorithm();
         }
+    EXPECT_EQ(CountLog("m_pDataStruct"), 2U); // of the record that is too wide
 }
 
 TEST_F(StartTest, StreamWithoutItsWorkerIsSilent)

@@ -29,7 +29,6 @@ TEST_F(LifecycleTest, InitializeTellsTheRecordsBySizeAndReportsTheMode)
         {88, true, IID_IUnknown, S_OK, "APO Init AudioMode unknow!"},
         {56, true, {}, S_OK, "APO Init AudioMode = AUDIO_SIGNALPROCESSINGMODE_DEFAULT"},
         {0, false, {}, E_INVALIDARG, "Invalid cbDataSize Parameter!"},
-        {57, true, {}, E_INVALIDARG, "Invalid cbDataSize Parameter!"},
         {88, false, {}, E_INVALIDARG, "((pbyData == nullptr) && (cbDataSize) != 0)"},
         {0, true, {}, E_INVALIDARG, "((pbyData != nullptr) && (cbDataSize == 0))"},
     };
@@ -59,6 +58,9 @@ TEST_F(LifecycleTest, LockHandsFormatAndSystemToTheEngine)
     Status().m_iSpeakerVolume = 33;
     Status().m_iSpeakerMode = 5;
     Status().m_iMicrophoneMode = 7;
+    Status().m_iHeadphoneMode = 4;
+    Status().m_iHeadSetType = 3;
+    Status().m_iLyranaMode = 1;
     ASSERT_EQ(oFormats.Lock(*oObject), S_OK);
     CBaseEngine& oEngine = oObject->Engine();
     EXPECT_TRUE(oEngine.GetAudioModeGUID() == AUDIO_SIGNALPROCESSINGMODE_DEFAULT);
@@ -69,6 +71,9 @@ TEST_F(LifecycleTest, LockHandsFormatAndSystemToTheEngine)
     EXPECT_EQ(oEngine.GetSpeakerVolume(0), 33);
     EXPECT_EQ(oEngine.GetSpeakerMode(0), 5);
     EXPECT_EQ(oEngine.GetMicrophoneMode(0), 7);
+    EXPECT_EQ(oEngine.GetHeadphoneMode(0), 4);
+    EXPECT_EQ(oEngine.GetHeadsetType(0), 3);
+    EXPECT_EQ(oEngine.GetLyranaMode(0), 1);
     EXPECT_EQ(CountLog("t format in LockForProcess:{6,4,32,44100,3,{00000003-0000-0010-8000-00AA00389B71}}"), 2U);
     EXPECT_EQ(CountLog("3841082 [POST_EFX]AuidoMode=0,HeadsetStatus=1"), 1U);
 

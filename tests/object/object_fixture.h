@@ -92,7 +92,9 @@ public:
 
     using TBase::m_oAudioModeGUID;
     using TBase::m_pEngine;
-    int GetRenderMode() override { return 0; }
+    int GetRenderMode() override { return m_iRenderMode; }
     CNotingEngine& Engine() { return static_cast<CNotingEngine&>(*this->m_pEngine); }
     std::string TakeCalls() { return std::exchange(Engine().m_strCalls, ""); }
+
+    int m_iRenderMode = 0;
 };

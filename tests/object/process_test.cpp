@@ -45,6 +45,10 @@ TEST_F(ProcessTest, EveryReasonLeadsToItsPath)
     } aCases[] = {
         {"running", 1, 48000, TRUE, 0, 0, 0, 0, 1, strThrough, 1, 1, 7},
         {"rate cut to whole Hz", 1, 44100.9F, TRUE, 0, 0, 0, 0, 1, strThrough, 1, 1, 7},
+        {"16 kHz", 1, 16000, TRUE, 0, 0, 0, 0, 1, strThrough, 1, 1, 7},
+        {"22.05 kHz", 1, 22050, TRUE, 0, 0, 0, 0, 1, strThrough, 1, 1, 7},
+        {"32 kHz", 1, 32000, TRUE, 0, 0, 0, 0, 1, strThrough, 1, 1, 7},
+        {"96 kHz", 1, 96000, TRUE, 0, 0, 0, 0, 1, strThrough, 1, 1, 7},
         {"no library", 1, 48000, FALSE, 0, 0, 0, 0, 1, "", 1, 1, 1},
         {"rate", 1, 11025, TRUE, 0, 0, 0, 0, 1, "", 1, 1, 1},
         {"low gain", 1, 48000, TRUE, 1, 0, 0, 0, 1, "", 1, 1, 1},
@@ -110,12 +114,17 @@ TEST_F(ProcessTest, AChangeOfTheSystemRefreshesParametersOnce)
     EXPECT_EQ(fRun(), strThrough);
 
     // Sound modes count only while the sound effects are on.
-    Status().m_iSpeakerMode = 3;
-    EXPECT_EQ(fRun(), strThrough);
-    Status().m_iZvSoundStatus = 1;
-    EXPECT_EQ(fRun(), "refresh " + strThrough);
-    EXPECT_EQ(fRun(), strThrough);
-    EXPECT_EQ(CountLog("3841115 iCurrentSpeakerMode: 0 change to 3"), 1U);
+    for (CAudioInt* const pMode : {&Status().m_iSpeakerMode, &Status().m_iHeadphoneMode, &Status().m_iMicrophoneMode})
+    {
+        Status().m_iZvSoundStatus = 0;
+        *pMode = 3;
+        EXPECT_EQ(fRun(), strThrough);
+        Status().m_iZvSoundStatus = 1;
+        EXPECT_EQ(fRun(), "refresh " + strThrough);
+        EXPECT_EQ(fRun(), strThrough);
+    }
+    for (const char* pMode : {"Speaker", "HeadPhone", "MicroPhone"})
+        EXPECT_EQ(CountLog(std::string("3841115 iCurrent") + pMode + "Mode: 0 change to 3"), 1U);
 
     // A change that meets a bypassed call is taken note of and never refreshed.
     Engine().SetBypassStatus(1);

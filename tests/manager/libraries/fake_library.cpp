@@ -1,4 +1,4 @@
-// A protection library with a fault: which one, the build says.
+// A protection library with a fault: which one, the build says. What it plays has its sign turned, so that it is known.
 #include "apo/kelvane/apo_kelvane_records.h"
 
 #include <cstring>
@@ -20,8 +20,9 @@ extern "C"
         return FAKE_VERSION_RESULT;
     }
 
-    int32_t AudioKelvaneGetSize(KelvaneMemSize*)
+    int32_t AudioKelvaneGetSize(KelvaneMemSize* pMemSize)
     {
+        *pMemSize = {64, 64, {}};
         return 0;
     }
     int32_t AudioKelvaneInit(void*, void*)
@@ -36,8 +37,11 @@ extern "C"
     {
         return 0;
     }
-    int32_t AudioKelvaneApply(void*, void*, KelvaneDataStruct*)
+    int32_t AudioKelvaneApply(void*, void*, KelvaneDataStruct* pData)
     {
+        for (int ch = 0; ch < KELVANE_MAX_CHANNELS && pData->psDataIn[ch] != nullptr; ++ch)
+            for (int s = 0; s < pData->iFrameLen; ++s)
+                pData->psDataOut[ch][s] = -pData->psDataIn[ch][s];
         return 0;
     }
 #if !FAKE_HALF

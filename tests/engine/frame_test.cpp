@@ -1,0 +1,126 @@
+// What goes with a frame: the record that the library reads, the times, and what is said of silence and of a late
+// worker.
+#include "tests/engine/engine_test.h"
+
+#include "audioapi/audio_api_const.h"
+#include "platform/control/control.h"
+
+using FrameTest = EngineTest;
+
+TEST_F(FrameTest, TheRecordTellsTheSpeakerAndHasEachSense)
+{
+    CAudioStatus& oStatus = CAudioMonitor::Instance()->StatusRecord();
+    SetRecordChannels(4);
+    MakeEngine(2, 48000, true);
+    ASSERT_EQ(m_pEngine->InitAlgorithmParameter(), 0);
+    m_oLibrary.fnApply = [&](const KelvaneDataStruct& oData)
+    {
+        EXPECT_EQ(oData.SpeakerPersentVolume, oStatus.m_iSpeakerVolume);
+        EXPECT_EQ(oData.SpeakerDBVolume, oStatus.m_fSpeakerVolumeDB);
+        EXPECT_EQ(oData.iDataMode, 3);
+        EXPECT_EQ(oData.iFrameLen, 240);
+        for (int ch = 0; ch < KELVANE_MAX_CHANNELS; ++ch)
+            for (const float* pSamples : {oData.psVoltageIn[ch], oData.psCurrentIn[ch], oData.psVoltageBatteryIn[ch]})
+            {
+                ASSERT_EQ(pSamples != nullptr, ch < 4) << ch;
+                EXPECT_TRUE(pSamples == nullptr || std::count(pSamples, pSamples + 240, 0.0F) == 240);
+            }
+        oStatus.m_iSpeakerVolume = 71; // for the next frame
+        oStatus.m_fSpeakerVolumeDB = -3.25F;
+    };
+    oStatus.m_iSpeakerVolume = 37;
+    oStatus.m_fSpeakerVolumeDB = -12.5F;
+    Input(Ramp(480));
+    EXPECT_EQ(m_oLibrary.iApplyCount, 2);
+}
+
+// A period is 1001 frames; the library's time is the clock's.
+TEST_F(FrameTest, EachTimingPeriodCountsItsOwnTimes)
+{
+    StartLog(AUDIO_LEVEL_WARN);
+    MakeFolder(AUDIO_VOICE_LOG_DIR);
+    CKelvaneManager::Instance()->m_iDebugMode = 1;
+    control::SetClock({2026, 3, 2, 17, 12, 0, 0, 0});
+    control::FreezeClock();
+    MakeHandEngine();
+    int iFrame = 0;
+    m_oLibrary.fnApply = [&](const KelvaneDataStruct&)
+    {
+        const bool bFirstPeriod = iFrame < 1001;
+        const int iTime = iFrame == 500 ? 9 : iFrame == 600 ? 7 : iFrame == 700 ? 1 : bFirstPeriod ? 3 : 2;
+        control::AdvanceClock(iFrame == 1500 ? 5 : iTime);
+        ++iFrame;
+    };
+    for (int i = 0; i < 1001; ++i)
+    {
+        Input(std::vector<float>(960, 1.0F));
+        RunAlgorithm();
+    }
+    const std::string strEnd = " of Per 1001 frames.\n";
+    EXPECT_EQ(
+        GetFile(AUDIO_PERFORMANCE_FILE + std::string("20260317.txt")),
+        "Total Time Required(3011),Max Time Required(9),Min Time Required(1),average Time Required(3.01)" + strEnd +
+            "Total Time Required(2005),Max Time Required(5),Min Time Required(2),average Time Required(2.00)" + strEnd);
+    // Two frames took longer than they play; two others as long.
+    EXPECT_EQ(CountLog("Audio Kelvane Apply time gap:12"), 1U);
+    EXPECT_EQ(CountLog("time gap:"), 1U);
+}
+
+TEST_F(FrameTest, AThousandSilentFramesInARowAreToldEachWay)
+{
+    StartLog(AUDIO_LEVEL_INFO);
+    MakeHandEngine();
+    m_pEngine->m_iCacheFrameCount = 0;
+    const struct
+    {
+        int iPeriods; // of two frames in and one out
+        float fSample;
+        size_t iInputLines, iOutputLines; // so far
+    } aSteps[] = {{499, 0, 0, 0}, {1, 0.5F, 0, 0}, {499, 0, 0, 0}, {1, 0, 1, 0},
+                  {499, 0, 1, 0}, {1, 0, 2, 1},    {999, 0, 3, 1}, {1, 0, 4, 2}};
+    for (const auto& oStep : aSteps)
+    {
+        for (int i = 0; i < oStep.iPeriods; ++i)
+        {
+            Input(std::vector<float>(960, oStep.fSample));
+            RunAlgorithm();
+            Output(480);
+        }
+        EXPECT_EQ(CountLog("Input Frame Energy is near zero!"), oStep.iInputLines);
+        EXPECT_EQ(CountLog("Output Frame Energy is near zero!"), oStep.iOutputLines);
+    }
+}
+
+TEST_F(FrameTest, ALateWorkerIsSignalledFromTheHighMarkOn)
+{
+    SetRegistry(CPU_INFO_PATH, CPU_NAME_STRING, std::string("some"));
+    const HANDLE hEvent = CreateEventW(nullptr, TRUE, FALSE, AUDIO_CPU_STATUS_EVENT);
+    MakeHandEngine();
+    Input(Ramp(240 * 199));
+    EXPECT_EQ(WaitForSingleObject(hEvent, 0), WAIT_TIMEOUT);
+    Input(Ramp(240));
+    EXPECT_EQ(WaitForSingleObject(hEvent, 0), WAIT_OBJECT_0);
+    ResetEvent(hEvent);
+    MakeEngine(2, 48000, true); // has no worker to be late
+    Input(Ramp(240 * 201));
+    EXPECT_EQ(WaitForSingleObject(hEvent, 0), WAIT_TIMEOUT);
+    CloseHandle(hEvent);
+}
+
+TEST_F(FrameTest, TheInlineStreamTellsEachJobThatFails)
+{
+    StartLog(AUDIO_LEVEL_ERROR);
+    CKelvaneManager* const pManager = CKelvaneManager::Instance();
+    pManager->m_iAlgoCtrlParam[5] = 1; // temperatures are reported, to no controller
+    pManager->m_fAudioKelvaneGetPara = [](void*, KelvaneStruParam*) { return 0; };
+    pManager->m_fAudioKelvaneTemperature = [](void*, int32_t) { return 21; };
+    MakeEngine(2, 48000, true);
+    ASSERT_EQ(m_pEngine->InitAlgorithmParameter(), 0);
+    control::FailNext("GetSystemPowerStatus", 31, -1);
+    for (int i = 0; i < 1000; ++i) // ten seconds
+        Input(Ramp(480));
+    // Each second, each five, each ten.
+    EXPECT_EQ(CountLog("this->AudioKelvaneSetBatteryInfo()"), 10U);
+    EXPECT_EQ(CountLog("this->AudioSmartSetECTemperature()"), 2U);
+    EXPECT_EQ(CountLog("this->AudioKelvaneSetAlgoTemperature()"), 1U);
+}

@@ -1,0 +1,73 @@
+// A second start of the same engine: what the first left behind is gone.
+#include "tests/engine/engine_test.h"
+
+#include <limits>
+
+class RestartTest : public EngineTest
+{
+protected:
+    // iPeriods periods of the ramp, and what they brought out behind one another.
+    std::vector<float> Play(int iPeriods, int iFrameCount, std::vector<float>& vecIn)
+    {
+        std::vector<float> vecOut;
+        for (int i = 0; i < iPeriods; ++i)
+        {
+            const std::vector<float> vecFrames = Ramp(iFrameCount);
+            vecIn.insert(vecIn.end(), vecFrames.begin(), vecFrames.end());
+            Input(vecFrames);
+            WaitForWorkers();
+            const std::vector<float> vecPeriod = Output(static_cast<UINT32>(iFrameCount));
+            vecOut.insert(vecOut.end(), vecPeriod.begin(), vecPeriod.end());
+        }
+        return vecOut;
+    }
+};
+
+TEST_F(RestartTest, AudioBeginsAfreshInTheNewFormat)
+{
+    for (const bool bInline : {false, true})
+    {
+        SCOPED_TRACE(bInline);
+        Mend();
+        CKelvaneManager::Instance()->m_iDebugMode = 1;
+        m_oLibrary.iInitCode = 7;
+        MakeEngine(2, 44100, bInline);
+        EXPECT_EQ(m_pEngine->InitAlgorithmParameter(), 7);
+        EXPECT_EQ(m_pEngine->GetSilentStatus(), 1);
+        CKelvaneManager::Instance()->m_iDebugMode = 0;
+        Mend();
+        for (const int iFrameCount : {500, 441}) // leaves a rest in each cache
+        {
+            ASSERT_EQ(m_pEngine->InitAlgorithmParameter(), 0);
+            EXPECT_EQ(m_pEngine->GetSilentStatus(), 0);
+            SetFormat(2, iFrameCount == 500 ? 44100 : 48000);
+            std::vector<float> vecIn(static_cast<size_t>(2 * ((bInline ? 0 : 3) * iFrameCount + 1440)), 0.0F);
+            const std::vector<float> vecOut = Play(iFrameCount == 500 ? 41 : 20, iFrameCount, vecIn);
+            EXPECT_TRUE(iFrameCount == 500 || std::equal(vecOut.begin(), vecOut.end(), vecIn.begin()));
+        }
+    }
+}
+
+TEST_F(RestartTest, CountersAndReportsBeginAfresh)
+{
+    StartLog(AUDIO_LEVEL_WARN);
+    SetRecordChannels(1);
+    MakeEngine(2, 48000, true);
+    m_oLibrary.fnApply = [](const KelvaneDataStruct& oData)
+    { oData.psDataOut[0][0] = std::numeric_limits<float>::infinity(); };
+    for (size_t i = 1; i <= 2; ++i)
+    {
+        SetFormat(1, 48000);
+        ASSERT_EQ(m_pEngine->InitAlgorithmParameter(), 0);
+        EXPECT_EQ(m_pEngine->m_iApplyFrameCount + m_pEngine->m_iReleaseCount + m_pEngine->m_iLastECTemperature, 0);
+        EXPECT_EQ(m_pEngine->m_i64MaxTime + m_pEngine->m_i64MinTime, 0);
+        EXPECT_EQ(m_pEngine->m_i64TotalTime + m_pEngine->m_i64GapTime, 0);
+        SetFormat(2, 48000);
+        Input(Ramp(240 * 3));
+        EXPECT_EQ(CountLog("has no array"), i);
+        EXPECT_EQ(CountLog("not finite"), i);
+        m_pEngine->m_iLastECTemperature = 315;
+        m_pEngine->m_i64MaxTime = m_pEngine->m_i64MinTime = 1;
+        m_pEngine->m_i64TotalTime = m_pEngine->m_i64GapTime = 1;
+    }
+}
