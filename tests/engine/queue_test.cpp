@@ -32,10 +32,14 @@ TEST_F(QueueTest, FullQueuesDropTheOldest)
     m_pEngine->ResetOutputQueue();
     for (int i = 0; i < 2000; ++i) // nobody else fills it: a wait in each would outlast the test
         ASSERT_EQ(Output(1, 5.0F), std::vector<float>(2, 5.0F));
-    Input(Ramp(480 * 300));
-    Output(480 * 300);
-    m_pEngine->CheckOutputQueueThreshold();
+    m_pEngine->ClearAllQueues();
+    for (int i = 0; i < 101; ++i)
+        Input(Ramp(480));
+    Output(480);
+    EXPECT_EQ(m_pEngine->m_oOutputQueue.Size(), 100);
+    m_pEngine->CBaseEngine::InputStandardFrameToQueue(Ramp(240 * 200).data(), 2, 480 * 200);
     m_pEngine->CheckInputQueueThreshold();
+    EXPECT_EQ(m_pEngine->m_oInputQueue.Size(), 200);
     EXPECT_EQ(CountLog("Overflow"), 2U);
 }
 

@@ -162,3 +162,18 @@ TEST_F(RealtimeTest, ARefusedBlockCostsAudioButNeitherTheRecordNorTheStream)
                 EXPECT_GT(iBlock, 2);
             }
 }
+
+TEST_F(RealtimeTest, ABlockRefusedBehindTheLibraryIsTold)
+{
+    StartLog(AUDIO_LEVEL_ERROR);
+    MakeHandEngine();
+    for (const int iBlock : {-1, 1}) // the second round's system frame, behind its block's conversion
+    {
+        Input(Ramp(480));
+        iRefused = iBlock;
+        RunAlgorithm();
+    }
+    EXPECT_EQ(iRefused, -1);
+    EXPECT_EQ(FindLog("pFloatFrameData").at(0).iErrorCode, 6);
+    EXPECT_EQ(FindLog("FormatOutputFrameToQueue(pOutBuf, iChannelCount, AUDIO_KELVANE_FRAME_LEN)").at(0).iErrorCode, 6);
+}
