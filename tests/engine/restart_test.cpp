@@ -70,4 +70,9 @@ TEST_F(RestartTest, CountersAndReportsBeginAfresh)
         m_pEngine->m_i64MaxTime = m_pEngine->m_i64MinTime = 1;
         m_pEngine->m_i64TotalTime = m_pEngine->m_i64GapTime = 1;
     }
+    SetRecordChannels(2); // the record is made anew, with all its channels
+    ASSERT_EQ(m_pEngine->InitAlgorithmParameter(), 0);
+    SetFormat(2, 48000);
+    Input(Ramp(240));
+    EXPECT_EQ(CountLog("has no array"), 2U);
 }
