@@ -119,6 +119,24 @@ TEST_F(RealtimeTest, ABlockRefusedBehindTheLibraryIsTold)
     EXPECT_EQ(FindLog("FormatOutputFrameToQueue(pOutBuf, iChannelCount, AUDIO_KELVANE_FRAME_LEN)").at(0).iErrorCode, 6);
 }
 
+TEST_F(RealtimeTest, ALateWorkerIsNotWaitedFor)
+{
+    const auto pObject = Open(m_pWorker, 48000);
+    std::mutex oHold;
+    m_oLibrary.fnApply = [&](const KelvaneDataStruct&) { const std::lock_guard<std::mutex> oGuard(oHold); };
+    CPeriod oPeriod(2, 480);
+    {
+        const std::lock_guard<std::mutex> oGuard(oHold);
+        oPeriod.Run(*pObject);
+        const size_t iBefore = control::CallsThatMayWait();
+        for (int i = 0; i < 8; ++i)
+            oPeriod.Run(*pObject);
+        EXPECT_EQ(control::CallsThatMayWait(), iBefore);
+        EXPECT_TRUE(CPeriod::IsAll(oPeriod.m_vecOutput, 0));
+    }
+    WaitForWorkers();
+}
+
 TEST_F(RealtimeTest, ACallTakesABlockForEachFrameItQueuesBuildsNoTextAndWaitsForNothing)
 {
     const struct
@@ -156,22 +174,4 @@ TEST_F(RealtimeTest, ACallTakesABlockForEachFrameItQueuesBuildsNoTextAndWaitsFor
         EXPECT_EQ(iMayWait, 0U);
         EXPECT_TRUE(CPeriod::IsAll(oPeriod.m_vecOutput, 1));
     }
-}
-
-TEST_F(RealtimeTest, ALateWorkerIsNotWaitedFor)
-{
-    const auto pObject = Open(m_pWorker, 48000);
-    std::mutex oHold;
-    m_oLibrary.fnApply = [&](const KelvaneDataStruct&) { const std::lock_guard<std::mutex> oGuard(oHold); };
-    CPeriod oPeriod(2, 480);
-    {
-        const std::lock_guard<std::mutex> oGuard(oHold);
-        oPeriod.Run(*pObject);
-        const size_t iBefore = control::CallsThatMayWait();
-        for (int i = 0; i < 8; ++i)
-            oPeriod.Run(*pObject);
-        EXPECT_EQ(control::CallsThatMayWait(), iBefore);
-        EXPECT_TRUE(CPeriod::IsAll(oPeriod.m_vecOutput, 0));
-    }
-    WaitForWorkers();
 }
