@@ -3,25 +3,7 @@
 
 #include <limits>
 
-class RestartTest : public EngineTest
-{
-protected:
-    // iPeriods periods of the ramp, and what they brought out behind one another.
-    std::vector<float> Play(int iPeriods, int iFrameCount, std::vector<float>& vecIn)
-    {
-        std::vector<float> vecOut;
-        for (int i = 0; i < iPeriods; ++i)
-        {
-            const std::vector<float> vecFrames = Ramp(iFrameCount);
-            vecIn.insert(vecIn.end(), vecFrames.begin(), vecFrames.end());
-            Input(vecFrames);
-            WaitForWorkers();
-            const std::vector<float> vecPeriod = Output(static_cast<UINT32>(iFrameCount));
-            vecOut.insert(vecOut.end(), vecPeriod.begin(), vecPeriod.end());
-        }
-        return vecOut;
-    }
-};
+using RestartTest = EngineTest;
 
 TEST_F(RestartTest, AudioBeginsAfreshInTheNewFormat)
 {
@@ -29,20 +11,30 @@ TEST_F(RestartTest, AudioBeginsAfreshInTheNewFormat)
     {
         SCOPED_TRACE(bInline);
         Mend();
-        CKelvaneManager::Instance()->m_iDebugMode = 1;
+        CKelvaneManager::Instance()->m_iDebugMode = bInline ? 0 : 1;
         m_oLibrary.iInitCode = 7;
         MakeEngine(2, 44100, bInline);
         EXPECT_EQ(m_pEngine->InitAlgorithmParameter(), 7);
-        EXPECT_EQ(m_pEngine->GetSilentStatus(), 1);
+        EXPECT_EQ(m_pEngine->GetSilentStatus(), bInline ? 0 : 1);
+        EXPECT_EQ(m_pEngine->GetBypassStatus(), bInline ? 1 : 0);
         CKelvaneManager::Instance()->m_iDebugMode = 0;
         Mend();
         for (const int iFrameCount : {500, 441}) // leaves a rest in each cache
         {
             ASSERT_EQ(m_pEngine->InitAlgorithmParameter(), 0);
-            EXPECT_EQ(m_pEngine->GetSilentStatus(), 0);
+            EXPECT_EQ(m_pEngine->GetSilentStatus() + m_pEngine->GetBypassStatus(), 0);
             SetFormat(2, iFrameCount == 500 ? 44100 : 48000);
             std::vector<float> vecIn(static_cast<size_t>(2 * ((bInline ? 0 : 3) * iFrameCount + 1440)), 0.0F);
-            const std::vector<float> vecOut = Play(iFrameCount == 500 ? 41 : 20, iFrameCount, vecIn);
+            std::vector<float> vecOut;
+            for (int iPeriod = 0; iPeriod < 41; ++iPeriod)
+            {
+                const std::vector<float> vecFrames = Ramp(iFrameCount);
+                vecIn.insert(vecIn.end(), vecFrames.begin(), vecFrames.end());
+                Input(vecFrames);
+                WaitForWorkers();
+                const std::vector<float> vecPeriod = Output(static_cast<UINT32>(iFrameCount));
+                vecOut.insert(vecOut.end(), vecPeriod.begin(), vecPeriod.end());
+            }
             EXPECT_TRUE(iFrameCount == 500 || std::equal(vecOut.begin(), vecOut.end(), vecIn.begin()));
         }
     }

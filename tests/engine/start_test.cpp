@@ -70,34 +70,6 @@ TEST_F(StartTest, StreamWithoutItsWorkerIsSilent)
     }
 }
 
-TEST_F(StartTest, EachStartTakesTheNewFormat)
-{
-    MakeEngine();
-    m_oLibrary.iInitCode = 7;
-    EXPECT_EQ(m_pEngine->InitAlgorithmParameter(), 7);
-    m_oLibrary.iInitCode = 0;
-    size_t iResources = 0;
-    for (int i = 0; i < 50; ++i)
-    {
-        ASSERT_EQ(m_pEngine->InitAlgorithmParameter(), 0);
-        EXPECT_EQ(m_pEngine->GetBypassStatus(), 0);
-        iResources = i == 0 ? CountResources() : iResources;
-        EXPECT_EQ(CountResources(), iResources);
-        const int iFrameCount = i % 3 == 0 ? 480 : 441;
-        SetFormat(i % 2 == 0 ? 6 : 2, iFrameCount * 100);
-        m_iRampFrame = 0;
-        std::vector<float> vecOut;
-        for (int iPeriod = 0; iPeriod < 4; ++iPeriod)
-        {
-            EXPECT_EQ(Input(Ramp(iFrameCount)), 0);
-            WaitForWorkers();
-            vecOut = Output(static_cast<UINT32>(iFrameCount));
-        }
-        EXPECT_NEAR(vecOut[0], 1.0F, 0.01F);
-        EXPECT_NEAR(vecOut.back(), static_cast<float>(iFrameCount) + (i % 2 == 0 ? 1.25F : 0.25F), 0.01F);
-    }
-}
-
 TEST_F(StartTest, VolumeAndSoundModesChooseTheKey)
 {
     struct Row
