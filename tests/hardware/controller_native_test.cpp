@@ -4,8 +4,6 @@
 #include "apo/kelvane/apo_kelvane_wmi.h"
 #include "tests/platform/machine_file.h"
 
-#include <thread>
-
 namespace
 {
 constexpr INT64 QUERY = 0x1A0202;
@@ -169,16 +167,11 @@ TEST_F(ControllerChannelTest, AThreadKeepsItsApartment)
     DeclareController("");
     auto pWMI = std::make_unique<CKelvaneWMI>();
     ASSERT_EQ(pWMI->Initialize(), 0);
-    std::thread(
-        [&]
-        {
-            EXPECT_EQ(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), S_OK);
-            EXPECT_EQ(pWMI->SetECTemperature(SET), 0);
-            pWMI.reset();
-            EXPECT_EQ(CoInitializeEx(nullptr, COINIT_MULTITHREADED), RPC_E_CHANGED_MODE);
-            CoUninitialize();
-        })
-        .join();
+    EXPECT_EQ(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), S_OK);
+    EXPECT_EQ(pWMI->SetECTemperature(SET), 0);
+    pWMI.reset();
+    EXPECT_EQ(CoInitializeEx(nullptr, COINIT_MULTITHREADED), RPC_E_CHANGED_MODE);
+    CoUninitialize();
 }
 
 TEST_F(ControllerChannelTest, WordsGoInTheFormThatTheFirmwareTakes)

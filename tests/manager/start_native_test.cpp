@@ -1,4 +1,6 @@
-// The manager's steps on the native machine: a step that throws, devices on the way down, a locale with a comma.
+// The manager's start where the native machine's means are wanted: a step that throws, devices on the way down, times
+// of files, a locale with a comma.
+#include "platform/hostpath.h"
 #include "platform/linux/machine.h"
 #include "tests/manager/manager_test.h"
 #include "tests/platform/machine_file.h"
@@ -6,6 +8,7 @@
 #include <clocale>
 #include <cmath>
 #include <filesystem>
+#include <fstream>
 
 namespace
 {
@@ -25,12 +28,31 @@ TEST_F(ManagerStartTest, GoesOnBehindAStepThatThrows)
     EXPECT_TRUE(HasLine("ERROR", 13, "LoadProcessDll failed:no version"));
     EXPECT_FALSE(CKelvaneManager::Instance()->GetLoadDLLStatus());
     CKelvaneManager::DeleteInstance();
-    std::string strSent;
+    std::string strSent; // each device by its first letter
     for (const machine::SentItem& oItem : machine::Sent())
-        strSent += oItem.strDevice + ":" + oItem.strWhat + " ";
-    EXPECT_EQ(strSent, "KELVANE_DEVICE0:open KELVANE_DEVICE0:request everest:open everest:request "
-                       "KELVANE_DEVICE0:request KELVANE_DEVICE0:cancel KELVANE_DEVICE0:close everest:request "
-                       "everest:cancel everest:close ");
+        strSent += oItem.strDevice.substr(0, 1) + oItem.strWhat + " ";
+    EXPECT_EQ(strSent, "Kopen Krequest eopen erequest Krequest Kcancel Kclose erequest ecancel eclose ");
+}
+
+// By the later of both times: b is made later, then one of the two is written at another time.
+TEST_F(ManagerStartTest, TheNewestFileIsMadeOrWrittenLast)
+{
+    const std::string strFile = AUDIO_DRIVER_DIR + std::string("audio_kelvane_params_");
+    for (const int iNewest : {1, 2})
+    {
+        CKelvaneManager* const pManager = Restart();
+        for (const int iFile : {1, 2})
+        {
+            DeleteFileA((strFile + std::to_string(iFile) + ".xml").c_str());
+            PutFile(strFile + std::to_string(iFile) + ".xml",
+                    "<SENCE_CATEGORY><SENSOR_RANGE_COMMAND VALUE='" + std::to_string(iFile) + "'/></SENCE_CATEGORY>");
+            LetTimePass();
+        }
+        const auto oWritten = std::filesystem::file_time_type::clock::now() - std::chrono::hours(iNewest == 2);
+        std::filesystem::last_write_time(HostPath(strFile + std::to_string(iNewest) + ".xml"), oWritten);
+        pManager->LoadConfigFile();
+        EXPECT_EQ(pManager->m_vecSensorRangeCommand, std::vector<INT32>{iNewest});
+    }
 }
 
 // Such a locale, made of the system's own.

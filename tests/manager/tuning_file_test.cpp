@@ -1,10 +1,6 @@
 // Which tuning file is taken, how its lists are read, and what broken files do.
 #include "audioapi/audio_api_string.h"
-#include "platform/hostpath.h"
 #include "tests/manager/manager_test.h"
-
-#include <filesystem>
-#include <fstream>
 
 namespace
 {
@@ -97,29 +93,6 @@ TEST_F(TuningFileTest, TakesOneFileOfMany)
         const std::vector<INT32> oExpected = oRow.iTaken ? std::vector<INT32>{oRow.iTaken} : std::vector<INT32>{};
         EXPECT_EQ(pManager->m_vecSensorRangeCommand, oExpected);
         EXPECT_EQ(CountLog("No Parameter be Loaded in Map!"), oRow.iTaken ? 1u : 0u);
-    }
-}
-
-// Newest is by the later of both times: b is made later, then one of the two is written at another time.
-TEST_F(TuningFileTest, NewestIsMadeOrWrittenLast)
-{
-    const std::string strA = INSTALLED + "audio_kelvane_params_a.xml";
-    const std::string strB = INSTALLED + "audio_kelvane_params_b.xml";
-    for (const bool bMade : {true, false})
-    {
-        RemoveTuning();
-        CKelvaneManager* pManager = Restart();
-        PutFile(strA, File("", "", 1));
-        LetTimePass();
-        PutFile(strB, File("", "", 2));
-        LetTimePass();
-        if (bMade)
-            std::filesystem::last_write_time(HostPath(strB),
-                                             std::filesystem::file_time_type::clock::now() - std::chrono::hours(1));
-        else
-            std::ofstream(HostPath(strA), std::ios::app) << "\n";
-        pManager->LoadConfigFile();
-        EXPECT_EQ(pManager->m_vecSensorRangeCommand, std::vector<INT32>{bMade ? 2 : 1});
     }
 }
 

@@ -266,21 +266,20 @@ TEST_F(ModuleTest, SilentDevicesHoldNothingUp)
         strText.replace(i, 9, "{0x1,0x2,"); // codecs in use, two amplifiers
     std::ofstream(strTuning) << strText;
 
-    HMODULE hModule = nullptr;
     auto oStart = std::chrono::steady_clock::now();
     const auto fStep = [&](const char* pStep)
     {
         const auto oEnd = std::chrono::steady_clock::now();
         EXPECT_LT(oEnd - std::exchange(oStart, oEnd), std::chrono::seconds(10)) << pStep;
     };
-    hModule = LoadLibraryA("KelvaneAPO");
+    const HMODULE hModule = LoadLibraryA("KelvaneAPO");
     fStep("load");
     std::vector<FLOAT32> vecIn, vecOut;
     {
         CStream oInline(KELVANE_RENDER_OMFX_GUID, 2, 48000);
-        fStep("inline lock");
+        fStep("lock");
         CStream oWorker(KELVANE_RENDER_EFX_GUID, 2, 48000);
-        fStep("worker lock");
+        fStep("lock beside it");
         Play(oInline, 2, 480, 1500, vecIn, vecOut);
         fStep("three jobs that meet the controller");
         Play(oWorker, 2, 480, 1100, vecIn, vecOut);

@@ -37,18 +37,6 @@ TEST_F(DeviceTest, HangsUntilCancelledAndTouchesNothingAfterClosing)
     EXPECT_FALSE(CancelIoEx(hDevice, nullptr));
     EXPECT_EQ(GetLastError(), DWORD{ERROR_NOT_FOUND});
     DWORD dwBytes = 0;
-    {
-        OVERLAPPED stRecord{}; // without an event of its own
-        EXPECT_FALSE(Send(hDevice, &stRecord));
-        EXPECT_FALSE(GetOverlappedResult(hDevice, &stRecord, &dwBytes, FALSE));
-        EXPECT_EQ(GetLastError(), DWORD{ERROR_IO_INCOMPLETE});
-        EXPECT_FALSE(GetOverlappedResultEx(hDevice, &stRecord, &dwBytes, 10, FALSE));
-        EXPECT_EQ(GetLastError(), DWORD{WAIT_TIMEOUT});
-        OVERLAPPED stOther{};
-        EXPECT_FALSE(CancelIoEx(hDevice, &stOther));
-        EXPECT_EQ(machine::CompleteHungRequests(), 1U);
-        EXPECT_TRUE(GetOverlappedResult(hDevice, &stRecord, &dwBytes, TRUE));
-    }
     auto pRecord = std::make_unique<OVERLAPPED>();
     auto pLate = std::make_unique<OVERLAPPED>();
     EXPECT_FALSE(Send(hDeaf, pRecord.get()));
