@@ -18,16 +18,25 @@ constexpr char strDriverFolder[] = "/c/windows/system32/ZVAudioDriver/";
 
 constexpr int iManyRounds = SANITIZED ? 100 : 1000;
 
-// A stream that is initialised and locked, and gone at the end.
+// A stream that is initialised and locked, and gone at the end; built through COM, or by the module itself.
 class CStream
 {
 public:
-    CStream(const CLSID& oClassID, DWORD dwChannels, FLOAT32 f32Rate) : m_oFormats(dwChannels, f32Rate)
+    CStream(const CLSID& oClassID, DWORD dwChannels, FLOAT32 f32Rate, HMODULE hModule = nullptr)
+        : m_oFormats(dwChannels, f32Rate)
     {
         BYTE aInit[sizeof(APOInitSystemEffects2)] = {};
-        EXPECT_EQ(CoCreateInstance(oClassID, nullptr, CLSCTX_INPROC_SERVER, IID_IAudioProcessingObject,
-                                   reinterpret_cast<void**>(&m_pObject)),
+        IClassFactory* pFactory = nullptr;
+        void** const ppFactory = reinterpret_cast<void**>(&pFactory);
+        const auto pGetClassObject = reinterpret_cast<HRESULT(STDMETHODCALLTYPE*)(REFCLSID, REFIID, void**)>(
+            reinterpret_cast<void (*)()>(GetProcAddress(hModule, "DllGetClassObject")));
+        EXPECT_EQ(pGetClassObject != nullptr
+                      ? pGetClassObject(oClassID, IID_IClassFactory, ppFactory)
+                      : CoGetClassObject(oClassID, CLSCTX_INPROC_SERVER, nullptr, IID_IClassFactory, ppFactory),
                   S_OK);
+        EXPECT_EQ(pFactory->CreateInstance(nullptr, IID_IAudioProcessingObject, reinterpret_cast<void**>(&m_pObject)),
+                  S_OK);
+        pFactory->Release();
         EXPECT_EQ(m_pObject->Initialize(sizeof(aInit), aInit), S_OK);
         m_pObject->QueryInterface(IID_IAudioProcessingObjectRT, reinterpret_cast<void**>(&m_pRT));
         m_pObject->QueryInterface(IID_IAudioProcessingObjectConfiguration, reinterpret_cast<void**>(&m_pConfiguration));
@@ -276,9 +285,9 @@ TEST_F(ModuleTest, SilentDevicesHoldNothingUp)
     fStep("load");
     std::vector<FLOAT32> vecIn, vecOut;
     {
-        CStream oInline(KELVANE_RENDER_OMFX_GUID, 2, 48000);
+        CStream oInline(KELVANE_RENDER_OMFX_GUID, 2, 48000, hModule);
         fStep("lock");
-        CStream oWorker(KELVANE_RENDER_EFX_GUID, 2, 48000);
+        CStream oWorker(KELVANE_RENDER_EFX_GUID, 2, 48000, hModule);
         fStep("lock beside it");
         Play(oInline, 2, 480, 1500, vecIn, vecOut);
         fStep("three jobs that meet the controller");
@@ -289,16 +298,10 @@ TEST_F(ModuleTest, SilentDevicesHoldNothingUp)
         fStep("second lock");
     }
     fStep("release");
-    CoFreeUnusedLibraries();
     FreeLibrary(hModule);
     EXPECT_NE(GetProcAddress(hModule, "DllCanUnloadNow"), nullptr);
     machine::CompleteHungRequests();
-    EXPECT_TRUE(WaitFor(
-        [&]
-        {
-            CoFreeUnusedLibraries();
-            return GetProcAddress(hModule, "DllCanUnloadNow") == nullptr;
-        }));
+    EXPECT_TRUE(WaitFor([&] { return GetProcAddress(hModule, "DllCanUnloadNow") == nullptr; }));
     fStep("free");
 }
 } // namespace
