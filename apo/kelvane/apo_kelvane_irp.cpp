@@ -4,6 +4,7 @@
 #include "audioapi/audio_api_log.h"
 #include "audioapi/audio_api_string.h"
 
+#include <exception>
 #include <mutex>
 
 namespace
@@ -18,9 +19,17 @@ constexpr size_t STATUS_WORD = 1;
 constexpr DWORD STATUS_RECORD_SIZE = 8;
 } // namespace
 
+// Without memory for its first request it is as one whose driver refused: there, and asked again at the next start.
 CKelvaneIRP::CKelvaneIRP(const std::string& strDeviceName)
 {
-    Initialize(strDeviceName);
+    try
+    {
+        Initialize(strDeviceName);
+    }
+    catch (const std::exception& oException)
+    {
+        AudioLogFailure(AUDIO_LOG_SITE, ERROR_OUTOFMEMORY, oException.what());
+    }
 }
 
 CKelvaneIRP::~CKelvaneIRP()

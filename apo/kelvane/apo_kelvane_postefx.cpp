@@ -48,10 +48,15 @@ void SetMirrors(CBaseEngine& oEngine, const ChosenBy& stChosenBy)
 } // namespace
 
 CKelvanePostEFX::CKelvanePostEFX(IUnknown* pUnkOuter, const APO_REG_PROPERTIES* pProperties)
-    : CKelvaneEFX(pUnkOuter, pProperties)
+    : CKelvaneEFX(pUnkOuter, pProperties), m_bInline(pProperties->clsid == KELVANE_RENDER_OMFX_GUID)
+{
+    MakeEngine();
+}
+
+void CKelvanePostEFX::MakeEngine()
 {
     m_pEngine.reset(new (std::nothrow) CKelvanePostEngine());
-    if (m_pEngine != nullptr && pProperties->clsid == KELVANE_RENDER_OMFX_GUID)
+    if (m_pEngine != nullptr && m_bInline)
     {
         MakeInline(*m_pEngine);
         AUDIOLOG_DEBUG("Create OMFX Engine" + AddressTag(m_pEngine.get()));
@@ -71,7 +76,8 @@ STDMETHODIMP CKelvanePostEFX::LockForProcess(UINT32 u32NumInputConnections,
                                              APO_CONNECTION_DESCRIPTOR** ppOutputConnections)
 try
 {
-    CAudioMonitor::Instance()->WaitForFirstRead(); // the start and the first frame go by the registry's values
+    if (m_pEngine == nullptr)
+        MakeEngine(); // there was no memory for it so far
     // A lock that will be refused leaves a running stream as it is.
     UNCOMPRESSEDAUDIOFORMAT oInFormat{};
     bool bStarted = false;
@@ -79,6 +85,7 @@ try
     if (m_pEngine != nullptr && IsLockTaken(u32NumInputConnections, ppInputConnections, u32NumOutputConnections,
                                             ppOutputConnections, oInFormat))
     {
+        CAudioMonitor::Instance()->WaitForFirstRead(); // the start and the first frame go by the registry's values
         m_pEngine->m_iStreamChannelCount = static_cast<int>(oInFormat.dwSamplesPerFrame);
         bStarted = AUDIO_CHECK(m_pEngine->InitAlgorithmParameter()) == 0;
         stChosenBy = MirrorsOf(*m_pEngine);

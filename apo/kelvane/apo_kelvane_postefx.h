@@ -16,4 +16,10 @@ public:
 protected:
     ~CKelvanePostEFX() override;
     int GetRenderMode() override;
+
+private:
+    // Leaves none without memory.
+    void MakeEngine();
+
+    const bool m_bInline; // the algorithm runs in the caller's thread
 };
