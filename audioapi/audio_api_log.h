@@ -181,12 +181,10 @@ void AudioLogFailure(const AudioLogSite& oSite, INT64 iErrorCode, const char* pT
 #define AUDIO_LOG_EVENT_AT(oSite, iLevel, iErrorCode, strText, dwEventType, dwEventID)                                 \
     AUDIO_LOG_STATEMENT(IsEventRecorded(iLevel), RecordEventItem((oSite).pFunction, (oSite).pFile, (oSite).iLine,      \
                                                                  iLevel, iErrorCode, strText, dwEventType, dwEventID))
-#define AUDIO_LOG_EVENT_INFO_AT(oSite, strText)                                                                        \
-    AUDIO_LOG_EVENT_AT(oSite, AUDIO_LEVEL_INFO, 0, strText, EVENTLOG_INFORMATION_TYPE, 0x40020F01)
-#define AUDIO_LOG_EVENT_WARN_AT(oSite, strText)                                                                        \
-    AUDIO_LOG_EVENT_AT(oSite, AUDIO_LEVEL_WARN, 0, strText, EVENTLOG_WARNING_TYPE, 0x80020F02)
-#define AUDIOLOG_EVENT_INFO(strText) AUDIO_LOG_EVENT_INFO_AT(AUDIO_LOG_SITE, strText)
-#define AUDIOLOG_EVENT_WARN(strText) AUDIO_LOG_EVENT_WARN_AT(AUDIO_LOG_SITE, strText)
+#define AUDIOLOG_EVENT_INFO(strText)                                                                                   \
+    AUDIO_LOG_EVENT_AT(AUDIO_LOG_SITE, AUDIO_LEVEL_INFO, 0, strText, EVENTLOG_INFORMATION_TYPE, 0x40020F01)
+#define AUDIOLOG_EVENT_WARN(strText)                                                                                   \
+    AUDIO_LOG_EVENT_AT(AUDIO_LOG_SITE, AUDIO_LEVEL_WARN, 0, strText, EVENTLOG_WARNING_TYPE, 0x80020F02)
 #define AUDIOLOG_EVENT_ERROR(iErrorCode, strText)                                                                      \
     AUDIO_LOG_EVENT_AT(AUDIO_LOG_SITE, AUDIO_LEVEL_ERROR, iErrorCode, strText, EVENTLOG_ERROR_TYPE, 0xC0020F03)
 
