@@ -115,7 +115,7 @@ void CAudioDir::WatchDirectory()
                                                  nullptr, nullptr) != FALSE;
         if (!bRead)
         {
-            AUDIOLOG_ERROR(GetLastError(), "Read Directory Changes failed!");
+            AUDIOLOG_ERROR(AudioLastError(), "Read Directory Changes failed!");
             if (bReadBefore && ReopenDirectory())
             {
                 bReadBefore = false;
@@ -184,7 +184,7 @@ int CAudioDir::OpenDirectory(const std::string& strTarget)
                            std::to_string(iFailed) + ") for Directory:" + strTarget);
             return 0;
         }
-        dwError = GetLastError();
+        dwError = AudioLastError();
         Sleep(OPEN_PAUSE);
     }
     AUDIOLOG_ERROR(dwError, "Fail to Create File for monitor Directory:" + strTarget);
@@ -201,7 +201,8 @@ int CAudioDir::ProcessAddEvent(const FILE_NOTIFY_INFORMATION* pNotification)
 {
     if (AUDIO_MISSING(pNotification, 13))
         return 13;
-    if (m_iDirExist == 0 && IsOwnName(*pNotification))
+    // The folder itself is asked, for its coming may be told by a record behind the first.
+    if (m_iDirExist == 0 && IsDirectory(m_strDirPath))
     {
         if (const int iResult = AUDIO_CHECK(CreateDirectoryHandle()))
             return iResult;

@@ -55,8 +55,9 @@ void DumpFrames(const APO_CONNECTION_PROPERTY* pConnection, int iChannelCount, U
 // What one call may do on a running stream, log and dump off: at 48 kHz take heap blocks only for the frames that it
 // pushes and give back those that it pops, at other rates a small constant number more per block; wait for the two
 // queue locks only; build no text for a level that is off. It opens no file and reads no registry, but for the line
-// and the signal of a worker that is a second late. Every frame count from 1 up is taken. A failure costs the period,
-// never the stream.
+// and the signal of a worker that is a second late. The inline variant runs the periodic jobs too: each 5 s of audio it
+// asks the controller, and waits for a silent one once, within its bound; in debug mode it writes the record files.
+// Every frame count from 1 up is taken. A failure costs the period, never the stream.
 RT_CODE STDMETHODIMP_(void) CBaseAPO::APOProcess(UINT32 u32NumInputConnections,
                                                  APO_CONNECTION_PROPERTY** ppInputConnections,
                                                  UINT32 u32NumOutputConnections,
