@@ -82,10 +82,14 @@ TEST_F(DirTest, AFileThatStaysIsTriedAgainAtTheNextEvent)
     SetRegistry(AUDIO_DEBUG_PATH, AUDIO_DEBUG_NUM, 3);
     control::FailNext("DeleteFileA", 32, 1);
     CAudioLog::Instance()->Initialize(nullptr);
-    WaitForWorkers(); // a file that comes before the watch is seen with the next one only
-    AUDIOLOG_ERROR(1, "a fourth file");
-    EXPECT_TRUE(WaitFor([] { return CountLog("DeleteFileA(strFilePath.c_str())") == 1; }, 3000));
-    std::ofstream(Folder() / "fifth.log").put('x');
+    int iFile = 3; // one that comes before the watch is seen with the next one only
+    EXPECT_TRUE(WaitFor(
+        [&]
+        {
+            std::ofstream(Folder() / (std::to_string(++iFile) + ".log")).put('x');
+            return CountLog("DeleteFileA(strFilePath.c_str())") == 1;
+        }));
+    std::ofstream(Folder() / "last.log").put('x');
     EXPECT_TRUE(WaitFor([] { return CountFiles(".log") == 3; }));
     EXPECT_FALSE(fs::exists(Folder() / "001.log"));
 }
