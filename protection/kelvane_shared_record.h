@@ -2,7 +2,7 @@
 // Apply.
 #pragma once
 
-#include "apo/kelvane/apo_kelvane_records.h"
+#include "protection/kelvane_protection.h"
 
 #include <atomic>
 

@@ -1,5 +1,5 @@
 // Our protection library as its caller meets it: through the loader, the ten names and the records.
-#include "apo/kelvane/apo_kelvane_records.h"
+#include "protection/kelvane_protection.h"
 
 #include <windows.h>
 

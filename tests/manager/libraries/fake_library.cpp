@@ -1,5 +1,5 @@
 // A protection library with a fault: which one, the build says. What it plays has its sign turned, so that it is known.
-#include "apo/kelvane/apo_kelvane_records.h"
+#include "protection/kelvane_protection.h"
 
 #include <cstring>
 #include <stdexcept>
