@@ -15,6 +15,9 @@ enum KelvaneResult : int32_t
     KELVANE_BUSY = 5, // the parameter set was being replaced all the while
 };
 
+constexpr int32_t LOWEST_TEMPERATURE = -5000; // degrees Celsius / 100
+constexpr int32_t HIGHEST_TEMPERATURE = 20000;
+
 // The tuning files name the version without what stands behind its last point.
 const KelvaneVersion g_oVersion = {"x64", "Kelvane 1.0.0.1", __DATE__ " " __TIME__};
 
@@ -53,8 +56,6 @@ extern "C"
         return KELVANE_OK;
     }
 
-    // Both buffers of at least the sizes told, aligned as malloc aligns. The caller frees them when no call is under
-    // way.
     int32_t AudioKelvaneInit(void* pRunBuf, void* pScratchBuf)
     {
         if (pRunBuf == nullptr || pScratchBuf == nullptr)
@@ -68,12 +69,8 @@ extern "C"
     {
         if (pScratchBuf == nullptr || pStruParam == nullptr)
             return KELVANE_NULL_POINTER;
-        return WithInstance(pRunBuf,
-                            [=](CKelvaneInstance& oInstance)
-                            {
-                                oInstance.SetParams(*pStruParam);
-                                return KELVANE_OK;
-                            });
+        return WithInstance(pRunBuf, [=](CKelvaneInstance& oInstance)
+                            { return oInstance.SetParams(*pStruParam) ? KELVANE_OK : KELVANE_BAD_VALUE; });
     }
 
     int32_t AudioKelvaneGetParams(void* pRunBuf, KelvaneStruParam* pStruParam)
@@ -98,18 +95,26 @@ extern "C"
                             });
     }
 
-    // Without sense signals there is nothing to fit the model to.
     int32_t AudioKelvaneIvOptimize(void* pRunBuf)
     {
-        return WithInstance(pRunBuf, [](const CKelvaneInstance&) { return KELVANE_OK; });
+        return WithInstance(pRunBuf,
+                            [](CKelvaneInstance& oInstance)
+                            {
+                                oInstance.IvOptimize();
+                                return KELVANE_OK;
+                            });
     }
 
-    // Percent, 255 when unknown. The gain doesn't depend on it.
     int32_t AudioKelvaneSetBatteryInformation(void* pRunBuf, int32_t iBattery)
     {
-        const bool bKnown = iBattery >= 0 && iBattery <= 100;
-        return WithInstance(pRunBuf, [=](const CKelvaneInstance&)
-                            { return bKnown || iBattery == 255 ? KELVANE_OK : KELVANE_BAD_VALUE; });
+        const bool bGood = (iBattery >= 0 && iBattery <= 100) || iBattery == CKelvaneInstance::UNKNOWN_BATTERY;
+        return WithInstance(pRunBuf,
+                            [=](CKelvaneInstance& oInstance)
+                            {
+                                if (bGood)
+                                    oInstance.SetBattery(iBattery);
+                                return bGood ? KELVANE_OK : KELVANE_BAD_VALUE;
+                            });
     }
 
     int32_t AudioKelvaneClearStatus(void* pRunBuf)
@@ -122,14 +127,15 @@ extern "C"
                             });
     }
 
-    // Degrees Celsius / 100.
     int32_t AudioKelvaneSetTemperatureInformation(void* pRunBuf, int32_t iTemperature)
     {
+        const bool bGood = iTemperature >= LOWEST_TEMPERATURE && iTemperature <= HIGHEST_TEMPERATURE;
         return WithInstance(pRunBuf,
                             [=](CKelvaneInstance& oInstance)
                             {
-                                oInstance.SetTemperature(iTemperature);
-                                return KELVANE_OK;
+                                if (bGood)
+                                    oInstance.SetTemperature(iTemperature);
+                                return bGood ? KELVANE_OK : KELVANE_BAD_VALUE;
                             });
     }
 }

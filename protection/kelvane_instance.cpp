@@ -1,90 +1,300 @@
-// The algorithm: a plain gain per channel, and the state that it reports.
+// Blocks, modes and the way between them; sets, requests and state across threads.
 #include "protection/kelvane_instance.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <numeric>
 
 namespace
 {
 constexpr int LOAD_ATTEMPTS = 1000;
-
-int16_t ToWord(float f32Value)
+constexpr int FADE_BLOCKS = 8;       // between the modes: 40 ms
+constexpr int WARM_BLOCKS = 2;       // stages run this long before they are heard: longer than their delay
+constexpr double DIRECT_STEP = 0.25; // gain change in a block
+constexpr float FADE_STEP = 1.0f / (FADE_BLOCKS * BLOCK_LEN);
+enum Mode
 {
-    return static_cast<int16_t>(std::lround(std::clamp(f32Value, -32768.0f, 32767.0f)));
+    PASS = 0,
+    GAIN = 1,
+    PROTECT = 2
+};
+
+// Denormals count as 0, rounding is to nearest, nothing traps; the caller's mode and flags come back at the end.
+class CFloatMode
+{
+public:
+    CFloatMode() { _mm_setcsr(0x1F80 | 0x8040); }
+    ~CFloatMode() { _mm_setcsr(m_uBefore); }
+    CFloatMode(const CFloatMode&) = delete;
+    CFloatMode& operator=(const CFloatMode&) = delete;
+
+private:
+    const unsigned m_uBefore = _mm_getcsr();
+};
+
+bool HasChannel(const KelvaneDataStruct& oFrame, int iChannel)
+{
+    return oFrame.psDataIn[iChannel] != nullptr && oFrame.psDataOut[iChannel] != nullptr;
 }
 
-// Root of the mean square. Independent sums, for one running sum would wait on every addition.
-float CalcRms(const float* pSamples, int32_t iFrameLen)
+double SquareSum(const float* pSamples, int iCount)
 {
-    constexpr int32_t SUM_COUNT = 8;
+    constexpr int SUM_COUNT = 8; // independent, for one running sum would wait on every addition
     float f32Sums[SUM_COUNT] = {};
-    int32_t i = 0;
-    for (; i + SUM_COUNT <= iFrameLen; i += SUM_COUNT)
-        for (int32_t j = 0; j < SUM_COUNT; ++j)
+    int i = 0;
+    for (; i + SUM_COUNT <= iCount; i += SUM_COUNT)
+        for (int j = 0; j < SUM_COUNT; ++j)
             f32Sums[j] += pSamples[i + j] * pSamples[i + j];
-    for (; i < iFrameLen; ++i)
+    for (; i < iCount; ++i)
         f32Sums[0] += pSamples[i] * pSamples[i];
-    const float f32Sum = std::accumulate(f32Sums, f32Sums + SUM_COUNT, 0.0f);
-    return std::sqrt(f32Sum / static_cast<float>(iFrameLen));
-}
-
-// Samples times the gain; in and out may be the same.
-void ApplyGain(const float* pIn, float* pOut, int32_t iFrameLen, float f32Gain)
-{
-    for (int32_t i = 0; i < iFrameLen; ++i)
-        pOut[i] = pIn[i] * f32Gain;
+    double f64Sum = 0.0;
+    for (const float f32Sum : f32Sums)
+        f64Sum += static_cast<double>(f32Sum);
+    return std::isfinite(f64Sum) ? f64Sum : 0.0;
 }
 } // namespace
 
-// An attempt fails only when another whole set was stored within these few loads: no thread can hold the frame up.
-void CKelvaneInstance::Apply(KelvaneScratch& oScratch, const KelvaneDataStruct& oDataStruct)
+CKelvaneInstance::CKelvaneInstance()
 {
-    while (!m_oRecord.TryLoadGains(oScratch.bActive, oScratch.f32Gain))
+    for (int i = 0; i < KELVANE_MAX_CHANNELS; ++i)
     {
+        m_f64Direct[i] = m_f64DirectBefore[i] = m_f64DirectTarget[i] = 1.0;
+        m_f64LevelSum[i] = 0.0;
     }
-    for (int32_t i = 0; i < KELVANE_MAX_CHANNELS; ++i)
-    {
-        const float* pIn = oDataStruct.psDataIn[i];
-        float* pOut = oDataStruct.psDataOut[i];
-        if (pIn == nullptr || pOut == nullptr)
-            continue;
-        if (oScratch.bActive)
-            ApplyGain(pIn, pOut, oDataStruct.iFrameLen, oScratch.f32Gain[i]);
-        else
-            memmove(pOut, pIn, static_cast<size_t>(oDataStruct.iFrameLen) * sizeof(float));
-        const float f32Rms = CalcRms(pOut, oDataStruct.iFrameLen);
-        m_f32Rms[i].store(std::isfinite(f32Rms) ? f32Rms : 0.0f, std::memory_order_relaxed);
-    }
+    Report();
+}
+
+bool CKelvaneInstance::SetParams(const KelvaneStruParam& oStruParam)
+{
+    if (CheckParameters(oStruParam).pInfo != nullptr)
+        return false;
+    m_oRecord.Store(oStruParam);
+    return true;
 }
 
 bool CKelvaneInstance::GetParams(KelvaneStruParam& oStruParam) const
 {
     int iAttempt = 0;
-    while (!m_oRecord.TryLoad(oStruParam))
+    while (!m_oRecord.TryLoad(oStruParam, m_oRecord.Count()))
         if (++iAttempt == LOAD_ATTEMPTS)
             return false;
-
-    const float f32Temperature = static_cast<float>(m_iTemperature.load(std::memory_order_relaxed));
-    const bool bActive = oStruParam.sFFModule[0] != 0;
-    for (int32_t i = 0; i < KELVANE_MAX_CHANNELS; ++i)
-    {
-        const float f32Gain = bActive ? static_cast<float>(oStruParam.sPOWTargetGain[i]) / 100.0f : 1.0f;
-        oStruParam.sLSMCoilTemp[i] = ToWord(f32Temperature);
-        oStruParam.sPOWPrms[i] = ToWord(m_f32Rms[i].load(std::memory_order_relaxed) * 100.0f);
-        oStruParam.sTEPCurrentGain[i] = ToWord(f32Gain * 100.0f);
-        oStruParam.sANDCurrentGain[i] = ToWord(f32Gain * 100.0f);
-        oStruParam.sIPWCurrentGain[i] = ToWord(f32Gain * 10000.0f);
-    }
-    oStruParam.sLSMMonitorTemp = ToWord(f32Temperature / 100.0f);
-    oStruParam.sBCNCurrentGain = 100;
+    int16_t* const pWords = reinterpret_cast<int16_t*>(&oStruParam);
+    for (int iState = 0; iState < KELVANE_STATE_COUNT; ++iState)
+        for (int i = 0; i < (KELVANE_STATES[iState].bPerSpeaker ? KELVANE_MAX_CHANNELS : 1); ++i)
+            pWords[KELVANE_STATES[iState].iWord + i] = m_sState[iState][i].load(std::memory_order_relaxed);
     return true;
+}
+
+void CKelvaneInstance::SetTemperature(int32_t iTemperature)
+{
+    m_iTemperature.store(iTemperature, std::memory_order_relaxed);
+    ReportWord(KelvaneState::AMBIENT, 0, iTemperature / 100.0);
 }
 
 void CKelvaneInstance::ClearStatus()
 {
-    m_iTemperature.store(INITIAL_TEMPERATURE, std::memory_order_relaxed);
-    for (std::atomic<float>& f32Rms : m_f32Rms)
-        f32Rms.store(0.0f, std::memory_order_relaxed);
+    m_bClearWanted.store(true, std::memory_order_relaxed);
+    SetTemperature(UNKNOWN_TEMPERATURE);
+    for (int i = 0; i < KELVANE_MAX_CHANNELS; ++i)
+    {
+        ReportWord(KelvaneState::COIL_TEMPERATURE, i, UNKNOWN_TEMPERATURE / 100.0);
+        ReportWord(KelvaneState::MAGNET_TEMPERATURE, i, UNKNOWN_TEMPERATURE / 100.0);
+        ReportWord(KelvaneState::LEVEL, i, 0.0);
+        ReportWord(KelvaneState::COIL_POWER, i, 0.0);
+    }
+}
+
+void CKelvaneInstance::Apply(KelvaneScratch& oScratch, const KelvaneDataStruct& oDataStruct)
+{
+    const CFloatMode oFloatMode;
+    for (int iOffset = 0; iOffset < oDataStruct.iFrameLen;)
+    {
+        if (m_iPosition == 0)
+            TakeSet(oScratch, oDataStruct);
+        const int iCount = std::min(oDataStruct.iFrameLen - iOffset, BLOCK_LEN - m_iPosition);
+        ProcessPiece(oScratch, oDataStruct, iOffset, iCount);
+        m_iPosition += iCount;
+        iOffset += iCount;
+        if (m_iPosition == BLOCK_LEN)
+            FinishBlock(oDataStruct);
+    }
+}
+
+// One attempt: a set that is replaced while it is read comes in the next block.
+void CKelvaneInstance::TakeSet(KelvaneScratch& oScratch, const Frame& oFrame)
+{
+    const uint32_t uSetCount = m_oRecord.Count();
+    KelvaneStruParam& oSet = oScratch.oStruParam;
+    if (uSetCount == m_uSetCount || !m_oRecord.TryLoad(oSet, uSetCount))
+        return;
+    m_uSetCount = uSetCount;
+    m_iMode = oSet.sFFModule[0];
+    if (m_iMode != PROTECT)
+    {
+        for (int i = 0; i < KELVANE_MAX_CHANNELS; ++i)
+            m_f64DirectTarget[i] = m_iMode == GAIN ? oSet.sPOWTargetGain[i] / 100.0 : 1.0;
+        if (!m_bStarted)
+            std::copy_n(m_f64DirectTarget, KELVANE_MAX_CHANNELS, m_f64Direct);
+    }
+    else if (m_bProtector)
+        m_oProtector.Follow(oSet);
+    else
+        m_oProtector.Init(oSet, Around(oFrame));
+    m_bProtector |= m_iMode == PROTECT;
+    if (!m_bStarted)
+    {
+        std::copy_n(m_f64Direct, KELVANE_MAX_CHANNELS, m_f64DirectBefore);
+        m_iFadeBlocks = m_iFadeBefore = m_iMode == PROTECT ? FADE_BLOCKS : 0;
+        m_iWarmBlocks = m_iMode == PROTECT ? WARM_BLOCKS : 0;
+    }
+}
+
+void CKelvaneInstance::ProcessPiece(KelvaneScratch& oScratch, const Frame& oFrame, int iOffset, int iCount)
+{
+    m_bStarted = true;
+    for (int i = 0; i < Protector::PAIRS; ++i)
+        if (HasChannel(oFrame, 2 * i) || HasChannel(oFrame, 2 * i + 1))
+            ProcessPair(oScratch, oFrame, i, iOffset, iCount);
+    if (!m_bProtector)
+        return;
+    for (int i = 0; i < KELVANE_MAX_CHANNELS; ++i)
+        if (oFrame.psVoltageIn[i] != nullptr && oFrame.psCurrentIn[i] != nullptr)
+            m_oProtector.Sense(i, oFrame.psVoltageIn[i] + iOffset, oFrame.psCurrentIn[i] + iOffset, iCount);
+}
+
+// Protected, direct, or from one to the other.
+void CKelvaneInstance::ProcessPair(KelvaneScratch& oScratch, const Frame& oFrame, int iPair, int iOffset, int iCount)
+{
+    const bool bRuns = m_iMode == PROTECT || m_iFadeBlocks > 0 || m_iFadeBefore > 0;
+    const bool bDirect = m_iFadeBlocks < FADE_BLOCKS || m_iFadeBefore < FADE_BLOCKS;
+    const float* pIn[2] = {};
+    for (int i = 0; i < 2; ++i)
+        if (HasChannel(oFrame, 2 * iPair + i))
+            pIn[i] = oFrame.psDataIn[2 * iPair + i] + iOffset;
+    if (bRuns)
+        m_oProtector.Process(iPair, pIn, m_iPosition, m_iPosition + iCount);
+    const float* pDirect[2] = {oScratch.f32Direct[0], oScratch.f32Direct[1]};
+    for (int i = 0; i < 2; ++i)
+    {
+        const int iChannel = 2 * iPair + i;
+        if (bDirect)
+            Direct(pIn[i], oScratch.f32Direct[i], iChannel, iCount);
+        if (pIn[i] == nullptr)
+            continue;
+        float* const pOut = oFrame.psDataOut[iChannel] + iOffset;
+        const float* const pProtected = m_oProtector.Output(iChannel) + m_iPosition;
+        if (!bRuns || !bDirect)
+            memcpy(pOut, bDirect ? pDirect[i] : pProtected, static_cast<size_t>(iCount) * sizeof(float));
+        else
+            for (int j = 0; j < iCount; ++j)
+                pOut[j] = pDirect[i][j] + (pProtected[j] - pDirect[i][j]) * Weight(m_iPosition + j);
+        m_f64LevelSum[iChannel] += SquareSum(pOut, iCount);
+    }
+    if (!bRuns && m_bProtector)
+        m_oProtector.Bypassed(iPair, pDirect, iCount);
+}
+
+void CKelvaneInstance::Direct(const float* pIn, float* pOut, int iChannel, int iCount) const
+{
+    if (pIn == nullptr)
+    {
+        memset(pOut, 0, static_cast<size_t>(iCount) * sizeof(float));
+        return;
+    }
+    memcpy(pOut, pIn, static_cast<size_t>(iCount) * sizeof(float));
+    const double f64Before = m_f64DirectBefore[iChannel];
+    const double f64Change = (m_f64Direct[iChannel] - f64Before) / BLOCK_LEN;
+    if (f64Before == 1.0 && f64Change == 0.0)
+        return;
+    for (int i = 0; i < iCount; ++i)
+        pOut[i] *= static_cast<float>(f64Before + f64Change * (m_iPosition + i + 1));
+}
+
+// Of the protected signal, at a position of the block.
+float CKelvaneInstance::Weight(int iPosition) const
+{
+    const int iWay = (m_iFadeBlocks - m_iFadeBefore) * (iPosition + 1) + m_iFadeBefore * BLOCK_LEN;
+    return static_cast<float>(iWay) * FADE_STEP;
+}
+
+void CKelvaneInstance::FinishBlock(const Frame& oFrame)
+{
+    m_iPosition = 0;
+    if (m_bProtector)
+    {
+        if (m_bClearWanted.exchange(false, std::memory_order_relaxed))
+            m_oProtector.ClearHeat(Around(oFrame));
+        m_oProtector.FinishBlock(Around(oFrame), m_bIvWanted.exchange(false, std::memory_order_relaxed));
+    }
+    Report();
+    for (int i = 0; i < KELVANE_MAX_CHANNELS; ++i)
+    {
+        m_f64LevelSum[i] = 0.0;
+        m_f64DirectBefore[i] = m_f64Direct[i];
+        m_f64Direct[i] += std::clamp(m_f64DirectTarget[i] - m_f64Direct[i], -DIRECT_STEP, DIRECT_STEP);
+    }
+    m_iFadeBefore = m_iFadeBlocks;
+    if (m_iMode == PROTECT)
+    {
+        m_iWarmBlocks = std::min(m_iWarmBlocks + 1, WARM_BLOCKS);
+        m_iFadeBlocks = std::min(m_iFadeBlocks + (m_iWarmBlocks == WARM_BLOCKS), FADE_BLOCKS);
+    }
+    else if (m_iFadeBlocks > 0)
+        --m_iFadeBlocks;
+    else if (m_iWarmBlocks > 0)
+    {
+        m_iWarmBlocks = 0;
+        m_oProtector.Stop();
+    }
+}
+
+// A frame that knows the battery's charge comes first.
+Surroundings CKelvaneInstance::Around(const Frame& oFrame) const
+{
+    const int32_t iTemperature = m_iTemperature.load(std::memory_order_relaxed);
+    const int32_t iTold = m_iBattery.load(std::memory_order_relaxed);
+    const int32_t iBattery = oFrame.BatteryLifePercent <= 100 ? oFrame.BatteryLifePercent : iTold;
+    Surroundings oAround;
+    oAround.bAmbientKnown = iTemperature != UNKNOWN_TEMPERATURE;
+    oAround.f64AmbientC = iTemperature / 100.0;
+    oAround.f64BatteryPercent = oFrame.ACLineStatus == 1 || iBattery > 100 ? 100.0 : iBattery;
+    return oAround;
+}
+
+void CKelvaneInstance::ReportWord(KelvaneState eState, int iChannel, double f64Value)
+{
+    const double f64Word = std::clamp(f64Value * KELVANE_STATES[static_cast<int>(eState)].iDivisor, -32768.0, 32767.0);
+    m_sState[static_cast<int>(eState)][iChannel].store(static_cast<int16_t>(std::lround(f64Word)),
+                                                       std::memory_order_relaxed);
+}
+
+void CKelvaneInstance::Report()
+{
+    const double f64Given = m_iTemperature.load(std::memory_order_relaxed) / 100.0;
+    ReportWord(KelvaneState::AMBIENT, 0, f64Given);
+    double f64Ceiling = 1.0;
+    for (int i = 0; i < KELVANE_MAX_CHANNELS; ++i)
+    {
+        const bool bProtects = m_iMode == PROTECT;
+        const Protector::Speaker& oSpeaker = m_oProtector.oSpeakers[i];
+        const SpeakerConstants& oConstants = oSpeaker.oConstants;
+        const HeatStage& oHeat = oSpeaker.oHeat;
+        const ChannelPair& oPair = m_oProtector.oPairs[i / 2];
+        const bool bRuns = bProtects && m_oProtector.bPairRuns[i / 2];
+        const double f64Direct = bProtects ? 1.0 : m_f64Direct[i];
+        const double f64CoilC = m_bProtector ? oHeat.oLikely.f64CoilC : f64Given;
+        ReportWord(KelvaneState::COIL_TEMPERATURE, i, f64CoilC);
+        ReportWord(KelvaneState::MAGNET_TEMPERATURE, i, m_bProtector ? oHeat.oLikely.f64MagnetC : f64Given);
+        ReportWord(KelvaneState::COIL_RESISTANCE, i,
+                   m_bProtector ? oConstants.f64ResistanceOhm * oConstants.ResistanceRatio(f64CoilC) : 0.0);
+        ReportWord(KelvaneState::LEVEL, i, 100.0 * std::sqrt(m_f64LevelSum[i] / BLOCK_LEN));
+        ReportWord(KelvaneState::HEAT_GAIN, i, bRuns ? oHeat.Gain() : f64Direct);
+        ReportWord(KelvaneState::EXCURSION_GAIN, i, bRuns ? oPair.DeepGain(i % 2) : f64Direct);
+        ReportWord(KelvaneState::CEILING_GAIN, i, bRuns ? oPair.oCeilings[i % 2].Gain() : f64Direct);
+        ReportWord(KelvaneState::COIL_POWER, i, m_bProtector ? oHeat.f64MeanW : 0.0);
+        ReportWord(KelvaneState::ALLOWED_POWER, i, m_bProtector ? oHeat.f64AllowedW : 0.0);
+        ReportWord(KelvaneState::DISPLACEMENT, i, bRuns ? 100.0 * oSpeaker.f64Displacement : 0.0);
+        f64Ceiling = bRuns ? std::min(f64Ceiling, oSpeaker.f64Ceiling) : f64Ceiling;
+    }
+    ReportWord(KelvaneState::CEILING, 0, f64Ceiling);
 }

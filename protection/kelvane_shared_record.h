@@ -15,17 +15,18 @@ public:
     // Any thread; writers take turns, readers never hold them up.
     void Store(const KelvaneStruParam& oStruParam);
 
-    // One attempt at the whole record. Any thread. FALSE if another set was stored meanwhile.
-    bool TryLoad(KelvaneStruParam& oStruParam) const;
+    // Sets so far.
+    uint32_t Count() const { return m_uSetCount.load(std::memory_order_acquire); }
 
-    // One attempt at what a frame needs: whether the set processes at all, and each channel's linear gain.
-    bool TryLoadGains(bool& bActive, float (&pGain)[KELVANE_MAX_CHANNELS]) const;
+    // One attempt at the whole record of that count. Any thread. FALSE if another set was stored meanwhile.
+    bool TryLoad(KelvaneStruParam& oStruParam, uint32_t uSetCount) const;
 
 private:
-    static constexpr size_t WORD_COUNT = sizeof(KelvaneStruParam) / sizeof(int16_t);
-    using Slot = std::atomic<int16_t>[WORD_COUNT];
+    static constexpr size_t PART_COUNT = sizeof(KelvaneStruParam) / sizeof(uint64_t);
+    static_assert(sizeof(KelvaneStruParam) % sizeof(uint64_t) == 0);
+    using Slot = std::atomic<uint64_t>[PART_COUNT];
 
     std::atomic<bool> m_bWriting{false};
     std::atomic<uint32_t> m_uSetCount{0};
-    Slot m_sSlots[2] = {};
+    Slot m_oSlots[2] = {};
 };

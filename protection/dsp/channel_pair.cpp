@@ -1,0 +1,133 @@
+// The order of the stages, and the way from displacement back to samples.
+#include "protection/dsp/channel_pair.h"
+
+#include <cmath>
+#include <cstring>
+
+namespace
+{
+constexpr float LARGEST_SAMPLE = 8.0f; // 18 dB over full scale; what is beyond is cut
+
+// NaN becomes 0, infinity the largest.
+float Sane(float f32Sample)
+{
+    if (std::isnan(f32Sample))
+        return 0.0f;
+    return std::min(std::max(f32Sample, -LARGEST_SAMPLE), LARGEST_SAMPLE);
+}
+} // namespace
+
+void ChannelPair::Init(const PairControl& oControl, int iDeepAhead, int iUpperAhead)
+{
+    for (int i = 0; i < 2; ++i)
+    {
+        oVoltage[i].Reset();
+        oCeilings[i].Reset();
+        f64GainBefore[i] = oControl.f64Gain[i];
+    }
+    oDeepRemoved.Reset();
+    oRemoved.Reset();
+    oConeModel.Reset();
+    oConeBefore = oControl.oCone;
+    oDeep.Init(iDeepAhead);
+    oUpper.Init(iUpperAhead);
+    oCoil.Reset();
+    oPeakLeft = Both(0.0);
+}
+
+void ChannelPair::Process(const PeakFilter& oFilter, const PairControl& oControl, const float* const (&pIn)[2],
+                          int iBegin, int iEnd)
+{
+    const int iCount = iEnd - iBegin;
+    for (int i = 0; i < 2; ++i)
+        TakeIn(pIn[i], i, oControl.f64Gain[i], iBegin, iEnd);
+    oConeModel.Process(oControl.oCone, oVoltage[0].Block() + iBegin, oVoltage[1].Block() + iBegin,
+                       oDeep.oIn.Block() + iBegin, iCount);
+    oDeep.Process(iBegin, iEnd, oControl.oCone.oLimit, oControl.f64Engaged, oUpper.oIn.Block(), oDeepRemoved.Block());
+    Lanes oLeft[BLOCK_LEN];
+    oUpper.Process(iBegin, iEnd, oControl.oCone.oLimit, oControl.f64Engaged, oLeft, oRemoved.Block());
+    const Lanes* const pDeepRemoved = oDeepRemoved.Block() - UpperBand::DELAY;
+    for (int i = iBegin; i < iEnd; ++i)
+    {
+        oRemoved.Block()[i] = _mm_add_pd(oRemoved.Block()[i], pDeepRemoved[i]);
+        oPeakLeft = _mm_max_pd(oPeakLeft, Magnitude(oLeft[i]));
+    }
+    TakeFromVoltage(oControl, iBegin, iEnd);
+    for (int i = 0; i < 2; ++i)
+        oCeilings[i].Process(oFilter, iBegin, iEnd, oControl.f64Ceiling[i]);
+    oCoil.Process(oControl.oBackEmf, oCeilings[0].f32Out + iBegin, oCeilings[1].f32Out + iBegin, iCount);
+}
+
+// The gain moves in a line from block to block; at 1 the samples' bits stay.
+void ChannelPair::TakeIn(const float* pIn, int iChannel, double f64Gain, int iBegin, int iEnd)
+{
+    float* const pOut = oVoltage[iChannel].Block() + iBegin;
+    const int iCount = iEnd - iBegin;
+    if (pIn == nullptr)
+    {
+        memset(pOut, 0, static_cast<size_t>(iCount) * sizeof(float));
+        return;
+    }
+    bool bSane = true;
+    for (int i = 0; i < iCount; ++i)
+        bSane &= std::fabs(pIn[i]) <= LARGEST_SAMPLE;
+    memcpy(pOut, pIn, static_cast<size_t>(iCount) * sizeof(float));
+    if (!bSane)
+        for (int i = 0; i < iCount; ++i)
+            pOut[i] = Sane(pIn[i]);
+    const double f64Before = f64GainBefore[iChannel];
+    if (f64Before == 1.0 && f64Gain == 1.0)
+        return;
+    for (int i = 0; i < iCount; ++i)
+        pOut[i] *= static_cast<float>(f64Before + (f64Gain - f64Before) * (iBegin + i + 1) / BLOCK_LEN);
+}
+
+// The inverse uses the coefficients that the model had when it made the displacement, EXCURSION_DELAY samples before:
+// so a change of coefficients alone is silent.
+void ChannelPair::TakeFromVoltage(const PairControl& oControl, int iBegin, int iEnd)
+{
+    static_assert(EXCURSION_DELAY <= BLOCK_LEN);
+    const int iOld = std::max(iBegin, std::min(iEnd, EXCURSION_DELAY));
+    Subtract(oConeBefore, iBegin, iOld);
+    Subtract(oControl.oCone, iOld, iEnd);
+}
+
+// A channel of which nothing is removed passes with its bits.
+void ChannelPair::Subtract(const ConeLanes& oCone, int iBegin, int iEnd)
+{
+    if (iBegin >= iEnd)
+        return;
+    Lanes oVolt[BLOCK_LEN];
+    const Lanes* const pRemoved = oRemoved.Block();
+    InvertCone(oCone, pRemoved + iBegin, oVolt, iEnd - iBegin);
+    Lanes oAny = Both(0.0);
+    for (int i = iBegin - 2; i < iEnd; ++i)
+        oAny = _mm_or_pd(oAny, pRemoved[i]);
+    const int iTouched = _mm_movemask_pd(_mm_cmpneq_pd(oAny, Both(0.0)));
+    for (int iChannel = 0; iChannel < 2; ++iChannel)
+    {
+        const float* const pIn = oVoltage[iChannel].Block() - EXCURSION_DELAY;
+        float* const pOut = oCeilings[iChannel].oIn.Block();
+        if ((iTouched & (1 << iChannel)) == 0)
+            memcpy(pOut + iBegin, pIn + iBegin, static_cast<size_t>(iEnd - iBegin) * sizeof(float));
+        else
+            for (int i = iBegin; i < iEnd; ++i)
+                pOut[i] = static_cast<float>(static_cast<double>(pIn[i]) -
+                                             reinterpret_cast<const double*>(oVolt + i - iBegin)[iChannel]);
+    }
+}
+
+void ChannelPair::FinishBlock(const PairControl& oControl)
+{
+    for (int i = 0; i < 2; ++i)
+    {
+        oVoltage[i].Roll();
+        oCeilings[i].FinishBlock(oControl.f64Ceiling[i]);
+        f64GainBefore[i] = oControl.f64Gain[i];
+    }
+    oDeepRemoved.Roll();
+    oRemoved.Roll();
+    oDeep.FinishBlock();
+    oUpper.FinishBlock();
+    oConeBefore = oControl.oCone;
+}

@@ -1,0 +1,176 @@
+// Splitting, peak search and removal of an excursion band.
+#include "protection/dsp/excursion_band.h"
+
+namespace
+{
+constexpr int32_t HOLD_GROUPS = 180;   // 30 ms: between peaks of a tone of 17 Hz
+constexpr int32_t DECAY_GROUPS = 1500; // 0.25 s
+constexpr int FADE_LEN = 1920;         // 40 ms
+
+// Cubic from 0 to 1 without a corner at either end.
+double FadePart(int iFaded)
+{
+    const double f64Part = static_cast<double>(iFaded) / FADE_LEN;
+    return f64Part * f64Part * (3.0 - 2.0 * f64Part);
+}
+
+template <class Curve> void WriteCurve(const Curve (&oCurves)[2], Lanes* pValues, int iCount)
+{
+    Lanes oValue = _mm_set_pd(oCurves[1].f64Start, oCurves[0].f64Start);
+    Lanes oStep = _mm_set_pd(oCurves[1].f64Step, oCurves[0].f64Step);
+    const Lanes oChange = _mm_set_pd(oCurves[1].f64Change, oCurves[0].f64Change);
+    for (int i = 0; i < iCount; ++i)
+    {
+        pValues[i] = oValue = _mm_add_pd(oValue, oStep);
+        oStep = _mm_add_pd(oStep, oChange);
+    }
+}
+} // namespace
+
+template <int MAX_AHEAD, int WIDTH, bool LAST> void ExcursionBand<MAX_AHEAD, WIDTH, LAST>::Init(int iLookAhead)
+{
+    iAhead = iNextAhead = iLookAhead;
+    Reset();
+}
+
+template <int MAX_AHEAD, int WIDTH, bool LAST> void ExcursionBand<MAX_AHEAD, WIDTH, LAST>::Reset()
+{
+    oIn.Reset();
+    oLow.Reset();
+    for (int i = 0; i < BLOCK_LEN + GROUP; ++i)
+        oReduction[i] = oWhole[i] = Both(0.0);
+    for (bool& bActive : bWhole)
+        bActive = false;
+    oSplit.Init(iAhead);
+    oNextSplit.Init(iNextAhead);
+    iFaded = 0;
+    for (int i = 0; i < 2; ++i)
+    {
+        oSmoothers[i].Init(HOLD_GROUPS, DECAY_GROUPS);
+        oWholeSmoothers[i].Init(HOLD_GROUPS, DECAY_GROUPS);
+    }
+    oWanted = oHighest = Both(0.0);
+}
+
+template <int MAX_AHEAD, int WIDTH, bool LAST>
+void ExcursionBand<MAX_AHEAD, WIDTH, LAST>::FollowLookAhead(int iLookAhead)
+{
+    if (iNextAhead != iAhead || iLookAhead == iAhead)
+        return;
+    iNextAhead = iLookAhead;
+    iFaded = -BLOCK_LEN; // a block for the filter to settle
+    oNextSplit.Init(iLookAhead);
+}
+
+template <int MAX_AHEAD, int WIDTH, bool LAST>
+void ExcursionBand<MAX_AHEAD, WIDTH, LAST>::Process(int iBegin, int iEnd, Lanes oLimit, double f64Engaged, Lanes* pLeft,
+                                                    Lanes* pRemoved)
+{
+    Split(iBegin, iEnd);
+    for (int iPosition = iBegin; iPosition < iEnd;)
+    {
+        const int iStop = std::min(iEnd, (iPosition / GROUP + 1) * GROUP);
+        Watch(iPosition, iStop, oLimit);
+        if (iStop % GROUP == 0)
+            FinishGroup(iStop, oLimit, f64Engaged);
+        iPosition = iStop;
+    }
+    Remove(iBegin, iEnd, pLeft, pRemoved);
+}
+
+// Each split looks at the input later by what its own delay is short of the longest.
+template <int MAX_AHEAD, int WIDTH, bool LAST> void ExcursionBand<MAX_AHEAD, WIDTH, LAST>::Split(int iBegin, int iEnd)
+{
+    Lanes* const pLow = oLow.Block();
+    oSplit.Process(oIn.Block() + iBegin - (MAX_AHEAD - iAhead), pLow + iBegin, iEnd - iBegin);
+    if (iNextAhead == iAhead)
+        return;
+    oNextSplit.Process(oIn.Block() + iBegin - (MAX_AHEAD - iNextAhead), oLowNext + iBegin, iEnd - iBegin);
+    for (int i = iBegin; i < iEnd; ++i, ++iFaded)
+        if (iFaded > 0)
+            pLow[i] = _mm_add_pd(pLow[i], _mm_mul_pd(Both(FadePart(iFaded)), _mm_sub_pd(oLowNext[i], pLow[i])));
+}
+
+// r = (|x| - limit) / (low x/|x|), clamped to 0 .. 1, where |x| is over the limit and the low band is part of the
+// reason.
+template <int MAX_AHEAD, int WIDTH, bool LAST>
+void ExcursionBand<MAX_AHEAD, WIDTH, LAST>::Watch(int iBegin, int iEnd, Lanes oLimit)
+{
+    const Lanes oSign = Both(-0.0);
+    const Lanes oZero = Both(0.0);
+    const Lanes* const pAll = oIn.Block() - MAX_AHEAD;
+    const Lanes* const pLow = oLow.Block();
+    Lanes oMost = oWanted;
+    Lanes oHigh = oHighest;
+    for (int i = iBegin; i < iEnd; ++i)
+    {
+        const Lanes oExcess = _mm_sub_pd(_mm_andnot_pd(oSign, pAll[i]), oLimit);
+        const Lanes oShare = _mm_xor_pd(pLow[i], _mm_and_pd(oSign, pAll[i]));
+        const Lanes oCounts = _mm_and_pd(_mm_cmpgt_pd(oExcess, oZero), _mm_cmpgt_pd(oShare, oZero));
+        oMost = _mm_max_pd(oMost, _mm_and_pd(oCounts, _mm_div_pd(oExcess, _mm_max_pd(oShare, oExcess))));
+        if (LAST)
+            oHigh = _mm_max_pd(oHigh, _mm_andnot_pd(oSign, _mm_sub_pd(pAll[i], pLow[i])));
+    }
+    oWanted = oMost;
+    oHighest = oHigh;
+}
+
+template <int MAX_AHEAD, int WIDTH, bool LAST>
+void ExcursionBand<MAX_AHEAD, WIDTH, LAST>::FinishGroup(int iEnd, Lanes oLimit, double f64Engaged)
+{
+    typename Smoother::Curve oCurves[2];
+    for (int i = 0; i < 2; ++i)
+        oCurves[i] = oSmoothers[i].template UpdateSamples<GROUP>(Lane(oWanted, i) * f64Engaged);
+    WriteCurve(oCurves, oReduction + iEnd, GROUP);
+    if (LAST)
+    {
+        bool& bActive = bWhole[iEnd / GROUP];
+        bActive = false;
+        for (int i = 0; i < 2; ++i)
+        {
+            const double f64High = Lane(oHighest, i);
+            const double f64Limit = Lane(oLimit, i);
+            const double f64Wanted = f64High > f64Limit ? (f64High - f64Limit) / f64High * f64Engaged : 0.0;
+            bActive |= f64Wanted > 0.0 || !oWholeSmoothers[i].IsIdle();
+            oCurves[i] = oWholeSmoothers[i].template UpdateSamples<GROUP>(f64Wanted);
+        }
+        if (bActive)
+            WriteCurve(oCurves, oWhole + iEnd, GROUP);
+    }
+    oWanted = oHighest = Both(0.0);
+}
+
+template <int MAX_AHEAD, int WIDTH, bool LAST>
+void ExcursionBand<MAX_AHEAD, WIDTH, LAST>::Remove(int iBegin, int iEnd, Lanes* pLeft, Lanes* pRemoved)
+{
+    const Lanes* const pAll = oIn.Block() - DELAY;
+    const Lanes* const pLow = oLow.Block() - HOLD_DELAY;
+    for (int i = iBegin; i < iEnd; ++i)
+    {
+        Lanes oRemoved = _mm_mul_pd(oReduction[i], pLow[i]);
+        if (LAST && bWhole[i / GROUP])
+            oRemoved = _mm_add_pd(oRemoved, _mm_mul_pd(oWhole[i], _mm_sub_pd(pAll[i], oRemoved)));
+        pRemoved[i] = oRemoved;
+        pLeft[i] = _mm_sub_pd(pAll[i], oRemoved);
+    }
+}
+
+template <int MAX_AHEAD, int WIDTH, bool LAST> void ExcursionBand<MAX_AHEAD, WIDTH, LAST>::FinishBlock()
+{
+    oIn.Roll();
+    oLow.Roll();
+    for (int i = 0; i < GROUP; ++i)
+    {
+        oReduction[i] = oReduction[BLOCK_LEN + i];
+        oWhole[i] = oWhole[BLOCK_LEN + i];
+    }
+    bWhole[0] = bWhole[GROUPS];
+    if (iNextAhead != iAhead && iFaded >= FADE_LEN)
+    {
+        oSplit = oNextSplit;
+        iAhead = iNextAhead;
+    }
+}
+
+template struct ExcursionBand<32, 5, false>;
+template struct ExcursionBand<16, 5, true>;

@@ -1,0 +1,57 @@
+// Takes from one low band what makes the cone go too far.
+#pragma once
+
+#include "protection/dsp/hold_smoother.h"
+#include "protection/dsp/lanes.h"
+#include "protection/dsp/speaker_constants.h"
+#include "protection/dsp/split_filter.h"
+
+// Works on displacement, not on voltage: what it wants removed is removed exactly, during attack and release alike,
+// when the caller turns the removed displacement into voltage by the inverse of the model that made it.
+//
+// With LAST the part above the band must hold the limit by itself, or all of it is reduced: no signal gets past.
+template <int MAX_AHEAD, int WIDTH, bool LAST> struct ExcursionBand
+{
+    static constexpr int GROUP = 8;
+    static constexpr int HOLD_DELAY = (2 * WIDTH + 1) * GROUP;
+    static constexpr int DELAY = MAX_AHEAD + HOLD_DELAY; // samples, whatever the look-ahead
+    static constexpr int GROUPS = BLOCK_LEN / GROUP;
+    using Smoother = HoldSmoother<WIDTH>;
+
+    History<OfLanes, DELAY> oIn;       // displacement that comes in
+    History<OfLanes, HOLD_DELAY> oLow; // of the low band, MAX_AHEAD samples later
+    Lanes oLowNext[BLOCK_LEN];         // of the split that fades in
+    Lanes oReduction[BLOCK_LEN + GROUP];
+    Lanes oWhole[BLOCK_LEN + GROUP];
+    bool bWhole[GROUPS + 1];
+    SplitFilter oSplit;
+    SplitFilter oNextSplit;
+    int iAhead;
+    int iNextAhead; // differs from iAhead while one fades into the other
+    int iFaded;     // samples of the fade that are done
+    Smoother oSmoothers[2];
+    Smoother oWholeSmoothers[2];
+    Lanes oWanted; // of the group so far
+    Lanes oHighest;
+
+    void Init(int iLookAhead);
+    void Reset();
+
+    // A new split fades in, unless another one still does. Between blocks.
+    void FollowLookAhead(int iLookAhead);
+
+    // From position iBegin to iEnd of the block, whose input stands in oIn: what is left goes to pLeft, what was
+    // removed to pRemoved, both DELAY samples late and indexed by position. oEngaged is 1, or less while the stage is
+    // switched.
+    void Process(int iBegin, int iEnd, Lanes oLimit, double f64Engaged, Lanes* pLeft, Lanes* pRemoved);
+    void FinishBlock();
+
+private:
+    void Split(int iBegin, int iEnd);
+    void Watch(int iBegin, int iEnd, Lanes oLimit);
+    void FinishGroup(int iEnd, Lanes oLimit, double f64Engaged);
+    void Remove(int iBegin, int iEnd, Lanes* pLeft, Lanes* pRemoved);
+};
+
+using DeepBand = ExcursionBand<32, 5, false>;
+using UpperBand = ExcursionBand<16, 5, true>;
