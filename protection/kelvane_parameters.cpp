@@ -64,8 +64,8 @@ const Rule RULES[] = {
                                                                     10;
      },
      "CoilLimit is at least 10 K over HottestAmbient plus AmbientMargin"},
-    {KelvaneParameter::FULL_SCALE, [](const KelvaneStruParam& oParam, int i) { return Overload(oParam, i) <= 50; },
-     "a full-scale square heats the coil over its magnet by at most 50 times what CoilLimit leaves over "
+    {KelvaneParameter::FULL_SCALE, [](const KelvaneStruParam& oParam, int i) { return Overload(oParam, i) <= 12; },
+     "a full-scale square heats the coil over its magnet by at most 12 times what CoilLimit leaves over "
      "HottestAmbient"},
     {KelvaneParameter::DISPLACEMENT_LIMIT,
      [](const KelvaneStruParam& oParam, int i)

@@ -78,7 +78,7 @@ inline constexpr KelvaneParameterInfo KELVANE_PARAMETERS[] = {
     {KelvaneParameter::ELECTRICAL_Q, "ElectricalQ", "", 0.3, 20, 2, true, true, 32, "Of the short-circuited coil at 25 C alone."},
     {KelvaneParameter::DISPLACEMENT, "Displacement", "mm/V", 0.001, 5, 0.148, true, true, 40, "Of the cone at DC and 25 C."},
     {KelvaneParameter::DISPLACEMENT_LIMIT, "DisplacementLimit", "mm", 0.05, 10, 0.4, true, true, 48, "To either side."},
-    {KelvaneParameter::DISPLACEMENT_MARGIN, "DisplacementMargin", "%", 0, 50, 22, true, true, 56, "Of DisplacementLimit, kept free for units that differ from these numbers."},
+    {KelvaneParameter::DISPLACEMENT_MARGIN, "DisplacementMargin", "%", 0, 50, 20, true, true, 56, "Of DisplacementLimit, kept free for units that differ from these numbers."},
     {KelvaneParameter::FULL_SCALE, "FullScale", "V", 0.5, 40, 6, true, true, 64, "The amplifier's peak output at a sample of 1."},
     {KelvaneParameter::COIL_TO_MAGNET, "CoilToMagnet", "K/W", 2, 200, 40, true, true, 72, "Thermal resistance."},
     {KelvaneParameter::COIL_HEAT, "CoilHeat", "J/K", 0.002, 5, 0.025, true, true, 80, "Heat capacity."},

@@ -23,24 +23,40 @@ void Ceiling::Reset()
 
 void Ceiling::Process(const PeakFilter& oFilter, int iBegin, int iEnd, double f64Ceiling)
 {
-    for (int iStop = (iBegin / GROUP + 1) * GROUP; iStop <= iEnd; iStop += GROUP)
-        FinishGroup(oFilter, iStop, f64Ceiling);
+    const int iFirstGroup = iBegin / GROUP;
+    const int iLastGroup = iEnd / GROUP; // complete up to this one
+    FindPeaks(oFilter, iFirstGroup, iLastGroup);
+    for (int iGroup = iFirstGroup; iGroup < iLastGroup; ++iGroup)
+        FinishGroup(iGroup, f64Ceiling);
     // A ceiling that falls doesn't cut what was limited to the one before.
     Limit(iBegin, iEnd, std::max(f32MostBefore, static_cast<float>(f64Ceiling)));
 }
 
-// The newest samples complete the middles of a group 28 samples ago and the peaks of the one before it. The gain of the
-// next group runs to what that needs.
-void Ceiling::FinishGroup(const PeakFilter& oFilter, int iEnd, double f64Ceiling)
+// The newest samples of a group complete the middles of a group 24 samples ago and the peaks of the one before it. All
+// middles first, so that none is read while it is still being written.
+void Ceiling::FindPeaks(const PeakFilter& oFilter, int iFirstGroup, int iLastGroup)
 {
-    const float* const pSamples = oIn.Block() + iEnd - GROUP - PeakFilter::AHEAD;
-    float* const pMiddles = oMiddles.Block() + iEnd - GROUP - PeakFilter::AHEAD;
-    _mm_storeu_ps(pMiddles + GROUP, oFilter.Middles(pSamples + GROUP));
-    const double f64Peak = oFilter.Peak(pSamples, pMiddles);
+    const float* const pSamples = oIn.Block() - PeakFilter::AHEAD;
+    float* const pMiddles = oMiddles.Block() - PeakFilter::AHEAD;
+    int iGroup = iFirstGroup;
+    for (; iGroup + 2 <= iLastGroup; iGroup += 2)
+        oFilter.Middles<2>(pSamples + (iGroup + 1) * GROUP, pMiddles + (iGroup + 1) * GROUP);
+    if (iGroup < iLastGroup)
+        oFilter.Middles<1>(pSamples + (iGroup + 1) * GROUP, pMiddles + (iGroup + 1) * GROUP);
+    for (iGroup = iFirstGroup; iGroup < iLastGroup; ++iGroup)
+        f32Peaks[iGroup] = oFilter.Peak(pSamples + iGroup * GROUP, pMiddles + iGroup * GROUP);
+}
+
+// The gain of the next group runs in a line to what the peak needs.
+void Ceiling::FinishGroup(int iGroup, double f64Ceiling)
+{
+    const double f64Peak = static_cast<double>(f32Peaks[iGroup]);
     const double f64Wanted = f64Peak > f64Ceiling ? (f64Peak - f64Ceiling) / f64Peak : 0.0;
     const double f64Next = f64Wanted > 0.0 || !oSmoother.IsIdle() ? oSmoother.UpdateGroup(f64Wanted) : 0.0;
+    const double f64Step = (f64Next - f64Reduction) / GROUP;
+    float* const pGain = f32Gain + (iGroup + 1) * GROUP;
     for (int i = 0; i < GROUP; ++i)
-        f32Gain[iEnd + i] = static_cast<float>(1.0 - (f64Reduction + (f64Next - f64Reduction) * (i + 1) / GROUP));
+        pGain[i] = static_cast<float>(1.0 - (f64Reduction + f64Step * (i + 1)));
     f64Reduction = f64Next;
 }
 

@@ -14,7 +14,8 @@ struct Ceiling
     using Smoother = HoldSmoother<WIDTH>;
 
     History<OfSamples, DELAY> oIn;
-    History<OfSamples, 40> oMiddles; // of the intervals; position as the samples'
+    History<OfSamples, 40> oMiddles;   // of the intervals; position as the samples'
+    float f32Peaks[BLOCK_LEN / GROUP]; // of the group that a group of the block completes
     float f32Gain[BLOCK_LEN + GROUP];
     float f32Out[BLOCK_LEN + GROUP];
     Smoother oSmoother;
@@ -31,6 +32,7 @@ struct Ceiling
     double Gain() const { return 1.0 - f64Reduction; }
 
 private:
-    void FinishGroup(const PeakFilter& oFilter, int iEnd, double f64Ceiling);
+    void FindPeaks(const PeakFilter& oFilter, int iBegin, int iEnd);
+    void FinishGroup(int iEnd, double f64Ceiling);
     void Limit(int iBegin, int iEnd, float f32Most);
 };

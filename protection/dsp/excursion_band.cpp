@@ -124,14 +124,14 @@ void ExcursionBand<MAX_AHEAD, WIDTH, LAST>::FinishGroup(int iEnd, Lanes oLimit, 
     WriteCurve(oCurves, oReduction + iEnd, GROUP);
     if (LAST)
     {
-        bool& bActive = bWhole[iEnd / GROUP];
-        bActive = false;
-        for (int i = 0; i < 2; ++i)
+        const bool bActive = _mm_movemask_pd(_mm_cmpgt_pd(oHighest, oLimit)) != 0 || !oWholeSmoothers[0].IsIdle() ||
+                             !oWholeSmoothers[1].IsIdle();
+        bWhole[iEnd / GROUP] = bActive;
+        for (int i = 0; i < 2 && bActive; ++i)
         {
             const double f64High = Lane(oHighest, i);
             const double f64Limit = Lane(oLimit, i);
             const double f64Wanted = f64High > f64Limit ? (f64High - f64Limit) / f64High * f64Engaged : 0.0;
-            bActive |= f64Wanted > 0.0 || !oWholeSmoothers[i].IsIdle();
             oCurves[i] = oWholeSmoothers[i].template UpdateSamples<GROUP>(f64Wanted);
         }
         if (bActive)

@@ -9,7 +9,13 @@ namespace
 {
 constexpr double RISE_SEC = 1.0;
 constexpr double RISE_DB_PER_SEC = 0.5;
-constexpr double SETTLE_K = 1.0;    // what the law stays under the limit
+constexpr double SILENT_RISE_DB_PER_SEC = 3.9;
+constexpr double FALL_DB_PER_SEC = 3.9;
+constexpr double RECOVER_DB = 2.0; // that the slow fall mends in time, with a coil of 1 s
+constexpr double HOLD_SEC = 30.0;  // of the loudest
+constexpr double LOUDER = 1.1;
+constexpr double AS_LOUD = 0.8;
+constexpr double SETTLE_K = 1.5;    // what the law stays under the limit
 constexpr double LOWEST_DB = -60.0; // and silence, as good as
 constexpr double LEAST_W = 1e-6;
 } // namespace
@@ -27,8 +33,9 @@ void HeatStage::Reset(const Ambient& oAmbient)
     oHot.Reset(oAmbient.f64HotC);
     oLikely.Reset(oAmbient.f64LikelyC);
     oCold.Reset(oAmbient.f64ColdC);
-    f64MeanW = 0.0;
-    f64GainDb = 0.0;
+    f64MeanW = f64LoudestW = f64GainDb = 0.0;
+    iLoudestBlocks = 0;
+    bFreeFall = false;
 }
 
 // P = i^2 R(T) with i = (u - e)/R(T).
@@ -43,25 +50,66 @@ void HeatStage::Heat(const SpeakerConstants& oSpeaker, const Ambient& oAmbient, 
     oLikely.Process(oSpeaker, HeatW(oLikely, 1.0), oAmbient.f64LikelyC);
     oCold.Process(oSpeaker, HeatW(oCold, 1.0 + f64ResistanceMargin), oAmbient.f64ColdC);
     f64MeanW += oSpeaker.f64MeanStep * (f64HotW - f64MeanW);
+    f64SteadyW = (oSpeaker.f64CoilLimitC - SETTLE_K - oHot.f64MagnetC) / oSpeaker.f64CoilKPerW;
+    f64RecoverDb = RECOVER_DB * std::min(1.0, oSpeaker.f64CoilKPerW * oSpeaker.f64CoilJPerK);
+    Remember();
     // What flows off to the magnet, and what brings the coil to its limit within half a time constant.
     f64AllowedW = (oHot.f64CoilC - oHot.f64MagnetC) / oSpeaker.f64CoilKPerW +
                   2.0 * (oSpeaker.f64CoilLimitC - SETTLE_K - oHot.f64CoilC) / oSpeaker.f64CoilKPerW;
 }
 
-double HeatStage::Target() const
+HeatDemand HeatStage::Demand() const
 {
-    const double f64Ratio = std::max(f64AllowedW, LEAST_W) / std::max(f64MeanW, LEAST_W);
-    return std::clamp(f64GainDb + PowerToDecibel(f64Ratio), LOWEST_DB, 60.0);
+    HeatDemand oDemand;
+    const double f64MeanNotZeroW = std::max(f64MeanW, LEAST_W);
+    oDemand.f64TargetDb = std::clamp(f64GainDb + PowerToDecibel(std::max(f64AllowedW, LEAST_W) / f64MeanNotZeroW),
+                                     LOWEST_DB, HeatDemand::NOTHING_DB);
+    if (f64LoudestW > LEAST_W)
+        oDemand.f64SafeDb = PowerToDecibel(std::max(f64SteadyW, LEAST_W) / f64LoudestW) + f64RecoverDb;
+    oDemand.bLouder = bLouder;
+    oDemand.bSilent = f64MeanW < LEAST_W;
+    return oDemand;
 }
 
-void HeatStage::Follow(const SpeakerConstants& oSpeaker, double f64TargetDb)
+void HeatDemand::Join(const HeatDemand& oOther)
 {
-    const double f64WayDb = f64TargetDb - f64GainDb;
+    f64TargetDb = std::min(f64TargetDb, oOther.f64TargetDb);
+    f64SafeDb = std::min(f64SafeDb, oOther.f64SafeDb);
+    bLouder |= oOther.bLouder;
+    bSilent &= oOther.bSilent;
+}
+
+// From 0 dB, and for what is louder than all of late, the gain falls as fast as the coil needs. Else it has risen no
+// further than a slow fall can mend.
+void HeatStage::Follow(const SpeakerConstants& oSpeaker, const HeatDemand& oDemand)
+{
+    const double f64WayDb = oDemand.f64TargetDb - f64GainDb;
+    bFreeFall = f64WayDb < 0.0 && (bFreeFall || f64GainDb == 0.0 || oDemand.bLouder);
     if (f64WayDb < 0.0)
-        f64GainDb += oSpeaker.f64FallStep * f64WayDb;
+    {
+        const double f64StepDb = oSpeaker.f64FallStep * f64WayDb;
+        f64GainDb += bFreeFall ? f64StepDb : std::max(f64StepDb, -BLOCK_SEC * FALL_DB_PER_SEC);
+    }
     else
-        f64GainDb += std::min(BLOCK_SEC / RISE_SEC * f64WayDb, BLOCK_SEC * RISE_DB_PER_SEC);
+    {
+        const double f64FastestDb = BLOCK_SEC * (oDemand.bSilent ? SILENT_RISE_DB_PER_SEC : RISE_DB_PER_SEC);
+        const double f64NextDb = f64GainDb + std::min(BLOCK_SEC / RISE_SEC * f64WayDb, f64FastestDb);
+        f64GainDb = std::max(f64GainDb, std::min(f64NextDb, oDemand.f64SafeDb));
+    }
     f64GainDb = std::min(f64GainDb, 0.0);
+}
+
+// The mean power without the gain, its peak held for HOLD_SEC.
+void HeatStage::Remember()
+{
+    const double f64PlainW = f64MeanW / (Gain() * Gain());
+    bLouder = f64PlainW > LOUDER * f64LoudestW;
+    if (f64PlainW >= f64LoudestW)
+        f64LoudestW = f64PlainW;
+    if (f64PlainW >= AS_LOUD * f64LoudestW)
+        iLoudestBlocks = static_cast<int>(HOLD_SEC / BLOCK_SEC);
+    else if (iLoudestBlocks > 0 && --iLoudestBlocks == 0)
+        f64LoudestW = 0.0;
 }
 
 double HeatStage::Gain() const

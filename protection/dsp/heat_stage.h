@@ -14,6 +14,20 @@ struct Ambient
     void Init(const SpeakerValues& oValues, bool bKnown, double f64AmbientC);
 };
 
+// What a speaker's heat asks of the gain, in dB.
+struct HeatDemand
+{
+    static constexpr double NOTHING_DB = 60.0; // above any gain
+
+    double f64TargetDb = NOTHING_DB;
+    double f64SafeDb = NOTHING_DB; // up to here the gain may rise, and still come back in time
+    bool bLouder = false;          // than anything of late: the gain falls as fast as it must
+    bool bSilent = true;
+
+    // Of two speakers with one gain.
+    void Join(const HeatDemand& oOther);
+};
+
 struct HeatStage
 {
     CoilModel oHot;    // hottest ambient, lowest resistance: what the gain heeds
@@ -22,6 +36,12 @@ struct HeatStage
     double f64MeanW = 0.0;
     double f64AllowedW = 0.0;
     double f64GainDb = 0.0;
+    double f64SteadyW = 0.0;  // that would hold the coil just under its limit
+    double f64LoudestW = 0.0; // of late, had the gain been 0 dB
+    double f64RecoverDb = 0.0;
+    int iLoudestBlocks = 0; // that it is still remembered
+    bool bLouder = false;
+    bool bFreeFall = false;
 
     void Reset(const Ambient& oAmbient);
 
@@ -29,14 +49,16 @@ struct HeatStage
     void Heat(const SpeakerConstants& oSpeaker, const Ambient& oAmbient, double f64ResistanceMargin,
               double f64MeanSquare);
 
-    // The gain in dB that the present heat asks for; above 0 when it asks for none.
-    double Target() const;
-    // One block towards the target: down as the coil demands, up slowly.
-    void Follow(const SpeakerConstants& oSpeaker, double f64TargetDb);
+    HeatDemand Demand() const;
+    // One block towards what is demanded: down as the coil needs it, up slowly.
+    void Follow(const SpeakerConstants& oSpeaker, const HeatDemand& oDemand);
 
     // Linear; 1 exactly when nothing is reduced.
     double Gain() const;
 
     // Shifts the models to the resistance that the sense signals show.
     void Correct(const SpeakerConstants& oSpeaker, double f64ResistanceMargin, double f64ResistanceOhm);
+
+private:
+    void Remember();
 };

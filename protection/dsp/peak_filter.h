@@ -18,16 +18,24 @@ struct PeakFilter
 
     void Init();
 
-    // Middles behind the four samples from pSamples on; reads MIDDLE_PAIRS samples to either side.
-    __m128 Middles(const float* pSamples) const
+    // Middles behind the 4 GROUPS samples from pSamples on; reads MIDDLE_PAIRS samples to either side.
+    template <int GROUPS> void Middles(const float* pSamples, float* pMiddles) const
     {
-        __m128 oSums[2] = {_mm_setzero_ps(), _mm_setzero_ps()};
-        for (int i = 0; i < MIDDLE_PAIRS; ++i)
-        {
-            const __m128 oPair = _mm_add_ps(_mm_loadu_ps(pSamples - i), _mm_loadu_ps(pSamples + 1 + i));
-            oSums[i % 2] = _mm_add_ps(oSums[i % 2], _mm_mul_ps(oMiddle[i], oPair));
-        }
-        return _mm_add_ps(oSums[0], oSums[1]);
+        __m128 oEven[GROUPS];
+        __m128 oOdd[GROUPS];
+        for (int j = 0; j < GROUPS; ++j)
+            oEven[j] = oOdd[j] = _mm_setzero_ps();
+        for (int i = 0; i < MIDDLE_PAIRS; i += 2)
+            for (int j = 0; j < GROUPS; ++j)
+            {
+                const float* const pMiddle = pSamples + 4 * j;
+                const __m128 oNear = _mm_add_ps(_mm_loadu_ps(pMiddle - i), _mm_loadu_ps(pMiddle + 1 + i));
+                const __m128 oFar = _mm_add_ps(_mm_loadu_ps(pMiddle - 1 - i), _mm_loadu_ps(pMiddle + 2 + i));
+                oEven[j] = _mm_add_ps(oEven[j], _mm_mul_ps(oMiddle[i], oNear));
+                oOdd[j] = _mm_add_ps(oOdd[j], _mm_mul_ps(oMiddle[i + 1], oFar));
+            }
+        for (int j = 0; j < GROUPS; ++j)
+            _mm_storeu_ps(pMiddles + 4 * j, _mm_add_ps(oEven[j], oOdd[j]));
     }
 
     // The largest magnitude in the intervals behind the four samples from pSamples on. pMiddles is indexed alike.

@@ -6,7 +6,6 @@ namespace
 constexpr int MOVE_BLOCKS = 8;        // 40 ms from set to set
 constexpr double CEILING_STEP = 0.02; // of full scale, a block
 constexpr double NO_CEILING = 64.0;   // above anything that can come
-constexpr double NO_HEAT_DB = 60.0;   // a heat gain that nothing asks to be lower
 constexpr double LEAST_RATIO = 0.5;   // a sensed resistance outside these is no coil's
 constexpr double MOST_RATIO = 2.5;
 
@@ -143,19 +142,18 @@ void Protector::Move()
 // Linked speakers take the gain of the one that needs the lowest.
 void Protector::FollowHeat()
 {
-    double f64Targets[KELVANE_MAX_CHANNELS];
-    double f64Lowest = NO_HEAT_DB;
-    for (int i = 0; i < KELVANE_MAX_CHANNELS; ++i)
+    HeatDemand oDemands[KELVANE_MAX_CHANNELS];
+    HeatDemand oAll;
+    for (int i = 0; i < iChannels; ++i)
     {
-        const Speaker& oSpeaker = oSpeakers[i];
-        const bool bRuns = bPairRuns[i / 2] && oSpeaker[KelvaneParameter::HEAT_STAGE] != 0.0;
-        f64Targets[i] = bRuns ? oSpeaker.oHeat.Target() : NO_HEAT_DB;
-        f64Lowest = std::min(f64Lowest, f64Targets[i]);
+        if (bPairRuns[i / 2] && oSpeakers[i][KelvaneParameter::HEAT_STAGE] != 0.0)
+            oDemands[i] = oSpeakers[i].oHeat.Demand();
+        oAll.Join(oDemands[i]);
     }
     for (int i = 0; i < iChannels; ++i)
     {
         const bool bLinked = oSpeakers[i][KelvaneParameter::HEAT_LINK] != 0.0;
-        oSpeakers[i].oHeat.Follow(oSpeakers[i].oConstants, bLinked ? f64Lowest : f64Targets[i]);
+        oSpeakers[i].oHeat.Follow(oSpeakers[i].oConstants, bLinked ? oAll : oDemands[i]);
     }
 }
 

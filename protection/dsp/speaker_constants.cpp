@@ -4,10 +4,14 @@
 #include "protection/dsp/lanes.h"
 #include "protection/dsp/own_math.h"
 
+#include <algorithm>
+
 namespace
 {
 constexpr double MEAN_SEC = 0.1;
 constexpr double FALL_SEC = 0.15;
+constexpr double EASY_OVERLOAD = 6.0;
+constexpr double MODEL_ERROR = 0.003; // of a displacement by the matched poles, at most
 } // namespace
 
 SpeakerValues GetSpeakerValues(const KelvaneStruParam& oStruParam, int iSpeaker)
@@ -35,20 +39,23 @@ void SpeakerConstants::Init(const SpeakerValues& oValues)
     f64ElectricalQ = oValues[KelvaneParameter::ELECTRICAL_Q];
     f64FullScaleV = oValues[KelvaneParameter::FULL_SCALE];
     f64Margin = oValues[KelvaneParameter::DISPLACEMENT_MARGIN] / 100.0;
-    f64Limit = oValues[KelvaneParameter::DISPLACEMENT_LIMIT] * (1.0 - f64Margin) /
+    f64Limit = oValues[KelvaneParameter::DISPLACEMENT_LIMIT] * (1.0 - f64Margin) * (1.0 - MODEL_ERROR) /
                (oValues[KelvaneParameter::DISPLACEMENT] * f64FullScaleV);
     f64ResistanceOhm = oValues[KelvaneParameter::COIL_RESISTANCE];
     f64RisePerK = oValues[KelvaneParameter::RESISTANCE_RISE];
+    f64CoilLimitC = oValues[KelvaneParameter::COIL_LIMIT];
     f64CoilKPerW = oValues[KelvaneParameter::COIL_TO_MAGNET];
     f64CoilJPerK = oValues[KelvaneParameter::COIL_HEAT];
     const double f64CoilSec = f64CoilKPerW * f64CoilJPerK;
-    const double f64PaceSec = f64CoilSec < 1.0 ? f64CoilSec : 1.0; // a fast coil is followed faster
+    // The rise that a full-scale square brings, by what the limit leaves. A fast or overloaded coil is followed faster.
+    const double f64Overload = f64FullScaleV * f64FullScaleV / f64ResistanceOhm * f64CoilKPerW /
+                               (f64CoilLimitC - oValues[KelvaneParameter::HOTTEST_AMBIENT]);
+    const double f64PaceSec = std::min(f64CoilSec, 1.0) * std::min(1.0, EASY_OVERLOAD / f64Overload);
     f64CoilStep = 1.0 - OwnExp(-BLOCK_SEC / f64CoilSec);
     f64MeanStep = 1.0 - OwnExp(-BLOCK_SEC / (MEAN_SEC * f64PaceSec));
     f64FallStep = 1.0 - OwnExp(-BLOCK_SEC / (FALL_SEC * f64PaceSec));
     f64MagnetKPerW = oValues[KelvaneParameter::MAGNET_TO_AMBIENT];
     f64MagnetJPerK = oValues[KelvaneParameter::MAGNET_HEAT];
-    f64CoilLimitC = oValues[KelvaneParameter::COIL_LIMIT];
 }
 
 // X/U = S(T) w0^2 / (s^2 + s w0/Qt + w0^2) with matched poles; S(T) = S25 R25/R(T) stands in the limit.
