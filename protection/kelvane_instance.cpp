@@ -288,7 +288,7 @@ void CKelvaneInstance::Report()
         ReportWord(KelvaneState::COIL_RESISTANCE, i,
                    m_bProtector ? oConstants.f64ResistanceOhm * oConstants.ResistanceRatio(f64CoilC) : 0.0);
         ReportWord(KelvaneState::LEVEL, i, 100.0 * std::sqrt(m_f64LevelSum[i] / BLOCK_LEN));
-        ReportWord(KelvaneState::HEAT_GAIN, i, bRuns ? oHeat.Gain() : f64Direct);
+        ReportWord(KelvaneState::HEAT_GAIN, i, bRuns ? oHeat.f64Gain : f64Direct);
         ReportWord(KelvaneState::EXCURSION_GAIN, i, bRuns ? oPair.DeepGain(i % 2) : f64Direct);
         ReportWord(KelvaneState::CEILING_GAIN, i, bRuns ? oPair.oCeilings[i % 2].Gain() : f64Direct);
         ReportWord(KelvaneState::COIL_POWER, i, m_bProtector ? oHeat.f64MeanW : 0.0);

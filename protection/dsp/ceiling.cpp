@@ -1,12 +1,6 @@
 // Peak search and gain of the last limiter.
 #include "protection/dsp/ceiling.h"
 
-namespace
-{
-constexpr int32_t HOLD_GROUPS = 360;   // 30 ms
-constexpr int32_t DECAY_GROUPS = 1200; // 0.1 s
-} // namespace
-
 void Ceiling::Reset()
 {
     oIn.Reset();
@@ -16,7 +10,7 @@ void Ceiling::Reset()
         f32Gain[i] = 1.0f;
         f32Out[i] = 0.0f;
     }
-    oSmoother.Init(HOLD_GROUPS, DECAY_GROUPS);
+    oSmoother = Smoother{};
     f64Reduction = 0.0;
     f32MostBefore = 0.0f;
 }

@@ -11,7 +11,7 @@ struct Ceiling
     static constexpr int GROUP = 4;
     static constexpr int WIDTH = 7;
     static constexpr int DELAY = PeakFilter::AHEAD + 2 * WIDTH * GROUP; // samples
-    using Smoother = HoldSmoother<WIDTH>;
+    using Smoother = HoldSmoother<WIDTH, 360, 1200>;                    // 30 ms, 0.1 s
 
     History<OfSamples, DELAY> oIn;
     History<OfSamples, 40> oMiddles;   // of the intervals; position as the samples'

@@ -15,6 +15,20 @@ float Sane(float f32Sample)
         return 0.0f;
     return std::min(std::max(f32Sample, -LARGEST_SAMPLE), LARGEST_SAMPLE);
 }
+
+bool IsSane(const float* pSamples, int iCount)
+{
+    const __m128 oSign = _mm_set1_ps(-0.0f);
+    const __m128 oLargest = _mm_set1_ps(LARGEST_SAMPLE);
+    __m128 oBad = _mm_setzero_ps();
+    int i = 0;
+    for (; i + 4 <= iCount; i += 4)
+        oBad = _mm_or_ps(oBad, _mm_cmpnle_ps(_mm_andnot_ps(oSign, _mm_loadu_ps(pSamples + i)), oLargest));
+    bool bSane = _mm_movemask_ps(oBad) == 0;
+    for (; i < iCount; ++i)
+        bSane &= std::fabs(pSamples[i]) <= LARGEST_SAMPLE;
+    return bSane;
+}
 } // namespace
 
 void ChannelPair::Init(const PairControl& oControl, int iDeepAhead, int iUpperAhead)
@@ -47,11 +61,14 @@ void ChannelPair::Process(const PeakFilter& oFilter, const PairControl& oControl
     Lanes oLeft[BLOCK_LEN];
     oUpper.Process(iBegin, iEnd, oControl.oCone.oLimit, oControl.f64Engaged, oLeft, oRemoved.Block());
     const Lanes* const pDeepRemoved = oDeepRemoved.Block() - UpperBand::DELAY;
+    Lanes* const pRemoved = oRemoved.Block();
+    Lanes oPeak = oPeakLeft;
     for (int i = iBegin; i < iEnd; ++i)
     {
-        oRemoved.Block()[i] = _mm_add_pd(oRemoved.Block()[i], pDeepRemoved[i]);
-        oPeakLeft = _mm_max_pd(oPeakLeft, Magnitude(oLeft[i]));
+        pRemoved[i] = _mm_add_pd(pRemoved[i], pDeepRemoved[i]);
+        oPeak = _mm_max_pd(oPeak, Magnitude(oLeft[i]));
     }
+    oPeakLeft = oPeak;
     TakeFromVoltage(oControl, iBegin, iEnd);
     for (int i = 0; i < 2; ++i)
         oCeilings[i].Process(oFilter, iBegin, iEnd, oControl.f64Ceiling[i]);
@@ -68,18 +85,16 @@ void ChannelPair::TakeIn(const float* pIn, int iChannel, double f64Gain, int iBe
         memset(pOut, 0, static_cast<size_t>(iCount) * sizeof(float));
         return;
     }
-    bool bSane = true;
-    for (int i = 0; i < iCount; ++i)
-        bSane &= std::fabs(pIn[i]) <= LARGEST_SAMPLE;
     memcpy(pOut, pIn, static_cast<size_t>(iCount) * sizeof(float));
-    if (!bSane)
+    if (!IsSane(pOut, iCount))
         for (int i = 0; i < iCount; ++i)
             pOut[i] = Sane(pIn[i]);
     const double f64Before = f64GainBefore[iChannel];
     if (f64Before == 1.0 && f64Gain == 1.0)
         return;
+    const double f64Step = (f64Gain - f64Before) / BLOCK_LEN;
     for (int i = 0; i < iCount; ++i)
-        pOut[i] *= static_cast<float>(f64Before + (f64Gain - f64Before) * (iBegin + i + 1) / BLOCK_LEN);
+        pOut[i] *= static_cast<float>(f64Before + f64Step * (iBegin + i + 1));
 }
 
 // The inverse uses the coefficients that the model had when it made the displacement, EXCURSION_DELAY samples before:

@@ -3,9 +3,7 @@
 
 namespace
 {
-constexpr int32_t HOLD_GROUPS = 180;   // 30 ms: between peaks of a tone of 17 Hz
-constexpr int32_t DECAY_GROUPS = 1500; // 0.25 s
-constexpr int FADE_LEN = 1920;         // 40 ms
+constexpr int FADE_LEN = 1920; // 40 ms
 
 // Cubic from 0 to 1 without a corner at either end.
 double FadePart(int iFaded)
@@ -46,8 +44,8 @@ template <int MAX_AHEAD, int WIDTH, bool LAST> void ExcursionBand<MAX_AHEAD, WID
     iFaded = 0;
     for (int i = 0; i < 2; ++i)
     {
-        oSmoothers[i].Init(HOLD_GROUPS, DECAY_GROUPS);
-        oWholeSmoothers[i].Init(HOLD_GROUPS, DECAY_GROUPS);
+        oSmoothers[i] = Smoother{};
+        oWholeSmoothers[i] = Smoother{};
     }
     oWanted = oHighest = Both(0.0);
 }

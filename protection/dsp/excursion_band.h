@@ -16,7 +16,7 @@ template <int MAX_AHEAD, int WIDTH, bool LAST> struct ExcursionBand
     static constexpr int HOLD_DELAY = (2 * WIDTH + 1) * GROUP;
     static constexpr int DELAY = MAX_AHEAD + HOLD_DELAY; // samples, whatever the look-ahead
     static constexpr int GROUPS = BLOCK_LEN / GROUP;
-    using Smoother = HoldSmoother<WIDTH>;
+    using Smoother = HoldSmoother<WIDTH, 180, 1500>; // 30 ms, between the peaks of a tone of 17 Hz; 0.25 s
 
     History<OfLanes, DELAY> oIn;       // displacement that comes in
     History<OfLanes, HOLD_DELAY> oLow; // of the low band, MAX_AHEAD samples later

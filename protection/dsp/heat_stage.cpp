@@ -34,6 +34,7 @@ void HeatStage::Reset(const Ambient& oAmbient)
     oLikely.Reset(oAmbient.f64LikelyC);
     oCold.Reset(oAmbient.f64ColdC);
     f64MeanW = f64LoudestW = f64GainDb = 0.0;
+    f64Gain = 1.0;
     iLoudestBlocks = 0;
     bFreeFall = false;
 }
@@ -97,12 +98,13 @@ void HeatStage::Follow(const SpeakerConstants& oSpeaker, const HeatDemand& oDema
         f64GainDb = std::max(f64GainDb, std::min(f64NextDb, oDemand.f64SafeDb));
     }
     f64GainDb = std::min(f64GainDb, 0.0);
+    f64Gain = f64GainDb < 0.0 ? FromDecibel(f64GainDb) : 1.0;
 }
 
 // The mean power without the gain, its peak held for HOLD_SEC.
 void HeatStage::Remember()
 {
-    const double f64PlainW = f64MeanW / (Gain() * Gain());
+    const double f64PlainW = f64MeanW / (f64Gain * f64Gain);
     bLouder = f64PlainW > LOUDER * f64LoudestW;
     if (f64PlainW >= f64LoudestW)
         f64LoudestW = f64PlainW;
@@ -110,11 +112,6 @@ void HeatStage::Remember()
         iLoudestBlocks = static_cast<int>(HOLD_SEC / BLOCK_SEC);
     else if (iLoudestBlocks > 0 && --iLoudestBlocks == 0)
         f64LoudestW = 0.0;
-}
-
-double HeatStage::Gain() const
-{
-    return f64GainDb < 0.0 ? FromDecibel(f64GainDb) : 1.0;
 }
 
 // Each model by its own idea of the resistance at 25 C. Coil and magnet move together: what was wrong grew slowly.

@@ -36,6 +36,7 @@ struct HeatStage
     double f64MeanW = 0.0;
     double f64AllowedW = 0.0;
     double f64GainDb = 0.0;
+    double f64Gain = 1.0; // the same, linear; 1 exactly when nothing is reduced
     double f64SteadyW = 0.0;  // that would hold the coil just under its limit
     double f64LoudestW = 0.0; // of late, had the gain been 0 dB
     double f64RecoverDb = 0.0;
@@ -52,9 +53,6 @@ struct HeatStage
     HeatDemand Demand() const;
     // One block towards what is demanded: down as the coil needs it, up slowly.
     void Follow(const SpeakerConstants& oSpeaker, const HeatDemand& oDemand);
-
-    // Linear; 1 exactly when nothing is reduced.
-    double Gain() const;
 
     // Shifts the models to the resistance that the sense signals show.
     void Correct(const SpeakerConstants& oSpeaker, double f64ResistanceMargin, double f64ResistanceOhm);

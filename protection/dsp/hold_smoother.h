@@ -6,13 +6,11 @@
 
 // Peak hold, then two running means of WIDTH groups. Whole numbers (1 is 2^24), so that sums are exact and come back to
 // exactly 0. What a group wants is reached from the second of the two groups that follow 2 WIDTH - 1 groups later, and
-// lasts as long as the hold, which is longer than the means.
-template <int WIDTH> struct HoldSmoother
+// lasts as long as the hold, which is longer than the means. Behind the hold it decays.
+template <int WIDTH, int HOLD_GROUPS, int DECAY_GROUPS> struct HoldSmoother
 {
     static constexpr int32_t ONE = 1 << 24;
 
-    int32_t iHoldGroups = 0;
-    int32_t iDecayGroups = 1; // time constant behind the hold
     int32_t iHeld = 0;
     int32_t iHoldLeft = 0;
     int iPlace = 0;
@@ -22,13 +20,6 @@ template <int WIDTH> struct HoldSmoother
     int64_t i64FirstBefore[WIDTH] = {};
     int32_t iChangeBefore[WIDTH] = {};
 
-    void Init(int32_t iHold, int32_t iDecay)
-    {
-        *this = HoldSmoother{};
-        iHoldGroups = iHold;
-        iDecayGroups = iDecay;
-    }
-
     bool IsIdle() const { return iHeld == 0 && i64First == 0 && i64Second == 0; }
 
     // A value within 3 % of the held one renews the hold: peaks of a steady tone are not quite equal.
@@ -36,11 +27,11 @@ template <int WIDTH> struct HoldSmoother
     {
         const int32_t iWanted = f64Wanted > 0.0 ? std::min(static_cast<int32_t>(f64Wanted * ONE) + 1, ONE) : 0;
         if (iWanted >= iHeld - iHeld / 32)
-            iHoldLeft = iHoldGroups;
+            iHoldLeft = HOLD_GROUPS;
         else if (iHoldLeft > 0)
             --iHoldLeft;
         else
-            iHeld = std::max(iHeld - iHeld / iDecayGroups - 1, 0);
+            iHeld = std::max(iHeld - iHeld / DECAY_GROUPS - 1, 0);
         iHeld = std::max(iHeld, iWanted);
         return iHeld;
     }
@@ -53,7 +44,7 @@ template <int WIDTH> struct HoldSmoother
         iHeldBefore[iPlace] = iNow;
         i64Second += i64First - i64FirstBefore[iPlace];
         i64FirstBefore[iPlace] = i64First;
-        iPlace = (iPlace + 1) % WIDTH;
+        iPlace = iPlace + 1 < WIDTH ? iPlace + 1 : 0;
         return static_cast<double>(i64Second) * (1.0 / (static_cast<double>(ONE) * WIDTH * WIDTH));
     }
 
@@ -79,7 +70,7 @@ template <int WIDTH> struct HoldSmoother
         iChangeBefore[iPlace] = iChange;
         i64Second += GROUP_LEN * i64Step + GROUP_LEN * (GROUP_LEN + 1) / 2 * i64Change;
         i64First += GROUP_LEN * iChange;
-        iPlace = (iPlace + 1) % WIDTH;
+        iPlace = iPlace + 1 < WIDTH ? iPlace + 1 : 0;
         return oCurve;
     }
 };

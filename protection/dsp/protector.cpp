@@ -172,7 +172,7 @@ void Protector::Control(int iChannel)
     SetLane(oControl.oCone.oB, iLane, oCone.f64B);
     SetLane(oControl.oCone.oLimit, iLane, oCone.f64Limit);
     oControl.oBackEmf[iLane] = oConstants.BackEmf(oConstants.ResistanceRatio(oSpeaker.oHeat.oLikely.f64CoilC));
-    oControl.f64Gain[iLane] = Now(KelvaneParameter::DRIVE) / 100.0 * oSpeaker.oHeat.Gain();
+    oControl.f64Gain[iLane] = Now(KelvaneParameter::DRIVE) / 100.0 * oSpeaker.oHeat.f64Gain;
     oControl.f64Engaged = Now(KelvaneParameter::EXCURSION_STAGE);
     const double f64Off = 1.0 - Now(KelvaneParameter::CEILING_STAGE);
     oControl.f64Ceiling[iLane] = oSpeaker.f64Ceiling + f64Off * (NO_CEILING - oSpeaker.f64Ceiling);
