@@ -55,11 +55,11 @@ void ChannelPair::Process(const PeakFilter& oFilter, const PairControl& oControl
     const int iCount = iEnd - iBegin;
     for (int i = 0; i < 2; ++i)
         TakeIn(pIn[i], i, oControl.f64Gain[i], iBegin, iEnd);
-    oConeModel.Process(oControl.oCone, oVoltage[0].Block() + iBegin, oVoltage[1].Block() + iBegin,
-                       oDeep.oIn.Block() + iBegin, iCount);
-    oDeep.Process(iBegin, iEnd, oControl.oCone.oLimit, oControl.f64Engaged, oUpper.oIn.Block(), oDeepRemoved.Block());
+    oConeModel.Process(oControl.oCone, oVoltage[0].Block(), oVoltage[1].Block(), oDeep.oIn.Block(), iBegin, iEnd);
+    oDeep.Process(iBegin, iEnd, oControl.oCone.oEnd.oLimit, oControl.f64Engaged, oUpper.oIn.Block(),
+                  oDeepRemoved.Block());
     Lanes oLeft[BLOCK_LEN];
-    oUpper.Process(iBegin, iEnd, oControl.oCone.oLimit, oControl.f64Engaged, oLeft, oRemoved.Block());
+    oUpper.Process(iBegin, iEnd, oControl.oCone.oEnd.oLimit, oControl.f64Engaged, oLeft, oRemoved.Block());
     const Lanes* const pDeepRemoved = oDeepRemoved.Block() - UpperBand::DELAY;
     Lanes* const pRemoved = oRemoved.Block();
     Lanes oPeak = oPeakLeft;
@@ -103,18 +103,18 @@ void ChannelPair::TakeFromVoltage(const PairControl& oControl, int iBegin, int i
 {
     static_assert(EXCURSION_DELAY <= BLOCK_LEN);
     const int iOld = std::max(iBegin, std::min(iEnd, EXCURSION_DELAY));
-    Subtract(oConeBefore, iBegin, iOld);
-    Subtract(oControl.oCone, iOld, iEnd);
+    Subtract(oConeBefore, BLOCK_LEN - EXCURSION_DELAY, iBegin, iOld);
+    Subtract(oControl.oCone, -EXCURSION_DELAY, iOld, iEnd);
 }
 
-// A channel of which nothing is removed passes with its bits.
-void ChannelPair::Subtract(const ConeLanes& oCone, int iBegin, int iEnd)
+// Position i was made at i + iMade of oCone's block. A channel of which nothing is removed passes with its bits.
+void ChannelPair::Subtract(const ConeBlock& oCone, int iMade, int iBegin, int iEnd)
 {
     if (iBegin >= iEnd)
         return;
     Lanes oVolt[BLOCK_LEN];
     const Lanes* const pRemoved = oRemoved.Block();
-    InvertCone(oCone, pRemoved + iBegin, oVolt, iEnd - iBegin);
+    InvertCone(oCone, pRemoved - iMade, oVolt - iBegin - iMade, iBegin + iMade, iEnd + iMade);
     Lanes oAny = Both(0.0);
     for (int i = iBegin - 2; i < iEnd; ++i)
         oAny = _mm_or_pd(oAny, pRemoved[i]);

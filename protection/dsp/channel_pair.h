@@ -9,7 +9,7 @@
 // What holds for a block.
 struct PairControl
 {
-    ConeLanes oCone;
+    ConeBlock oCone;
     BackEmfCoefs oBackEmf[2];
     double f64Gain[2] = {1.0, 1.0}; // at the block's end
     double f64Engaged = 1.0;
@@ -25,7 +25,7 @@ struct ChannelPair
     History<OfLanes, UpperBand::DELAY> oDeepRemoved;
     History<OfLanes, 2> oRemoved; // by both bands
     ConeModel oConeModel;
-    ConeLanes oConeBefore; // of the block before
+    ConeBlock oConeBefore; // of the block before
     double f64GainBefore[2];
     DeepBand oDeep;
     UpperBand oUpper;
@@ -47,5 +47,5 @@ struct ChannelPair
 private:
     void TakeIn(const float* pIn, int iChannel, double f64Gain, int iBegin, int iEnd);
     void TakeFromVoltage(const PairControl& oControl, int iBegin, int iEnd);
-    void Subtract(const ConeLanes& oCone, int iBegin, int iEnd);
+    void Subtract(const ConeBlock& oCone, int iMade, int iBegin, int iEnd);
 };

@@ -36,7 +36,7 @@ struct HeatStage
     double f64MeanW = 0.0;
     double f64AllowedW = 0.0;
     double f64GainDb = 0.0;
-    double f64Gain = 1.0; // the same, linear; 1 exactly when nothing is reduced
+    double f64Gain = 1.0;     // the same, linear; 1 exactly when nothing is reduced
     double f64SteadyW = 0.0;  // that would hold the coil just under its limit
     double f64LoudestW = 0.0; // of late, had the gain been 0 dB
     double f64RecoverDb = 0.0;

@@ -98,7 +98,8 @@ void Protector::Sense(int iChannel, const float* pVoltage, const float* pCurrent
 
 void Protector::FinishBlock(const Surroundings& oAround, bool bCorrect)
 {
-    if (iMoved < MOVE_BLOCKS)
+    const bool bMoves = iMoved < MOVE_BLOCKS;
+    if (bMoves)
         Move();
     for (int i = 0; i < iChannels; ++i)
     {
@@ -121,9 +122,11 @@ void Protector::FinishBlock(const Surroundings& oAround, bool bCorrect)
             continue;
         for (int iLane = 0; iLane < 2; ++iLane)
             oSpeakers[2 * i + iLane].f64Displacement =
-                Lane(_mm_div_pd(oPair.oPeakLeft, oControls[i].oCone.oLimit), iLane) *
+                Lane(_mm_div_pd(oPair.oPeakLeft, oControls[i].oCone.oEnd.oLimit), iLane) *
                 (1.0 - oSpeakers[2 * i + iLane].oConstants.f64Margin);
         oPair.FinishBlock(oControls[i]);
+        oControls[i].oCone.bMoves = bMoves;
+        oControls[i].oCone.oBegin = oControls[i].oCone.oEnd;
         oPair.oDeep.FollowLookAhead(iDeepAhead);
         oPair.oUpper.FollowLookAhead(iUpperAhead);
         oPair.oPeakLeft = Both(0.0);
@@ -167,10 +170,12 @@ void Protector::Control(int iChannel)
     PairControl& oControl = oControls[iChannel / 2];
     const int iLane = iChannel % 2;
     const ConeCoefs oCone = oConstants.Cone(oConstants.ResistanceRatio(oSpeaker.oHeat.oCold.f64CoilC));
-    SetLane(oControl.oCone.oA1, iLane, oCone.f64A1);
-    SetLane(oControl.oCone.oA2, iLane, oCone.f64A2);
-    SetLane(oControl.oCone.oB, iLane, oCone.f64B);
-    SetLane(oControl.oCone.oLimit, iLane, oCone.f64Limit);
+    ConeLanes& oEnd = oControl.oCone.oEnd;
+    SetLane(oEnd.oA1, iLane, oCone.f64A1);
+    SetLane(oEnd.oA2, iLane, oCone.f64A2);
+    SetLane(oEnd.oB, iLane, oCone.f64B);
+    SetLane(oEnd.oPerB, iLane, 1.0 / oCone.f64B);
+    SetLane(oEnd.oLimit, iLane, oCone.f64Limit);
     oControl.oBackEmf[iLane] = oConstants.BackEmf(oConstants.ResistanceRatio(oSpeaker.oHeat.oLikely.f64CoilC));
     oControl.f64Gain[iLane] = Now(KelvaneParameter::DRIVE) / 100.0 * oSpeaker.oHeat.f64Gain;
     oControl.f64Engaged = Now(KelvaneParameter::EXCURSION_STAGE);
