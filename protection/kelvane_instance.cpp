@@ -8,9 +8,8 @@
 namespace
 {
 constexpr int LOAD_ATTEMPTS = 1000;
-constexpr int FADE_BLOCKS = 8;       // between the modes: 40 ms
-constexpr int WARM_BLOCKS = 2;       // stages run this long before they are heard: longer than their delay
-constexpr double DIRECT_STEP = 0.25; // gain change in a block
+constexpr int FADE_BLOCKS = 8; // between the modes: 40 ms
+constexpr int WARM_BLOCKS = 2; // stages run this long before they are heard: longer than their delay
 constexpr float FADE_STEP = 1.0f / (FADE_BLOCKS * BLOCK_LEN);
 enum Mode
 {
@@ -54,16 +53,6 @@ double SquareSum(const float* pSamples, int iCount)
 }
 } // namespace
 
-CKelvaneInstance::CKelvaneInstance()
-{
-    for (int i = 0; i < KELVANE_MAX_CHANNELS; ++i)
-    {
-        m_f64Direct[i] = m_f64DirectBefore[i] = m_f64DirectTarget[i] = 1.0;
-        m_f64LevelSum[i] = 0.0;
-    }
-    Report();
-}
-
 bool CKelvaneInstance::SetParams(const KelvaneStruParam& oStruParam)
 {
     if (CheckParameters(oStruParam).pInfo != nullptr)
@@ -78,17 +67,14 @@ bool CKelvaneInstance::GetParams(KelvaneStruParam& oStruParam) const
     while (!m_oRecord.TryLoad(oStruParam, m_oRecord.Count()))
         if (++iAttempt == LOAD_ATTEMPTS)
             return false;
-    int16_t* const pWords = reinterpret_cast<int16_t*>(&oStruParam);
-    for (int iState = 0; iState < KELVANE_STATE_COUNT; ++iState)
-        for (int i = 0; i < (KELVANE_STATES[iState].bPerSpeaker ? KELVANE_MAX_CHANNELS : 1); ++i)
-            pWords[KELVANE_STATES[iState].iWord + i] = m_sState[iState][i].load(std::memory_order_relaxed);
+    m_oState.Put(oStruParam);
     return true;
 }
 
 void CKelvaneInstance::SetTemperature(int32_t iTemperature)
 {
     m_iTemperature.store(iTemperature, std::memory_order_relaxed);
-    ReportWord(KelvaneState::AMBIENT, 0, iTemperature / 100.0);
+    m_oState.Set(KelvaneState::AMBIENT, 0, iTemperature / 100.0);
 }
 
 void CKelvaneInstance::ClearStatus()
@@ -97,10 +83,10 @@ void CKelvaneInstance::ClearStatus()
     SetTemperature(UNKNOWN_TEMPERATURE);
     for (int i = 0; i < KELVANE_MAX_CHANNELS; ++i)
     {
-        ReportWord(KelvaneState::COIL_TEMPERATURE, i, UNKNOWN_TEMPERATURE / 100.0);
-        ReportWord(KelvaneState::MAGNET_TEMPERATURE, i, UNKNOWN_TEMPERATURE / 100.0);
-        ReportWord(KelvaneState::LEVEL, i, 0.0);
-        ReportWord(KelvaneState::COIL_POWER, i, 0.0);
+        m_oState.Set(KelvaneState::COIL_TEMPERATURE, i, UNKNOWN_TEMPERATURE / 100.0);
+        m_oState.Set(KelvaneState::MAGNET_TEMPERATURE, i, UNKNOWN_TEMPERATURE / 100.0);
+        m_oState.Set(KelvaneState::LEVEL, i, 0.0);
+        m_oState.Set(KelvaneState::COIL_POWER, i, 0.0);
     }
 }
 
@@ -130,12 +116,8 @@ void CKelvaneInstance::TakeSet(KelvaneScratch& oScratch, const Frame& oFrame)
     m_uSetCount = uSetCount;
     m_iMode = oSet.sFFModule[0];
     if (m_iMode != PROTECT)
-    {
         for (int i = 0; i < KELVANE_MAX_CHANNELS; ++i)
-            m_f64DirectTarget[i] = m_iMode == GAIN ? oSet.sPOWTargetGain[i] / 100.0 : 1.0;
-        if (!m_bStarted)
-            std::copy_n(m_f64DirectTarget, KELVANE_MAX_CHANNELS, m_f64Direct);
-    }
+            m_oDirect[i].f64Target = m_iMode == GAIN ? oSet.sPOWTargetGain[i] / 100.0 : 1.0;
     else if (m_bProtector)
         m_oProtector.Follow(oSet);
     else
@@ -143,7 +125,8 @@ void CKelvaneInstance::TakeSet(KelvaneScratch& oScratch, const Frame& oFrame)
     m_bProtector |= m_iMode == PROTECT;
     if (!m_bStarted)
     {
-        std::copy_n(m_f64Direct, KELVANE_MAX_CHANNELS, m_f64DirectBefore);
+        for (DirectGain& oDirect : m_oDirect)
+            oDirect.Jump();
         m_iFadeBlocks = m_iFadeBefore = m_iMode == PROTECT ? FADE_BLOCKS : 0;
         m_iWarmBlocks = m_iMode == PROTECT ? WARM_BLOCKS : 0;
     }
@@ -178,7 +161,7 @@ void CKelvaneInstance::ProcessPair(KelvaneScratch& oScratch, const Frame& oFrame
     {
         const int iChannel = 2 * iPair + i;
         if (bDirect)
-            Direct(pIn[i], oScratch.f32Direct[i], iChannel, iCount);
+            m_oDirect[iChannel].Process(pIn[i], oScratch.f32Direct[i], m_iPosition, iCount);
         if (pIn[i] == nullptr)
             continue;
         float* const pOut = oFrame.psDataOut[iChannel] + iOffset;
@@ -192,22 +175,6 @@ void CKelvaneInstance::ProcessPair(KelvaneScratch& oScratch, const Frame& oFrame
     }
     if (!bRuns && m_bProtector)
         m_oProtector.Bypassed(iPair, pDirect, iCount);
-}
-
-void CKelvaneInstance::Direct(const float* pIn, float* pOut, int iChannel, int iCount) const
-{
-    if (pIn == nullptr)
-    {
-        memset(pOut, 0, static_cast<size_t>(iCount) * sizeof(float));
-        return;
-    }
-    memcpy(pOut, pIn, static_cast<size_t>(iCount) * sizeof(float));
-    const double f64Before = m_f64DirectBefore[iChannel];
-    const double f64Change = (m_f64Direct[iChannel] - f64Before) / BLOCK_LEN;
-    if (f64Before == 1.0 && f64Change == 0.0)
-        return;
-    for (int i = 0; i < iCount; ++i)
-        pOut[i] *= static_cast<float>(f64Before + f64Change * (m_iPosition + i + 1));
 }
 
 // Of the protected signal, at a position of the block.
@@ -230,8 +197,7 @@ void CKelvaneInstance::FinishBlock(const Frame& oFrame)
     for (int i = 0; i < KELVANE_MAX_CHANNELS; ++i)
     {
         m_f64LevelSum[i] = 0.0;
-        m_f64DirectBefore[i] = m_f64Direct[i];
-        m_f64Direct[i] += std::clamp(m_f64DirectTarget[i] - m_f64Direct[i], -DIRECT_STEP, DIRECT_STEP);
+        m_oDirect[i].FinishBlock();
     }
     m_iFadeBefore = m_iFadeBlocks;
     if (m_iMode == PROTECT)
@@ -261,40 +227,26 @@ Surroundings CKelvaneInstance::Around(const Frame& oFrame) const
     return oAround;
 }
 
-void CKelvaneInstance::ReportWord(KelvaneState eState, int iChannel, double f64Value)
-{
-    const double f64Word = std::clamp(f64Value * KELVANE_STATES[static_cast<int>(eState)].iDivisor, -32768.0, 32767.0);
-    m_sState[static_cast<int>(eState)][iChannel].store(static_cast<int16_t>(std::lround(f64Word)),
-                                                       std::memory_order_relaxed);
-}
-
 void CKelvaneInstance::Report()
 {
-    const double f64Given = m_iTemperature.load(std::memory_order_relaxed) / 100.0;
-    ReportWord(KelvaneState::AMBIENT, 0, f64Given);
+    const double f64GivenC = m_iTemperature.load(std::memory_order_relaxed) / 100.0;
+    m_oState.Set(KelvaneState::AMBIENT, 0, f64GivenC);
     double f64Ceiling = 1.0;
     for (int i = 0; i < KELVANE_MAX_CHANNELS; ++i)
     {
-        const bool bProtects = m_iMode == PROTECT;
-        const Protector::Speaker& oSpeaker = m_oProtector.oSpeakers[i];
-        const SpeakerConstants& oConstants = oSpeaker.oConstants;
-        const HeatStage& oHeat = oSpeaker.oHeat;
-        const ChannelPair& oPair = m_oProtector.oPairs[i / 2];
-        const bool bRuns = bProtects && m_oProtector.bPairRuns[i / 2];
-        const double f64Direct = bProtects ? 1.0 : m_f64Direct[i];
-        const double f64CoilC = m_bProtector ? oHeat.oLikely.f64CoilC : f64Given;
-        ReportWord(KelvaneState::COIL_TEMPERATURE, i, f64CoilC);
-        ReportWord(KelvaneState::MAGNET_TEMPERATURE, i, m_bProtector ? oHeat.oLikely.f64MagnetC : f64Given);
-        ReportWord(KelvaneState::COIL_RESISTANCE, i,
-                   m_bProtector ? oConstants.f64ResistanceOhm * oConstants.ResistanceRatio(f64CoilC) : 0.0);
-        ReportWord(KelvaneState::LEVEL, i, 100.0 * std::sqrt(m_f64LevelSum[i] / BLOCK_LEN));
-        ReportWord(KelvaneState::HEAT_GAIN, i, bRuns ? oHeat.f64Gain : f64Direct);
-        ReportWord(KelvaneState::EXCURSION_GAIN, i, bRuns ? oPair.DeepGain(i % 2) : f64Direct);
-        ReportWord(KelvaneState::CEILING_GAIN, i, bRuns ? oPair.oCeilings[i % 2].Gain() : f64Direct);
-        ReportWord(KelvaneState::COIL_POWER, i, m_bProtector ? oHeat.f64MeanW : 0.0);
-        ReportWord(KelvaneState::ALLOWED_POWER, i, m_bProtector ? oHeat.f64AllowedW : 0.0);
-        ReportWord(KelvaneState::DISPLACEMENT, i, bRuns ? 100.0 * oSpeaker.f64Displacement : 0.0);
-        f64Ceiling = bRuns ? std::min(f64Ceiling, oSpeaker.f64Ceiling) : f64Ceiling;
+        const bool bRuns = m_iMode == PROTECT && m_oProtector.bPairRuns[i / 2];
+        m_oState.Set(KelvaneState::LEVEL, i, 100.0 * std::sqrt(m_f64LevelSum[i] / BLOCK_LEN));
+        if (!bRuns)
+            m_oState.SetGains(i, m_iMode == PROTECT ? 1.0 : m_oDirect[i].f64Gain);
+        else
+            f64Ceiling = std::min(f64Ceiling, m_oProtector.oSpeakers[i].f64Ceiling);
+        if (m_bProtector)
+            m_oState.SetSpeaker(m_oProtector, i, bRuns);
+        else
+        {
+            m_oState.Set(KelvaneState::COIL_TEMPERATURE, i, f64GivenC);
+            m_oState.Set(KelvaneState::MAGNET_TEMPERATURE, i, f64GivenC);
+        }
     }
-    ReportWord(KelvaneState::CEILING, 0, f64Ceiling);
+    m_oState.Set(KelvaneState::CEILING, 0, f64Ceiling);
 }

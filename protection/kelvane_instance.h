@@ -1,8 +1,10 @@
 // One instance of the protection algorithm: what lies in the memory that the caller gives for it.
 #pragma once
 
+#include "protection/dsp/direct_gain.h"
 #include "protection/dsp/protector.h"
 #include "protection/kelvane_shared_record.h"
+#include "protection/kelvane_state_words.h"
 
 // Apply's alone: sets on their way in, and signals of a piece.
 struct KelvaneScratch
@@ -19,7 +21,7 @@ public:
     static constexpr int32_t UNKNOWN_TEMPERATURE = 2500;
     static constexpr int32_t UNKNOWN_BATTERY = 255;
 
-    CKelvaneInstance();
+    CKelvaneInstance() { Report(); }
 
     bool IsInitialized() const { return m_uMark.load(std::memory_order_acquire) == INITIALIZED_MARK; }
 
@@ -46,12 +48,10 @@ private:
     void TakeSet(KelvaneScratch& oScratch, const Frame& oFrame);
     void ProcessPiece(KelvaneScratch& oScratch, const Frame& oFrame, int iOffset, int iCount);
     void ProcessPair(KelvaneScratch& oScratch, const Frame& oFrame, int iPair, int iOffset, int iCount);
-    void Direct(const float* pIn, float* pOut, int iChannel, int iCount) const;
     float Weight(int iPosition) const;
     void FinishBlock(const Frame& oFrame);
     Surroundings Around(const Frame& oFrame) const;
     void Report();
-    void ReportWord(KelvaneState eState, int iChannel, double f64Value);
 
     std::atomic<uint32_t> m_uMark{INITIALIZED_MARK};
     std::atomic<int32_t> m_iTemperature{UNKNOWN_TEMPERATURE};
@@ -59,7 +59,7 @@ private:
     std::atomic<bool> m_bClearWanted{false};
     std::atomic<bool> m_bIvWanted{false};
     CKelvaneSharedRecord m_oRecord;
-    std::atomic<int16_t> m_sState[KELVANE_STATE_COUNT][KELVANE_MAX_CHANNELS] = {};
+    CKelvaneStateWords m_oState;
 
     // Apply's alone.
     uint32_t m_uSetCount = 0;
@@ -70,9 +70,7 @@ private:
     int m_iFadeBlocks = 0;     // protected part of what goes out: FADE_BLOCKS is all of it
     int m_iFadeBefore = 0;
     int m_iWarmBlocks = 0;
-    double m_f64Direct[KELVANE_MAX_CHANNELS]; // gain past the stages, at the block's end
-    double m_f64DirectBefore[KELVANE_MAX_CHANNELS];
-    double m_f64DirectTarget[KELVANE_MAX_CHANNELS];
-    double m_f64LevelSum[KELVANE_MAX_CHANNELS]; // of the block's squares out
+    DirectGain m_oDirect[KELVANE_MAX_CHANNELS];
+    double m_f64LevelSum[KELVANE_MAX_CHANNELS] = {}; // of the block's squares out
     Protector m_oProtector;
 };

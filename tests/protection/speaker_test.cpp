@@ -60,13 +60,23 @@ TEST(SpeakerTest, ConeStaysWithinItsLimit)
                             {"DC", [](size_t i) { return i > 9000 ? 1.0 : 0.0; }, 1},
                             {"noise", Noise(30), 2},
                             {"burst", Gated(Sine(700), 0.05, 0.11), 2}};
-    for (const double f64AmbientC : {25.01, 60.0})
+    // The last speaker moves so far that what is above both bands is too much by itself.
+    const struct
+    {
+        double f64AmbientC;
+        double f64MmPerV;
+        double f64LeastMm; // the library isn't overcautious
+    } CASES[] = {{25.01, 0.148, 0.28}, {60.0, 0.148, 0.28}, {25.01, 0.8, 0.15}};
+    for (const auto& oCase : CASES)
         for (const Trial& oTrial : TRIALS)
         {
-            const double f64Mm = Play(Matched(), Speaker(f64AmbientC), f64AmbientC, oTrial).f64MostMm;
+            SpeakerParams oSpeaker = Speaker(oCase.f64AmbientC);
+            oSpeaker.f64DisplacementMmPerV = oCase.f64MmPerV;
+            const KelvaneStruParam stParam = With(Matched(), {{P::DISPLACEMENT, oCase.f64MmPerV}});
+            const double f64Mm = Play(stParam, oSpeaker, oCase.f64AmbientC, oTrial).f64MostMm;
             EXPECT_LE(f64Mm, f64LimitMm * 1.005) << oTrial.pName;
-            EXPECT_GE(f64Mm, f64LimitMm * 0.7) << oTrial.pName;
-            EXPECT_GE(Play(Matched(), Speaker(f64AmbientC), f64AmbientC, oTrial, false).f64MostMm, f64LimitMm * 1.5);
+            EXPECT_GE(f64Mm, oCase.f64LeastMm) << oTrial.pName << oCase.f64MmPerV;
+            EXPECT_GE(Play(stParam, oSpeaker, oCase.f64AmbientC, oTrial, false).f64MostMm, f64LimitMm * 1.5);
         }
 }
 
