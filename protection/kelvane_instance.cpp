@@ -240,7 +240,7 @@ void CKelvaneInstance::Report()
             m_oState.SetGains(i, m_iMode == PROTECT ? 1.0 : m_oDirect[i].f64Gain);
         else
             f64Ceiling = std::min(f64Ceiling, m_oProtector.oSpeakers[i].f64Ceiling);
-        if (m_bProtector)
+        if (m_bProtector && i < m_oProtector.iChannels)
             m_oState.SetSpeaker(m_oProtector, i, bRuns);
         else
         {

@@ -108,8 +108,9 @@ private:
     KelvaneDataStruct m_oFrame{};
 };
 
-// Times frame by frame. bSilence: zeros, after the programme.
-void Measure(benchmark::State& oState, const ProcessFrame& fnProcess, bool bSilence)
+// Times frame by frame; looks, untimed, every half second. bSilence: zeros, after the programme.
+void Measure(
+    benchmark::State& oState, const ProcessFrame& fnProcess, bool bSilence, const std::function<void()>& fnLook = [] {})
 {
     const Programme& oLoud = Loud();
     const std::vector<float> vecSilence(FRAME_LEN);
@@ -138,6 +139,8 @@ void Measure(benchmark::State& oState, const ProcessFrame& fnProcess, bool bSile
         oState.SetIterationTime(f64Seconds);
         vecMicroseconds.push_back(f64Seconds * 1e6);
         i64Blocks += i64FrameBlocks;
+        if (uFrame % 100 == 0)
+            fnLook();
     }
     std::sort(vecMicroseconds.begin(), vecMicroseconds.end());
     oState.counters["median_us"] = vecMicroseconds[vecMicroseconds.size() / 2];
@@ -149,9 +152,16 @@ void Measure(benchmark::State& oState, const ProcessFrame& fnProcess, bool bSile
 void BenchLibrary(benchmark::State& oState, bool bSilence)
 {
     CLibrary oLibrary;
+    int iLooks = 0;
+    int iBusy = 0;
     Measure(
-        oState, [&](const auto& pIn, const auto& pOut) { oLibrary.Process(pIn, pOut); }, bSilence);
-    if (!oLibrary.IsReady() || (!bSilence && !oLibrary.AllStagesWork()))
+        oState, [&](const auto& pIn, const auto& pOut) { oLibrary.Process(pIn, pOut); }, bSilence,
+        [&]
+        {
+            ++iLooks;
+            iBusy += oLibrary.AllStagesWork();
+        });
+    if (!oLibrary.IsReady() || (!bSilence && 10 * iBusy < 9 * iLooks))
         oState.SkipWithError("a stage of the library had nothing to do");
 }
 

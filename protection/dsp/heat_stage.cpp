@@ -13,7 +13,6 @@ constexpr double SILENT_RISE_DB_PER_SEC = 3.9;
 constexpr double FALL_DB_PER_SEC = 3.9;
 constexpr double RECOVER_DB = 2.0; // that the slow fall mends in time, with a coil of 1 s
 constexpr double HOLD_SEC = 30.0;  // of the loudest
-constexpr double LOUDER = 1.1;
 constexpr double AS_LOUD = 0.8;
 constexpr double SETTLE_K = 1.5;    // what the law stays under the limit
 constexpr double LOWEST_DB = -60.0; // and silence, as good as
@@ -59,7 +58,7 @@ void HeatStage::Heat(const SpeakerConstants& oSpeaker, const Ambient& oAmbient, 
                   2.0 * (oSpeaker.f64CoilLimitC - SETTLE_K - oHot.f64CoilC) / oSpeaker.f64CoilKPerW;
 }
 
-HeatDemand HeatStage::Demand() const
+HeatDemand HeatStage::Demand(const SpeakerConstants& oSpeaker) const
 {
     HeatDemand oDemand;
     const double f64MeanNotZeroW = std::max(f64MeanW, LEAST_W);
@@ -67,7 +66,7 @@ HeatDemand HeatStage::Demand() const
                                      LOWEST_DB, HeatDemand::NOTHING_DB);
     if (f64LoudestW > LEAST_W)
         oDemand.f64SafeDb = PowerToDecibel(std::max(f64SteadyW, LEAST_W) / f64LoudestW) + f64RecoverDb;
-    oDemand.bLouder = bLouder;
+    oDemand.bUrgent = f64MeanW > f64AllowedW && !IsSlowEnough(oSpeaker);
     oDemand.bSilent = f64MeanW < LEAST_W;
     return oDemand;
 }
@@ -76,16 +75,33 @@ void HeatDemand::Join(const HeatDemand& oOther)
 {
     f64TargetDb = std::min(f64TargetDb, oOther.f64TargetDb);
     f64SafeDb = std::min(f64SafeDb, oOther.f64SafeDb);
-    bLouder |= oOther.bLouder;
+    bUrgent |= oOther.bUrgent;
     bSilent &= oOther.bSilent;
 }
 
-// From 0 dB, and for what is louder than all of late, the gain falls as fast as the coil needs. Else it has risen no
+// The coil's rise over its magnet at the end of a slow fall from the present power to the steady one: with p falling by
+// k, x' = (p(t) Rtc - x)/tau.
+bool HeatStage::IsSlowEnough(const SpeakerConstants& oSpeaker) const
+{
+    const double f64RiseLimitK = oSpeaker.f64CoilLimitC - 0.5 * SETTLE_K - oHot.f64MagnetC;
+    if (f64SteadyW <= LEAST_W)
+        return false;
+    const double f64CoilSec = oSpeaker.f64CoilKPerW * oSpeaker.f64CoilJPerK;
+    const double f64Ratio = std::max(f64MeanW / f64SteadyW, 1.0);
+    const double f64FallPerSec = FALL_DB_PER_SEC / 4.3429448190325175;
+    const double f64Forget = OwnExp(-OwnLog(f64Ratio) / (f64FallPerSec * f64CoilSec));
+    const double f64Detuning = 1.0 - f64FallPerSec * f64CoilSec;
+    const double f64NotZero = f64Detuning >= 0.0 ? std::max(f64Detuning, 1e-3) : std::min(f64Detuning, -1e-3);
+    const double f64DrivenK = f64MeanW * oSpeaker.f64CoilKPerW * (1.0 / f64Ratio - f64Forget) / f64NotZero;
+    return (oHot.f64CoilC - oHot.f64MagnetC) * f64Forget + f64DrivenK <= f64RiseLimitK;
+}
+
+// From 0 dB, and where a slow fall would come too late, the gain falls as fast as the coil needs. Else it has risen no
 // further than a slow fall can mend.
 void HeatStage::Follow(const SpeakerConstants& oSpeaker, const HeatDemand& oDemand)
 {
     const double f64WayDb = oDemand.f64TargetDb - f64GainDb;
-    bFreeFall = f64WayDb < 0.0 && (bFreeFall || f64GainDb == 0.0 || oDemand.bLouder);
+    bFreeFall = f64WayDb < 0.0 && (bFreeFall || f64GainDb == 0.0 || oDemand.bUrgent);
     if (f64WayDb < 0.0)
     {
         const double f64StepDb = oSpeaker.f64FallStep * f64WayDb;
@@ -105,7 +121,6 @@ void HeatStage::Follow(const SpeakerConstants& oSpeaker, const HeatDemand& oDema
 void HeatStage::Remember()
 {
     const double f64PlainW = f64MeanW / (f64Gain * f64Gain);
-    bLouder = f64PlainW > LOUDER * f64LoudestW;
     if (f64PlainW >= f64LoudestW)
         f64LoudestW = f64PlainW;
     if (f64PlainW >= AS_LOUD * f64LoudestW)

@@ -21,7 +21,7 @@ struct HeatDemand
 
     double f64TargetDb = NOTHING_DB;
     double f64SafeDb = NOTHING_DB; // up to here the gain may rise, and still come back in time
-    bool bLouder = false;          // than anything of late: the gain falls as fast as it must
+    bool bUrgent = false;          // a slow fall would come too late
     bool bSilent = true;
 
     // Of two speakers with one gain.
@@ -41,7 +41,6 @@ struct HeatStage
     double f64LoudestW = 0.0; // of late, had the gain been 0 dB
     double f64RecoverDb = 0.0;
     int iLoudestBlocks = 0; // that it is still remembered
-    bool bLouder = false;
     bool bFreeFall = false;
 
     void Reset(const Ambient& oAmbient);
@@ -50,7 +49,7 @@ struct HeatStage
     void Heat(const SpeakerConstants& oSpeaker, const Ambient& oAmbient, double f64ResistanceMargin,
               double f64MeanSquare);
 
-    HeatDemand Demand() const;
+    HeatDemand Demand(const SpeakerConstants& oSpeaker) const;
     // One block towards what is demanded: down as the coil needs it, up slowly.
     void Follow(const SpeakerConstants& oSpeaker, const HeatDemand& oDemand);
 
@@ -59,4 +58,5 @@ struct HeatStage
 
 private:
     void Remember();
+    bool IsSlowEnough(const SpeakerConstants& oSpeaker) const;
 };

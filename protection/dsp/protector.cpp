@@ -150,7 +150,7 @@ void Protector::FollowHeat()
     for (int i = 0; i < iChannels; ++i)
     {
         if (bPairRuns[i / 2] && oSpeakers[i][KelvaneParameter::HEAT_STAGE] != 0.0)
-            oDemands[i] = oSpeakers[i].oHeat.Demand();
+            oDemands[i] = oSpeakers[i].oHeat.Demand(oSpeakers[i].oConstants);
         oAll.Join(oDemands[i]);
     }
     for (int i = 0; i < iChannels; ++i)

@@ -11,7 +11,7 @@ namespace
 constexpr double MEAN_SEC = 0.1;
 constexpr double FALL_SEC = 0.15;
 constexpr double EASY_OVERLOAD = 6.0;
-constexpr double MODEL_ERROR = 0.003; // of a displacement by the matched poles, at most
+constexpr double MODEL_ERROR = 0.4; // of a displacement by the matched poles, at most, by (w0 T)^2
 } // namespace
 
 SpeakerValues GetSpeakerValues(const KelvaneStruParam& oStruParam, int iSpeaker)
@@ -39,7 +39,8 @@ void SpeakerConstants::Init(const SpeakerValues& oValues)
     f64ElectricalQ = oValues[KelvaneParameter::ELECTRICAL_Q];
     f64FullScaleV = oValues[KelvaneParameter::FULL_SCALE];
     f64Margin = oValues[KelvaneParameter::DISPLACEMENT_MARGIN] / 100.0;
-    f64Limit = oValues[KelvaneParameter::DISPLACEMENT_LIMIT] * (1.0 - f64Margin) * (1.0 - MODEL_ERROR) /
+    f64Limit = oValues[KelvaneParameter::DISPLACEMENT_LIMIT] * (1.0 - f64Margin) *
+               (1.0 - MODEL_ERROR * f64RadPerSample * f64RadPerSample) /
                (oValues[KelvaneParameter::DISPLACEMENT] * f64FullScaleV);
     f64ResistanceOhm = oValues[KelvaneParameter::COIL_RESISTANCE];
     f64RisePerK = oValues[KelvaneParameter::RESISTANCE_RISE];
