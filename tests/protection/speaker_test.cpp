@@ -139,6 +139,43 @@ TEST(SpeakerTest, CoilStaysUnderItsLimit)
     }
 }
 
+// The bass goes, what is above it stays: a gain that holds the cone by itself takes 6 dB more of it.
+TEST(SpeakerTest, LevelAboveTheBassStays)
+{
+    const struct
+    {
+        Trial oTrial;
+        double f64Hz; // of what is above the bass
+        double f64MostLostDb;
+        double f64LeastWonDb;
+    } CASES[] = {{{"loud", [](size_t i) { return Sine(55, 0.95)(i) + Sine(1000, 0.2)(i); }, 4}, 1000, 2.0, 6.0},
+                 {{"bass alone", [](size_t i) { return Sine(55, 0.8)(i) + Sine(2000, 0.2)(i); }, 4}, 2000, 0.5, 4.0}};
+    for (const auto& oCase : CASES)
+    {
+        const double f64Over = Play(DefaultParameters(), Speaker(25), 25.01, oCase.oTrial, false).f64MostMm /
+                               SpeakerLimits().f64DisplacementMm;
+        std::vector<Samples> vecSound(1, Make(oCase.oTrial.fnSignal, 4));
+        const auto fnLevel = [&]
+        {
+            double f64Sin = 0.0, f64Cos = 0.0;
+            for (size_t i = 3 * SECOND; i < 4 * SECOND; ++i)
+            {
+                const double f64Angle = 2 * PI * oCase.f64Hz * static_cast<double>(i) / SECOND;
+                f64Sin += static_cast<double>(vecSound[0][i]) * std::sin(f64Angle);
+                f64Cos += static_cast<double>(vecSound[0][i]) * std::cos(f64Angle);
+            }
+            return 20 * std::log10(std::hypot(f64Sin, f64Cos));
+        };
+        const double f64InDb = fnLevel();
+        CLibrary oLibrary(DefaultParameters());
+        oLibrary.Temperature(2501);
+        oLibrary.Play(vecSound);
+        const double f64LostDb = f64InDb - fnLevel();
+        EXPECT_LE(f64LostDb, oCase.f64MostLostDb) << oCase.oTrial.pName;
+        EXPECT_GE(20 * std::log10(f64Over) - f64LostDb, oCase.f64LeastWonDb) << oCase.oTrial.pName << f64LostDb;
+    }
+}
+
 // Sets from all over the ranges, their ends above all, each on a speaker that is like it.
 TEST(SpeakerTest, EverySetProtectsItsSpeaker)
 {
