@@ -214,12 +214,13 @@ void CKelvaneInstance::FinishBlock(const Frame& oFrame)
     }
 }
 
-// A frame that knows the battery's charge comes first.
+// A frame that knows the battery's charge comes first; 0 is a charge that isn't known.
 Surroundings CKelvaneInstance::Around(const Frame& oFrame) const
 {
     const int32_t iTemperature = m_iTemperature.load(std::memory_order_relaxed);
     const int32_t iTold = m_iBattery.load(std::memory_order_relaxed);
-    const int32_t iBattery = oFrame.BatteryLifePercent <= 100 ? oFrame.BatteryLifePercent : iTold;
+    const bool bKnown = oFrame.BatteryLifePercent > 0 && oFrame.BatteryLifePercent <= 100;
+    const int32_t iBattery = bKnown ? oFrame.BatteryLifePercent : iTold;
     Surroundings oAround;
     oAround.bAmbientKnown = iTemperature != UNKNOWN_TEMPERATURE;
     oAround.f64AmbientC = iTemperature / 100.0;

@@ -71,10 +71,10 @@ TEST(SignalTest, CutsOfFramesDontMatter)
 TEST(SignalTest, CeilingHoldsBetweenSamplesToo)
 {
     const KelvaneStruParam stOnly = With(Matched(), {{P::EXCURSION_STAGE, 0}, {P::HEAT_STAGE, 0}});
-    for (const int iBattery : {100, 15, 0})
+    for (const int iBattery : {100, 15, 1})
         for (const Signal& fnSignal : {Noise(1), Noise(5), Sine(11900, 1.4), Gated(Sine(997, 4), 0.02, 0.03)})
         {
-            const double f64Ceiling = iBattery == 100 ? 1.0 : 0.5 + 0.5 * iBattery / 30;
+            const double f64Ceiling = std::min(1.0, 0.5 + 0.5 * iBattery / 30);
             CLibrary oLibrary(stOnly);
             oLibrary.m_stData.ACLineStatus = 0;
             oLibrary.m_stData.BatteryLifePercent = static_cast<uint16_t>(iBattery);
