@@ -18,4 +18,5 @@ void CoilHeat::Reset(double f64CoilC, double f64MagnetC)
 {
     m_f64CoilC = f64CoilC;
     m_f64MagnetC = f64MagnetC;
+    m_f64ResistanceOhm = m_f64ZeroOhm + m_f64OhmPerK * f64CoilC;
 }

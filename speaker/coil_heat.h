@@ -13,6 +13,7 @@ struct CoilHeat
     // will do.
     void Process(double f64HeatJ)
     {
+        m_f64ResistanceOhm = m_f64ZeroOhm + m_f64OhmPerK * m_f64CoilC;
         const double f64ToMagnetJ = (m_f64CoilC - m_f64MagnetC) * m_f64ToMagnetJPerK;
         const double f64ToAmbientJ = (m_f64MagnetC - m_f64AmbientC) * m_f64ToAmbientJPerK;
         m_f64CoilC += (f64HeatJ - f64ToMagnetJ) * m_f64CoilKPerJ;
@@ -21,8 +22,8 @@ struct CoilHeat
 
     double CoilC() const { return m_f64CoilC; }
     double MagnetC() const { return m_f64MagnetC; }
-    // R = R25 (1 + a (Tc - 25))
-    double ResistanceOhm() const { return m_f64ZeroOhm + m_f64OhmPerK * m_f64CoilC; }
+    // R = R25 (1 + a (Tc - 25)), of the coil one step ago: so the cone needn't wait for the heat of the step before.
+    double ResistanceOhm() const { return m_f64ResistanceOhm; }
 
 private:
     double m_f64ToMagnetJPerK = 0.0;  // in a step
@@ -34,4 +35,5 @@ private:
     double m_f64AmbientC = 25.0;
     double m_f64CoilC = 25.0;
     double m_f64MagnetC = 25.0;
+    double m_f64ResistanceOhm = 0.0;
 };

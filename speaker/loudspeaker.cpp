@@ -7,8 +7,10 @@
 
 namespace
 {
-// Beyond this many radians of the resonance in a step the method is neither exact nor sure to be stable.
-constexpr double MAX_STEP_RADIANS = 0.25;
+// Of the cone's fastest motion in a step: beyond, the method is neither exact nor sure to be stable.
+constexpr double MAX_STEP_RADIANS = 0.5;
+// Of the quickest thermal time constant in a step.
+constexpr double MAX_STEP_OF_HEAT = 1e-3;
 
 SpeakerResult Refuse(SpeakerError eError, const char* pFormat, double f64Value, double f64Low, double f64High)
 {
@@ -17,18 +19,26 @@ SpeakerResult Refuse(SpeakerError eError, const char* pFormat, double f64Value, 
     return {eError, strText};
 }
 
-// The step against the fastest motion of the free cone: the larger of resonance and damping.
-SpeakerResult CheckStep(const SpeakerMechanics& oMechanics, double f64ResistanceOhm, double f64StepSec)
+// The step against the free cone, the larger of its resonance and its damping, and against the heat's exchange.
+SpeakerResult CheckStep(const SpeakerParams& oParams, const SpeakerMechanics& oMechanics, double f64StepSec)
 {
-    const double f64Omega = std::sqrt(oMechanics.f64StiffnessNPerM / oMechanics.f64MassKg);
-    const double f64Drag = (oMechanics.f64DampingNSPerM +
-                            oMechanics.f64ForceFactorNPerA * oMechanics.f64ForceFactorNPerA / f64ResistanceOhm) /
-                           oMechanics.f64MassKg;
-    const double f64Radians = std::max(f64Omega, f64Drag) * f64StepSec;
-    if (f64Radians <= MAX_STEP_RADIANS)
-        return {};
-    return Refuse(SpeakerError::OVERSAMPLING, "the cone turns %g rad in a step, allowed is %g to %g", f64Radians, 0.0,
-                  MAX_STEP_RADIANS);
+    const double f64ForceFactor = oMechanics.f64ForceFactorNPerA;
+    const double f64DragPerSec =
+        (oMechanics.f64DampingNSPerM + f64ForceFactor * f64ForceFactor / oParams.f64CoilResistanceOhm) /
+        oMechanics.f64MassKg;
+    const double f64OmegaPerSec = std::sqrt(oMechanics.f64StiffnessNPerM / oMechanics.f64MassKg);
+    const double f64Radians = std::max(f64OmegaPerSec, f64DragPerSec) * f64StepSec;
+    if (f64Radians > MAX_STEP_RADIANS)
+        return Refuse(SpeakerError::STEP, "the cone turns %g rad in a step, allowed is %g to %g", f64Radians, 0.0,
+                      MAX_STEP_RADIANS);
+    const double f64CoilPerSec = 1.0 / (oParams.f64CoilToMagnetKPerW * oParams.f64CoilHeatJPerK);
+    const double f64MagnetPerSec =
+        (1.0 / oParams.f64CoilToMagnetKPerW + 1.0 / oParams.f64MagnetToAmbientKPerW) / oParams.f64MagnetHeatJPerK;
+    const double f64OfHeat = (f64CoilPerSec + f64MagnetPerSec) * f64StepSec;
+    if (f64OfHeat > MAX_STEP_OF_HEAT)
+        return Refuse(SpeakerError::STEP, "a step is %g of a thermal time constant, allowed is %g to %g", f64OfHeat,
+                      0.0, MAX_STEP_OF_HEAT);
+    return {};
 }
 } // namespace
 
@@ -43,7 +53,7 @@ SpeakerResult CLoudspeaker::Init(const SpeakerParams& oParams, double f64SampleR
         return Refuse(SpeakerError::OVERSAMPLING, "oversampling is %g, allowed is %g to %g", iOversampling, 1.0, 16.0);
     const double f64StepSec = 1.0 / (f64SampleRateHz * iOversampling);
     const SpeakerMechanics oMechanics = DeriveMechanics(oParams);
-    if (SpeakerResult oResult = CheckStep(oMechanics, oParams.f64CoilResistanceOhm, f64StepSec); !oResult)
+    if (SpeakerResult oResult = CheckStep(oParams, oMechanics, f64StepSec); !oResult)
         return oResult;
 
     m_oParams = oParams;
@@ -104,20 +114,17 @@ void CLoudspeaker::Drain()
     Process(f32Silence, DELAY);
 }
 
-// The steps from one sample to the next. Cone and heat are locals meanwhile, so that they stay in registers.
+// The steps from one sample to the next.
 void CLoudspeaker::ProcessInterval(const double* pf64Curve)
 {
-    Cone oCone = m_oCone;
-    CoilHeat oHeat = m_oHeat;
     for (int i = 0; i < m_iOversampling; ++i, pf64Curve += 2)
     {
-        const SpeakerEnergy oEnergy = oCone.Process(pf64Curve[0], pf64Curve[1], pf64Curve[2], oHeat.ResistanceOhm());
-        oHeat.Process(oEnergy.f64CoilHeatJ);
+        const SpeakerEnergy oEnergy =
+            m_oCone.Process(pf64Curve[0], pf64Curve[1], pf64Curve[2], m_oHeat.ResistanceOhm());
+        m_oHeat.Process(oEnergy.f64CoilHeatJ);
         m_oEnergy += oEnergy;
-        m_f64PeakM = std::max(m_f64PeakM, std::fabs(oCone.DisplacementM()));
-        m_f64HottestC = std::max(m_f64HottestC, oHeat.CoilC());
+        m_f64PeakM = std::max(m_f64PeakM, std::fabs(m_oCone.DisplacementM()));
+        m_f64HottestC = std::max(m_f64HottestC, m_oHeat.CoilC());
     }
-    oCone.Settle();
-    m_oCone = oCone;
-    m_oHeat = oHeat;
+    m_oCone.Settle();
 }

@@ -8,7 +8,8 @@ enum class SpeakerError
     NONE = 0,
     PARAMETER,    // a value outside its range
     SAMPLE_RATE,  // outside 8000 to 192000 Hz
-    OVERSAMPLING, // outside 1 to 16, or too coarse for the resonance
+    OVERSAMPLING, // outside 1 to 16
+    STEP,         // too coarse for the cone or the heat: more oversampling would do
     TEMPERATURE,  // a starting temperature outside its range
     CHANNELS,     // outside 1 to 8
 };
