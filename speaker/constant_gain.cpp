@@ -56,11 +56,10 @@ SpeakerResult FindConstantGain(const SpeakerSetup& oSetup, const SpeakerProgramm
         else
             f64Breaks = f64Next;
 
-        // A little to the other side of the limit, so that the two close in on it.
-        f64Next *= CalcMargin(oSetup, oRun) * (bHolds ? 1.0006 : 0.9997);
+        // Aimed a little to the limit's other side, so that the two close in on it.
+        f64Next = std::max(f64Next * CalcMargin(oSetup, oRun) * (bHolds ? 1.0006 : 0.9997), SMALLEST_GAIN);
         if (!(f64Next > oFound.f64Gain && f64Next < f64Breaks))
             f64Next = oFound.f64Gain > 0.0 ? std::sqrt(oFound.f64Gain * f64Breaks) : 0.5 * f64Breaks;
-        f64Next = std::max(f64Next, SMALLEST_GAIN);
     }
     oFound.iRuns = iRuns;
     return {};
