@@ -21,7 +21,7 @@ public:
 
 private:
     static constexpr size_t PAIRS = DELAY; // of samples, one from each side of the interval
-    static constexpr size_t LANES = 4;     // points that are computed side by side
+    static constexpr size_t LANES = 2;     // points that are computed side by side: what a register holds
 
     struct PairWeights
     {
