@@ -21,6 +21,6 @@ struct ConstantGain
     double LostDb() const;
 };
 
-// The gain is played, and both limits held, on every channel; 0.01 dB more, or less than that, was played too, and one
-// wasn't (unless the gain is 1). Plays the programme some three times from the same start, for heat isn't linear.
+// What is found was itself played and held both limits on every channel; unless it's 1, a gain at most 0.01 dB larger
+// was played too and didn't. Plays the programme some three times, each from the setup's start, for heat isn't linear.
 SpeakerResult FindConstantGain(const SpeakerSetup& oSetup, const SpeakerProgramme& oProgramme, ConstantGain& oFound);
