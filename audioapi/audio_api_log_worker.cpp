@@ -7,6 +7,7 @@
 #include "audioapi/audio_api_string.h"
 #include "audioapi/audio_api_time.h"
 
+#include <algorithm>
 #include <exception>
 #include <mutex>
 
@@ -32,8 +33,7 @@ int PrintItem(FILE* pFile, const CAudioLogItem& oItem)
 // Gives the count of bytes written.
 UINT64 WriteItem(FILE* pFile, const CAudioLogItem& oItem)
 {
-    const int iCount = PrintItem(pFile, oItem);
-    return iCount >= 1 ? static_cast<UINT64>(iCount) : 0;
+    return static_cast<UINT64>(std::max(PrintItem(pFile, oItem), 0));
 }
 } // namespace
 

@@ -79,6 +79,9 @@ TEST_F(DataLogTest, ParameterFilesHaveExactlyTheirSize)
         EXPECT_TRUE(pByte == nullptr || std::memcmp(pByte.get(), "abcdefghijkl", 12) == 0);
     }
     EXPECT_EQ(CountLog("bfFileSize / static_cast<long>(sizeof(float)) != static_cast<long>(bfParamSize)"), 5U);
+    for (const INT32 iLen : {0, -1})
+        CAudioDATA::ReadBinFileParam("C:\\p\\param.bin", iLen, pByte);
+    EXPECT_EQ(CountLog("iParaLength <= 0"), 2U);
     CAudioDATA::ReadBinFileParam("C:\\p\\none.bin", 3, pByte);
     EXPECT_EQ(CountLog("Read file param failed! Path:C:\\p\\none.bin"), 1U);
     EXPECT_EQ(CountLog("3842006 ReadRECBinFileParam Fail!"), 6U);

@@ -116,6 +116,10 @@ TEST_F(SystemQueryTest, ProcessesAreFoundByNameInAnyCase)
     EXPECT_FALSE(CAudioSYS::CheckProcessInvalidByID(dwID));
     EXPECT_FALSE(CAudioSYS::CheckProcessInvalidByID(0));
     EXPECT_EQ(CAudioSYS::GetProcessIDByName(L"kelvane-none", vecID = {}), 6U);
+    machine::FailNext("CreateToolhelp32Snapshot", ERROR_ACCESS_DENIED, -1);
+    EXPECT_EQ(CAudioSYS::GetProcessIDByUserName(Upper(strChild), vecID, 2), 0U);
+    machine::ClearFailures();
+    EXPECT_EQ(CountLog("(hSnapshot == INVALID_HANDLE_VALUE)"), 2U) << "a name that isn't there is no reason to wait";
     EXPECT_FALSE(CAudioSYS::CheckProcessInvalidByName(L"kelvane-none"));
     EXPECT_EQ(CountLog("kelvane-none is not exist!"), 1U);
 }
@@ -303,6 +307,11 @@ TEST_F(SystemQueryTest, MemoryLimitIsReachedByEitherFigure)
     EXPECT_FALSE(CAudioSYS::CheckProcessMemory(Upper(strLarge), 4095));
     EXPECT_TRUE(CAudioSYS::CheckProcessMemory(Upper(strLarge), 4096)) << "no bytes within 32 bits";
     EXPECT_FALSE(CAudioSYS::CheckProcessMemory(L"kelvane-none", 0));
+    for (const char* pCall : {"OpenProcess", "K32GetProcessMemoryInfo"})
+    {
+        machine::FailNext(pCall, ERROR_ACCESS_DENIED);
+        EXPECT_FALSE(CAudioSYS::CheckProcessMemory(Upper(strLarge), 33)) << pCall;
+    }
     EXPECT_NE(GetFile(machine::PlatformPath(machine::Folder() + "/eventlog.txt")).find("0x80020F02"),
               std::string::npos);
 }

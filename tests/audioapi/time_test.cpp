@@ -30,6 +30,9 @@ TEST_F(TimeTest, TextTakesAsManyFieldsAsTheFormatHas)
     EXPECT_EQ(CAudioTIME::GetStrTime(DAY, "%063d"), std::string(59, '0') + "2024");
     EXPECT_EQ(CAudioTIME::GetStrTime(DAY, "%064d"), "");
     EXPECT_EQ(CountLog("systime trun to string time failed!"), 1U);
-    EXPECT_EQ(CAudioTIME::MsToStrTime(std::numeric_limits<INT64>::max(), "%d"), "");
+    constexpr INT64 LAST_STAMP = std::numeric_limits<INT64>::max() / 10000 - 11644502400000;
+    EXPECT_EQ(CAudioTIME::MsToStrTime(LAST_STAMP, "%d"), "30828");
+    EXPECT_EQ(CAudioTIME::MsToStrTime(LAST_STAMP + 1, "%d"), "");
+    EXPECT_EQ(CAudioTIME::MsToStrTime(0, "%d"), "0") << "no time at all";
 }
 } // namespace

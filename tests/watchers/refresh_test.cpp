@@ -37,6 +37,7 @@ const struct
     int iIndex;
     const char* pPath;
     std::vector<Step> vecBefore, vecSteps;
+    std::vector<std::pair<CAudioInt CAudioStatus::*, int>> vecEnd; // what the record has then
 } SCENARIO[] = {
     {0,
      AUDIO_MODE_PATH,
@@ -53,13 +54,17 @@ const struct
       {APO_MULTI_RENDER, oGone,
        "APO mode change to AudioMode:4|Fail:MultiRender|"
        "CAudioREG::ReadRegValue(AUDIO_MODE_PATH, APO_MULTI_RENDER, dwMultiRenderValue)"},
-      {APO_SMART_MODE, oGone, "Fail:SmartMode|CAudioREG::ReadRegValue(AUDIO_MODE_PATH, APO_SMART_MODE, strValue)"}}},
+      {APO_SMART_MODE, oGone, "Fail:SmartMode|CAudioREG::ReadRegValue(AUDIO_MODE_PATH, APO_SMART_MODE, strValue)"}},
+     {{&CAudioStatus::m_iRenderMode, 4}, {&CAudioStatus::m_iCaptureMode, 4}, {&CAudioStatus::m_iMultiRender, 3}}},
     {3,
      AUDIO_BYPASS_PATH,
      {{AUDIO_KELVANE_STATUS, Number(1), nullptr}},
      {{LYRANA_STATUS, Number(1), "Kelvane Bypass Status 1 change to 1|Lyrana Bypass Status 0 change to 1"},
       {AUDIO_KELVANE_STATUS, oGone, "Fail:KelvaneStatus|Lyrana Bypass Status 1 change to 1"},
-      {AUDIO_KELVANE_STATUS, Number(2), "Kelvane Bypass Status 1 change to 2|Lyrana Bypass Status 1 change to 1"}}},
+      {AUDIO_KELVANE_STATUS, Number(2), "Kelvane Bypass Status 1 change to 2|Lyrana Bypass Status 1 change to 1"},
+      {AUDIO_VQE_STATUS, Number(3),
+       "Kelvane Bypass Status 2 change to 2|Lyrana Bypass Status 1 change to 1|VQE Bypass Status 0 change to 3"}},
+     {{&CAudioStatus::m_iKelvaneBypass, 2}, {&CAudioStatus::m_iLyranaBypass, 1}, {&CAudioStatus::m_iVQEBypass, 3}}},
     {4,
      DEVICE_CLSID_PATH,
      {},
@@ -67,7 +72,8 @@ const struct
        "Fail:CaptureCLSID|CAudioREG::ReadRegValue(DEVICE_CLSID_PATH, AUDIO_CAPTURE_CLSID, strCaptureValue)"},
       {AUDIO_CAPTURE_CLSID, Text("C"),
        "Default Capture Endpoint CLSID  change to C|Default Render Endpoint CLSID  change to R"},
-      {AUDIO_CAPTURE_CLSID, Text("C"), ""}}},
+      {AUDIO_CAPTURE_CLSID, Text("C"), ""}},
+     {}},
     {2,
      AUDIO_SPEAKER_VOLUME_PATH,
      {{AUDIO_VOLUME_MUTE, Number(0), nullptr},
@@ -80,7 +86,12 @@ const struct
       {AUDIO_VOLUME_DB, Text("0"), ""},
       {AUDIO_VOLUME_NUM, oGone,
        "Fail:VolumeNum|CAudioREG::ReadRegValue(AUDIO_SPEAKER_VOLUME_PATH, AUDIO_VOLUME_NUM, dwVolumeValue)|"
-       "Speaker Percent Volume(60) change to (0)"}}},
+       "Speaker Percent Volume(60) change to (0)"},
+      {AUDIO_VOLUME_MUTE, oGone,
+       "Fail:VolumeMute|CAudioREG::ReadRegValue(AUDIO_SPEAKER_VOLUME_PATH, AUDIO_VOLUME_MUTE, dwMuteValue)|"
+       "Speaker Mute status(1) change to (0)|"
+       "Fail:VolumeNum|CAudioREG::ReadRegValue(AUDIO_SPEAKER_VOLUME_PATH, AUDIO_VOLUME_NUM, dwVolumeValue)"}},
+     {{&CAudioStatus::m_iSpeakerMute, 0}, {&CAudioStatus::m_iSpeakerVolume, 0}}},
     {10,
      AUDIO_MICROPHONE_VOLUME_PATH,
      {{AUDIO_VOLUME_MUTE, Number(0), nullptr},
@@ -89,7 +100,11 @@ const struct
      {{AUDIO_VOLUME_MUTE, Number(1), "Microphone Mute status(0) change to (1)"},
       {AUDIO_VOLUME_MUTE, Number(0),
        "Microphone Mute status(1) change to (0)|Microphone Percent Volume(0) change to (50)|"
-       "Microphone DB Volume (0) change to (-2)"}}},
+       "Microphone DB Volume (0) change to (-2)"},
+      {AUDIO_VOLUME_NUM, oGone,
+       "Fail:VolumeNum|CAudioREG::ReadRegValue(AUDIO_MICROPHONE_VOLUME_PATH, AUDIO_VOLUME_NUM, dwVolumeValue)|"
+       "Microphone Percent Volume(50) change to (0)"}},
+     {{&CAudioStatus::m_iMicrophoneMute, 0}, {&CAudioStatus::m_iMicrophoneVolume, 0}}},
     {1,
      AUDIO_REALTEK_HEADSET_PATH,
      {{APO_INTERNAL_SPEAKER, Number(0), nullptr}},
@@ -100,7 +115,28 @@ const struct
       {APO_INTERNAL_SPEAKER, Number(0), "HeadSet Status:1,ExternalMic Status: 1"},
       {APO_INTERNAL_SPEAKER, oGone,
        "Fail:InternalSpeakerOutput|"
-       "CAudioREG::ReadRegValue(AUDIO_REALTEK_HEADSET_PATH, APO_INTERNAL_SPEAKER, dwSpeakerValue)"}}},
+       "CAudioREG::ReadRegValue(AUDIO_REALTEK_HEADSET_PATH, APO_INTERNAL_SPEAKER, dwSpeakerValue)"}},
+     {{&CAudioStatus::m_iHeadSetRender, 1},
+      {&CAudioStatus::m_iHeadSetCapture, 1},
+      {&CAudioStatus::m_iExternalMICStatus, 1}}},
+    {8, // not needed while the other driver's value is there
+     AUDIO_HEADSET_PATH,
+     {{AUDIO_HEADSET_RENDER, Number(1), nullptr}, {AUDIO_HEADSET_STATUS, Number(1), nullptr}},
+     {{AUDIO_HEADSET_CAPTURE, Number(2), "Audio Headset Render Status:1,Capture Status:1,Headset Status:1"},
+      {AUDIO_HEADSET_RENDER, oGone,
+       "Fail:HeadsetRender|CAudioREG::ReadRegValue(AUDIO_HEADSET_PATH, AUDIO_HEADSET_RENDER, dwRenderValue)|"
+       "Audio Headset Render Status:0,Capture Status:1,Headset Status:1"},
+      {AUDIO_HEADSET_RENDER, Number(2), "Audio Headset Render Status:1,Capture Status:1,Headset Status:1"},
+      {AUDIO_HEADSET_CAPTURE, oGone,
+       "Fail:HeadsetCapture|CAudioREG::ReadRegValue(AUDIO_HEADSET_PATH, AUDIO_HEADSET_CAPTURE, dwCaptureValue)|"
+       "Audio Headset Render Status:1,Capture Status:0,Headset Status:1"},
+      {AUDIO_HEADSET_CAPTURE, Number(0), "Audio Headset Render Status:1,Capture Status:0,Headset Status:1"},
+      {AUDIO_HEADSET_STATUS, oGone,
+       "Fail:HeadsetStatus|CAudioREG::ReadRegValue(AUDIO_HEADSET_PATH, AUDIO_HEADSET_STATUS, dwHeadsetValue)|"
+       "Audio Headset Render Status:1,Capture Status:0,Headset Status:0"}},
+     {{&CAudioStatus::m_iHeadSetRender, 1},
+      {&CAudioStatus::m_iHeadSetCapture, 0},
+      {&CAudioStatus::m_iHeadSetStatus, 0}}},
     {12,
      AUDIO_ZVSOUND_PATH,
      {{AUDIO_ZVSOUND_STATUS, Number(1), nullptr},
@@ -113,7 +149,20 @@ const struct
       {AUDIO_ZVSOUND_MICROPHONE_MODE, Number(1), "ZvSound Micophone Status 5 change to 1"},
       {AUDIO_ZVSOUND_SHARE_STATUS, oGone,
        "Fail:ShareVoiceStatus|CAudioREG::ReadRegValue(AUDIO_ZVSOUND_PATH, AUDIO_ZVSOUND_SHARE_STATUS, dwShareValue)|"
-       "ZvSound Share Voice Status 2 change to 0"}}},
+       "ZvSound Share Voice Status 2 change to 0"},
+      {AUDIO_ZVSOUND_SHARE_STATUS, Number(3), "ZvSound Share Voice Status 0 change to 3"},
+      {AUDIO_ZVSOUND_HEADPHONE_MODE, oGone,
+       "Fail:HeadphoneMode|CAudioREG::ReadRegValue(AUDIO_ZVSOUND_PATH, AUDIO_ZVSOUND_HEADPHONE_MODE, dwHeadphoneMode)|"
+       "ZvSound Headphone mode 2 change to 0"},
+      {AUDIO_ZVSOUND_HEADPHONE_MODE, Number(4), "ZvSound Headphone mode 0 change to 4"},
+      {AUDIO_ZVSOUND_MICROPHONE_MODE, Number(4), "ZvSound Micophone Status 1 change to 4"},
+      {AUDIO_ZVSOUND_MICROPHONE_MODE, oGone,
+       "Fail:MicrophoneMode|CAudioREG::ReadRegValue(AUDIO_ZVSOUND_PATH, AUDIO_ZVSOUND_MICROPHONE_MODE, "
+       "dwMicrophoneValue)|ZvSound Micophone Status 4 change to 0"}},
+     {{&CAudioStatus::m_iLastMicrophoneMode, 1}, // 4 and above are no ordinary modes
+      {&CAudioStatus::m_iShareVoiceStatus, 3},
+      {&CAudioStatus::m_iHeadphoneMode, 4},
+      {&CAudioStatus::m_iSpeakerMode, 2}}},
 };
 
 TEST_F(RefreshTest, EachStepSaysWhatItRead)
@@ -144,10 +193,9 @@ TEST_F(RefreshTest, EachStepSaysWhatItRead)
             }
             EXPECT_EQ(strLines, oStep.pLines);
         }
+        for (size_t i = 0; i < oScenario.vecEnd.size(); ++i)
+            EXPECT_EQ(Status().*oScenario.vecEnd[i].first, oScenario.vecEnd[i].second) << oScenario.pPath << " " << i;
     }
-    EXPECT_EQ(Status().m_iLastMicrophoneMode, 2) << "5 is no ordinary mode";
-    EXPECT_EQ(Status().m_iRenderMode, 4) << "a refresh without MultiRender stored a mode";
-    EXPECT_EQ(Status().m_iHeadSetCapture + Status().m_iHeadSetRender, 2);
     EXPECT_EQ(Monitor().GetCaptureCLSID() + Monitor().GetRenderCLSID(), "CR");
     for (const auto& [pLine, pFunction] : {std::pair<const char*, const char*>{"multiRender: ", "RefreshAPPMode"},
                                            {"Speaker Percent Volume(", "RefreshSpeakerVolum"},
@@ -163,6 +211,10 @@ TEST_F(RefreshTest, ExternalMicrophone)
 {
     const std::string strClass = std::string(AUDIO_MEDIA_CLASS_PATH) + "\\";
     CAudioREG::CreateRegKey(strClass + "0000\\Settings\\OEM");
+    StartLog();
+    Monitor().StartMonitor(11);
+    EXPECT_EQ(CountLog("Undefine RegRoot"), 0U) << "followed, although no instance has the value";
+    CAudioMonitor::DeleteInstance();
     Set(strClass + "0002\\Settings\\OEM", SENARY_EXTERNAL_MIC, REG_BINARY, "\x0A");
     const std::string strPath = strClass + "0001\\Settings\\OEM";
     Set(strPath, SENARY_EXTERNAL_MIC, REG_BINARY, "");

@@ -100,6 +100,7 @@ TEST_F(WatchTest, WithoutItsKeyOrEventAWatcherEndsForGood)
     StartAll();
     EXPECT_EQ(CountLog("Fail to Regist Notify Change KeyPath:"), 13U);
     EXPECT_EQ(CountLog(std::string("Not exist sub Key in ") + AUDIO_MEDIA_CLASS_PATH), 1U);
+    EXPECT_EQ(CountLog("Undefine RegRoot"), 0U);
     // Realtek and bypass have no line of their own.
     const std::vector<LogLine> vecStart = FindLog("CAudioREG::RegNotifyStart(");
     EXPECT_EQ(vecStart.size(), 11U);
