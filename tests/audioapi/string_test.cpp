@@ -108,6 +108,21 @@ TEST(StringTest, NumbersAreReadAsAStreamReadsThem)
     EXPECT_EQ(CAudioSTR::FloatToString(1234567.0F), "1.23457e+06");
 }
 
+TEST(StringTest, DoublesAreDecimalOrHexadecimal)
+{
+    constexpr double ENDLESS = std::numeric_limits<double>::infinity();
+    const struct
+    {
+        const char* pText;
+        double f64Number;
+    } CASE[] = {
+        {" 2 ", 2}, {"+5.5e1x", 55}, {"-.5", -0.5}, {"0x10", 16},       {"-0X1.8p1", -3},     {"1x10", 1},   {"0", 0},
+        {"+-5", 0}, {"--5", 0},      {"abc", 0},    {"1e999", ENDLESS}, {"-1e999", -ENDLESS}, {"1e-999", 0}, {"", 0},
+    };
+    for (const auto& oCase : CASE)
+        EXPECT_EQ(CAudioSTR::ToDouble(oCase.pText), oCase.f64Number) << oCase.pText;
+}
+
 using StringLogTest = LoggedMachineTest;
 
 TEST_F(StringLogTest, RefusedTextsAreLoggedAndEmpty)

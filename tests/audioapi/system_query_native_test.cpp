@@ -153,6 +153,13 @@ TEST_F(SystemQueryTest, ConsoleUserOwnsProcesses)
     std::wstring strTokenUser;
     EXPECT_EQ(CAudioSYS::GetTokenUserName(hToken, strTokenUser), 0U);
     EXPECT_EQ(strTokenUser, OwnName());
+    EXPECT_EQ(CAudioSYS::GetTokenUserName(nullptr, strTokenUser), 6U);
+    for (const auto& [pCall, dwResult] :
+         {std::pair<const char*, DWORD>{"LocalAlloc", 12}, {"GetTokenInformation", 31}, {"LookupAccountSidW", 31}})
+    {
+        machine::FailNext(pCall, 31);
+        EXPECT_EQ(CAudioSYS::GetTokenUserName(hToken, strTokenUser), dwResult) << pCall;
+    }
     CloseHandle(hToken);
     EXPECT_TRUE(CAudioSYS::CheckProcessInvalidByUserName(strWide));
     EXPECT_EQ(CAudioSYS::GetProcessIDByUserName(strWide, vecID), 0U);
@@ -174,6 +181,11 @@ TEST_F(SystemQueryTest, ConsoleUserIsAskedUnderItsName)
 
     machine::FailNext("LookupAccountNameW", ERROR_NONE_MAPPED);
     EXPECT_EQ(CAudioSYS::GetCurrentUserSidstr(1), L"S-1-22-1-" + std::to_wstring(geteuid()));
+    for (const char* pCall : {"LookupAccountNameW", "LocalAlloc", "ConvertSidToStringSidW"})
+    {
+        machine::FailNext(pCall, ERROR_NONE_MAPPED);
+        EXPECT_EQ(CAudioSYS::GetCurrentUserSidstr(0), L"") << pCall;
+    }
     machine::FailNext("ImpersonateLoggedOnUser", ERROR_ACCESS_DENIED);
     EXPECT_EQ(CAudioSYS::QueryImpersonateLoginName(strName), static_cast<DWORD>(ERROR_ACCESS_DENIED));
 
@@ -204,16 +216,23 @@ TEST_F(SystemQueryTest, UsersNobodyLooksAt)
     PutSession("c2", "bob", "online");
     PutSession("3", "carl", "closing");
     PutSession("4", "login", "online", "CLASS=greeter\n");
+    PutSession("5", "dan", "active"); // looks at another screen
     std::vector<std::wstring> vecName{L"X"};
     CAudioSYS::QueryInactiveUser(vecName);
     EXPECT_EQ(vecName, (std::vector<std::wstring>{L"X", L"CARL", L"BOB"}));
     EXPECT_EQ(CountLog("Find Inactive User CARL,BOB"), 1U);
+    machine::FailNext("WTSEnumerateSessionsExW", ERROR_ACCESS_DENIED);
+    CAudioSYS::QueryInactiveUser(vecName);
+    EXPECT_EQ(vecName.size(), 3U);
+    EXPECT_EQ(CountLog("Find Inactive User"), 1U);
 
     std::wstring strUser;
     EXPECT_EQ(CAudioSYS::QueryConsoleUserName(strUser), 0U);
     EXPECT_EQ(strUser, L"ann");
     PutSession("7", "login", "active", "CLASS=greeter\nSEAT=seat0\nACTIVE=1\n");
     EXPECT_EQ(CAudioSYS::QueryConsoleUserName(strUser), 13U);
+    machine::FailNext("WTSQuerySessionInformationW", ERROR_ACCESS_DENIED);
+    EXPECT_EQ(CAudioSYS::QueryConsoleUserName(strUser), static_cast<DWORD>(ERROR_ACCESS_DENIED));
     EXPECT_EQ(strUser, L"ann");
 }
 
@@ -240,7 +259,10 @@ TEST_F(SystemQueryTest, EventIsFoundAtItsTime)
 
     machine::FailNext("ReadEventLogW", ERROR_GEN_FAILURE);
     EXPECT_FALSE(CAudioSYS::FindLastestMatchEvent("System", 0x0F02));
+    machine::FailNext("ReadEventLogW", ERROR_INSUFFICIENT_BUFFER); // and needs no more than there is
+    EXPECT_FALSE(CAudioSYS::FindLastestMatchEvent("System", 0x0F02));
     EXPECT_EQ(FindLog("dwStatus != ERROR_HANDLE_EOF").at(0).iErrorCode, ERROR_GEN_FAILURE);
+    EXPECT_EQ(CountLog("dwStatus != ERROR_HANDLE_EOF"), 2U);
     machine::FailNext("OpenEventLogA", ERROR_ACCESS_DENIED);
     EXPECT_FALSE(CAudioSYS::FindLastestMatchEvent("System", 0x0F02));
     EXPECT_EQ(FindLog("Open System EventLog failed!").at(0).iErrorCode, ERROR_ACCESS_DENIED);

@@ -129,6 +129,28 @@ TEST_F(ControllerChannelTest, SensorsFollowTheMachinesClock)
     EXPECT_EQ(oWMI.SetECTemperature(SET), WBEM_E_FAILED);
 }
 
+TEST_F(ControllerChannelTest, WithoutItsThreadItStaysClosed)
+{
+    DeclareController("");
+    const struct
+    {
+        const char* pCall;
+        int iSkip;
+        const char* pFailure;
+    } aRows[] = {{"CreateEventW", 0, "6 m_pState->hCallEvent"},
+                 {"CreateEventW", 1, "6 m_pState->hDoneEvent"},
+                 {"CreateEventW", 2, "6 m_pState->hEndEvent"},
+                 {"CreateThreadpoolWork", 0, "6 Create Thread failed!"}};
+    for (const auto& oRow : aRows)
+    {
+        machine::FailNext(oRow.pCall, 8, 1, oRow.iSkip);
+        CKelvaneWMI oWMI;
+        EXPECT_EQ(oWMI.Initialize(), 6) << oRow.pFailure;
+        EXPECT_EQ(oWMI.SetECTemperature(SET), 6) << oRow.pFailure;
+        EXPECT_EQ(TakeFailures(), oRow.pFailure);
+    }
+}
+
 // A silent controller is waited for once. Who goes while a call is out leaves it its thread, and the module stays.
 TEST_F(ControllerChannelTest, ASilentControllerIsWaitedForOnce)
 {
