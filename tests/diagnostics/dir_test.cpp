@@ -51,6 +51,16 @@ TEST_F(DirTest, ABadFolderTurnsDiagnosticsOffAndNothingElse)
     EXPECT_EQ(CountLog("Fail to Create File for monitor Directory:" + LogFolder()), 1u);
     EXPECT_EQ(CountLog("pThis->CreateDirectoryHandle()"), 1u);
     EXPECT_TRUE(IsLogOn());
+    CAudioLog::DeleteInstance();
+
+    // Each read that was good makes up for one that fails.
+    CAudioLog::Instance()->Initialize(nullptr);
+    WaitForWorkers();
+    control::FailNext("ReadDirectoryChangesW", 5, 1);
+    std::ofstream(Folder() / "another.log").put('x');
+    EXPECT_TRUE(WaitFor([] { return CountLog("Read Directory Changes failed!") == 3u; }));
+    WaitForWorkers();
+    EXPECT_TRUE(IsLogOn());
 }
 
 TEST_F(DirTest, TheOldestFilesBeyondTheLimitGo)

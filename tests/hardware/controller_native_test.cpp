@@ -4,6 +4,8 @@
 #include "apo/kelvane/apo_kelvane_wmi.h"
 #include "tests/platform/machine_file.h"
 
+#include <tuple>
+
 namespace
 {
 constexpr INT64 QUERY = 0x1A0202;
@@ -132,22 +134,17 @@ TEST_F(ControllerChannelTest, SensorsFollowTheMachinesClock)
 TEST_F(ControllerChannelTest, WithoutItsThreadItStaysClosed)
 {
     DeclareController("");
-    const struct
+    for (const auto& [pCall, iSkip, pFailure] :
+         {std::tuple<const char*, int, const char*>{"CreateEventW", 0, "6 m_pState->hCallEvent"},
+          {"CreateEventW", 1, "6 m_pState->hDoneEvent"},
+          {"CreateEventW", 2, "6 m_pState->hEndEvent"},
+          {"CreateThreadpoolWork", 0, "6 Create Thread failed!"}})
     {
-        const char* pCall;
-        int iSkip;
-        const char* pFailure;
-    } aRows[] = {{"CreateEventW", 0, "6 m_pState->hCallEvent"},
-                 {"CreateEventW", 1, "6 m_pState->hDoneEvent"},
-                 {"CreateEventW", 2, "6 m_pState->hEndEvent"},
-                 {"CreateThreadpoolWork", 0, "6 Create Thread failed!"}};
-    for (const auto& oRow : aRows)
-    {
-        machine::FailNext(oRow.pCall, 8, 1, oRow.iSkip);
+        machine::FailNext(pCall, 8, 1, iSkip);
         CKelvaneWMI oWMI;
-        EXPECT_EQ(oWMI.Initialize(), 6) << oRow.pFailure;
-        EXPECT_EQ(oWMI.SetECTemperature(SET), 6) << oRow.pFailure;
-        EXPECT_EQ(TakeFailures(), oRow.pFailure);
+        EXPECT_EQ(oWMI.Initialize(), 6) << pFailure;
+        EXPECT_EQ(oWMI.SetECTemperature(SET), 6) << pFailure;
+        EXPECT_EQ(TakeFailures(), pFailure);
     }
 }
 
