@@ -7,6 +7,7 @@
 #include "audioapi/audio_api_queue.h"
 #include "audioapi/audio_api_string.h"
 
+#include <algorithm>
 #include <exception>
 #include <mutex>
 
@@ -54,8 +55,7 @@ try
     if (iErrorCode != 0)
         oItem.strMessage += std::string("[") + AUDIO_EVENT_MARK + std::to_string(iErrorCode) + "]";
     oItem.strMessage += CAudioSTR::ToHexTag(pObject);
-    if (oItem.strMessage.size() > MESSAGE_LEN_MAX)
-        oItem.strMessage.resize(MESSAGE_LEN_MAX);
+    oItem.strMessage.resize(std::min(oItem.strMessage.size(), MESSAGE_LEN_MAX));
     {
         const std::lock_guard<CAudioLock> oGuard(m_oEventLock);
         m_oEventQueue.splice(m_oEventQueue.end(), oSaveEvent);
