@@ -129,8 +129,11 @@ TEST_F(WatchTest, WithoutItsKeyOrEventAWatcherEndsForGood)
 // The next change comes while the watcher reads, or as soon as the last one is in the record.
 TEST_F(WatchTest, NoChangeIsMissed)
 {
-    CAudioREG::CreateRegKey(AUDIO_SPEAKER_VOLUME_PATH);
+    SetRegistry(AUDIO_SPEAKER_VOLUME_PATH, AUDIO_VOLUME_NUM, 1);
+    control::FailNext("WaitForSingleObject", 6, -1); // a wait that fails is begun again
     Monitor().StartMonitor(2);
+    EXPECT_TRUE(WaitFor([] { return Status().m_iSpeakerVolume == 1; }));
+    control::ClearFailures();
     WaitForWorkers();
     for (int iRound = 1; iRound <= 300; ++iRound)
     {
