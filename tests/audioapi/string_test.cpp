@@ -3,7 +3,6 @@
 #include "tests/support/logged_machine_test.h"
 
 #include <limits>
-#include <utility>
 
 namespace
 {
@@ -107,19 +106,6 @@ TEST(StringTest, NumbersAreReadAsAStreamReadsThem)
     EXPECT_EQ(CAudioSTR::ToInt("99999999999"), std::numeric_limits<INT32>::max());
     EXPECT_EQ(CAudioSTR::FloatToString(-65.25F), "-65.25");
     EXPECT_EQ(CAudioSTR::FloatToString(1234567.0F), "1.23457e+06");
-}
-
-TEST(StringTest, DoublesAreDecimalOrHexadecimal)
-{
-    for (const auto& [pText, f64Number] : {std::pair<const char*, double>{" 2 ", 2},
-                                           {"+5.5e1x", 55},
-                                           {"0x10", 16},
-                                           {"-0X1.8p1", -3},
-                                           {"1x10", 1},
-                                           {"+-5", 0},
-                                           {"--5", 0},
-                                           {"-1e999", -std::numeric_limits<double>::infinity()}})
-        EXPECT_EQ(CAudioSTR::ToDouble(pText), f64Number) << pText;
 }
 
 using StringLogTest = LoggedMachineTest;

@@ -67,10 +67,10 @@ TEST_F(ManagerStartTest, NumbersAreReadTheSameUnderEveryLocale)
     ASSERT_NE(setlocale(LC_NUMERIC, "comma"), nullptr);
     EXPECT_EQ(std::to_string(0.5), "0,500000");
     const auto pParam = CKelvaneManager::Instance()->ParseAlgorithmPara(
-        "0,0,0,0,0,0,0,0,0x1,0.00393,-1.5e1,+.25,0x1F,1e999,-1e-999,.5x,x", "");
+        "0,0,0,0,0,0,0,0,0x1,0.00393,-1.5e1,+.25,0x1F,1e999,-1e-999,.5x,x,--5,-0X1.8p1", "");
     setlocale(LC_NUMERIC, "C");
     unsetenv("LOCPATH");
-    const double aExpected[] = {0.00393, -15, 0.25, 31, HUGE_VAL, 0, 0.5, 0};
+    const double aExpected[] = {0.00393, -15, 0.25, 31, HUGE_VAL, 0, 0.5, 0, 0, -3};
     for (size_t i = 0; i < std::size(aExpected); ++i)
         EXPECT_EQ(pParam->sLSMTvcCoef0[i], aExpected[i]) << i;
 }
