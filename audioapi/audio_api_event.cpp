@@ -32,7 +32,7 @@ void CAudioEvent::Initialize(const std::string& strSourceName)
 void CAudioEvent::RegisterZvAudoEventSource(const std::string& strSourceName)
 {
     m_hEventSource = RegisterEventSourceA(nullptr, strSourceName.c_str());
-    AUDIO_MISSING(m_hEventSource, GetLastError());
+    AUDIO_MISSING(m_hEventSource, AudioLastError());
 }
 
 void CAudioEvent::CreatEventThread()

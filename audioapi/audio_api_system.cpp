@@ -26,7 +26,7 @@ void CAudioSYS::GetMatchFileList(const std::string& strDir, const std::string& s
     CFileSearch oSearch(strDir + "*", stFound);
     if (!oSearch.IsOpen())
     {
-        AUDIOLOG_ERROR(GetLastError(), "Find First File failed!" + strDir + "*");
+        AUDIOLOG_ERROR(AudioLastError(), "Find First File failed!" + strDir + "*");
         return;
     }
     do

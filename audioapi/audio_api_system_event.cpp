@@ -44,7 +44,7 @@ std::string FindNewestTime(HANDLE hEventLog, DWORD dwEventID)
             strTime = CAudioSYS::TraversalSystemEvent(pBuffer.get(), dwRead, dwEventID);
             continue;
         }
-        const DWORD dwStatus = GetLastError();
+        const DWORD dwStatus = AudioLastError();
         if (dwStatus != ERROR_INSUFFICIENT_BUFFER || dwNeeded <= dwSize)
         {
             AUDIO_FAIL_IF(dwStatus != ERROR_HANDLE_EOF, dwStatus);
@@ -85,7 +85,7 @@ bool CAudioSYS::FindLastestMatchEvent(const std::string& strLogName, DWORD dwEve
     const std::unique_ptr<void, CEventLogCloser> oEventLog(OpenEventLogA(nullptr, strLogName.c_str()));
     if (oEventLog == nullptr)
     {
-        AUDIOLOG_ERROR(GetLastError(), "Open " + strLogName + " EventLog failed!");
+        AUDIOLOG_ERROR(AudioLastError(), "Open " + strLogName + " EventLog failed!");
         return false;
     }
     return FindNewestTime(oEventLog.get(), dwEventID) == strBaseTime;

@@ -37,7 +37,7 @@ INT64 CAudioTIME::GetIntTime(const SYSTEMTIME& stTime)
     FILETIME stFileTime{};
     if (!SystemTimeToFileTime(&stTime, &stFileTime))
     {
-        AUDIOLOG_ERROR(GetLastError(), "SystemTime To FileTime failed!");
+        AUDIOLOG_ERROR(AudioLastError(), "SystemTime To FileTime failed!");
         return 0;
     }
     return FileTimeToMs(stFileTime);

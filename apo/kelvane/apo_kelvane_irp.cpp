@@ -54,7 +54,7 @@ void CKelvaneIRP::Initialize(const std::string& strDeviceName)
                                    FILE_FLAG_OVERLAPPED, nullptr));
         if (m_oDevice.IsOpen())
             continue;
-        dwReason = GetLastError();
+        dwReason = AudioLastError();
         Sleep(OPEN_PAUSE);
     }
     if (!m_oDevice.IsOpen())
