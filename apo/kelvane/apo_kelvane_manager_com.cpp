@@ -24,8 +24,9 @@ HRESULT CKelvaneManager::GetClassObject(REFCLSID rclsid, REFIID riid, void** ppv
     if (iAPOType == 0)
     {
         AUDIOLOG_ERROR(E_INVALIDARG, "Invalid cisid:" + CAudioSTR::GuidToString(rclsid));
-        return E_INVALIDARG;
+        return E_INVALIDARG; // a class of somebody else's: what the caller holds stays
     }
+    *ppv = nullptr;
     // The construction's reference goes when this one does, on every way out.
     const auto fRelease = [](CKelvaneClassFactory* pObject) { pObject->Release(); };
     const std::unique_ptr<CKelvaneClassFactory, decltype(fRelease)> pFactory(new (std::nothrow) CKelvaneClassFactory(),
