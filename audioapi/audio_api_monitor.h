@@ -177,7 +177,6 @@ private:
     static void ProcessWatcherThread(CAudioMonitor* pThis, int iIndex) noexcept;
     bool StartWatch(const Watcher& oWatcher, HKEY& hKey);
     void FollowKey(const Watcher& oWatcher, HKEY hKey);
-    bool IsEventMissing(const Watcher& oWatcher, const AudioLogSite& oSite) const;
     void RefreshRecord(const Watcher& oWatcher) noexcept;
     std::string CopyText(const std::string& strField) const;
     // The refreshes' stores log at their callers' site. Logs old and new value, equal ones too, and stores the new one.

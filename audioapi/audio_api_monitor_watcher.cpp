@@ -4,6 +4,7 @@
 #include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_log.h"
 #include "audioapi/audio_api_registry.h"
+#include "audioapi/audio_api_worker_loop.h"
 
 #include <algorithm>
 #include <exception>
@@ -150,8 +151,7 @@ bool CAudioMonitor::StartWatch(const Watcher& oWatcher, HKEY& hKey)
 {
     if (oWatcher.pfnPrepare != nullptr && !(this->*oWatcher.pfnPrepare)())
         return false;
-    (this->*oWatcher.phEvent).Create();
-    if (IsEventMissing(oWatcher, AUDIO_LOG_SITE))
+    if (AudioCheckCondition(!(this->*oWatcher.phEvent).Create(), AUDIO_LOG_SITE, 6, oWatcher.pEventName))
         return false;
     if (oWatcher.pfnIsNeeded != nullptr && !(this->*oWatcher.pfnIsNeeded)())
         return false;
@@ -165,27 +165,13 @@ bool CAudioMonitor::StartWatch(const Watcher& oWatcher, HKEY& hKey)
 // read wakes the watcher again.
 void CAudioMonitor::FollowKey(const Watcher& oWatcher, HKEY hKey)
 {
-    const CAudioFlag& iRunFlag = m_iMonitorRun[oWatcher.iIndex];
     const CAudioWorkerEvent& hEvent = this->*oWatcher.phEvent;
-    while (iRunFlag == 1)
-    {
-        if (IsEventMissing(oWatcher, AUDIO_LOG_SITE))
-            return;
-        if (WaitForSingleObject(hEvent, INFINITE) != WAIT_OBJECT_0)
-        {
-            Sleep(1);
-            continue;
-        }
-        if (iRunFlag == 0)
-            return;
-        CAudioREG::RegNotifyReset(hKey, hEvent);
-        RefreshRecord(oWatcher);
-    }
-}
-
-bool CAudioMonitor::IsEventMissing(const Watcher& oWatcher, const AudioLogSite& oSite) const
-{
-    return AudioCheckCondition(this->*oWatcher.phEvent == nullptr, oSite, 6, oWatcher.pEventName);
+    RunWorkerLoop(m_iMonitorRun[oWatcher.iIndex], hEvent,
+                  [&]
+                  {
+                      CAudioREG::RegNotifyReset(hKey, hEvent);
+                      RefreshRecord(oWatcher);
+                  });
 }
 
 void CAudioMonitor::RefreshRecord(const Watcher& oWatcher) noexcept

@@ -1,8 +1,7 @@
 // What the workers behind a queue share: the wait for the next batch, and the taking of an item.
 #pragma once
 
-#include "audioapi/audio_api_atomic.h"
-#include "audioapi/audio_api_worker_event.h"
+#include "audioapi/audio_api_worker_loop.h"
 
 #include <windows.h>
 
@@ -21,18 +20,11 @@ template <class T> std::list<T> TakeFront(std::list<T>& oQueue) noexcept
 // Calls fnBatch after each signal until the flag is 0. fnBatch takes what is queued and heeds the flag too.
 template <class Batch> void RunQueueWorker(const CAudioFlag& iRunFlag, const CAudioWorkerEvent& hEvent, Batch fnBatch)
 {
-    while (iRunFlag == 1)
-    {
-        if (WaitForSingleObject(hEvent, INFINITE) != WAIT_OBJECT_0)
-        {
-            Sleep(1);
-            continue;
-        }
-        // Before the batch, so that an item queued behind its last one wakes the worker again.
-        ResetEvent(hEvent);
-        if (iRunFlag == 0)
-            return;
-        fnBatch();
-        Sleep(0);
-    }
+    RunWorkerLoop(iRunFlag, hEvent,
+                  [&]
+                  {
+                      ResetEvent(hEvent);
+                      fnBatch();
+                      Sleep(0);
+                  });
 }

@@ -2,6 +2,7 @@
 #include "audioapi/audio_api_settings.h"
 
 #include "audioapi/audio_api_registry.h"
+#include "audioapi/audio_api_worker_loop.h"
 
 #include <algorithm>
 #include <exception>
@@ -43,26 +44,6 @@ try
 catch (const std::exception&)
 {
 }
-
-// Once at the begin, for what changed before the watch. Armed again before the reading, so that no change falls
-// between.
-void ReadAtEachChange(HKEY hKey, const CAudioWorkerEvent& hRegistEvent, const CAudioFlag& iRunFlag,
-                      const std::function<void()>& fnRead)
-{
-    Read(fnRead);
-    while (iRunFlag == 1)
-    {
-        if (WaitForSingleObject(hRegistEvent, INFINITE) != WAIT_OBJECT_0)
-        {
-            Sleep(1);
-            continue;
-        }
-        if (iRunFlag == 0)
-            return;
-        CAudioREG::RegNotifyReset(hKey, hRegistEvent);
-        Read(fnRead);
-    }
-}
 } // namespace
 
 void CAudioSettings::Follow(const char* pPath, CAudioWorkerEvent& hRegistEvent, const CAudioFlag& iRunFlag,
@@ -75,12 +56,19 @@ void CAudioSettings::Follow(const char* pPath, CAudioWorkerEvent& hRegistEvent, 
     try
     {
         if (AudioCheckResult(CAudioREG::RegNotifyStart(pPath, hKey, hRegistEvent), oSite, pStartText) == 0)
-            ReadAtEachChange(hKey, hRegistEvent, iRunFlag, fnRead);
+        {
+            Read(fnRead); // what changed before the watch
+            RunWorkerLoop(iRunFlag, hRegistEvent,
+                          [&]
+                          {
+                              CAudioREG::RegNotifyReset(hKey, hRegistEvent);
+                              Read(fnRead);
+                          });
+        }
     }
     catch (const std::exception&)
     {
         // No exception leaves a worker; without memory at its start the settings stay as they were read.
     }
-    if (hKey != nullptr)
-        RegCloseKey(hKey);
+    CAudioREG::RegNotifyClose(hKey, hRegistEvent);
 }
