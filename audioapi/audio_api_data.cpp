@@ -14,26 +14,26 @@
 
 namespace
 {
+struct ParamEvent
+{
+    const char* pNumber;
+    const char* pText;
+};
+
 // What differs between the two forms of ReadBinFileParam.
 template <class T> struct ParamFile;
 template <> struct ParamFile<FLOAT32>
 {
     static constexpr char SIZE_TEXT[] =
         "bfFileSize / static_cast<long>(sizeof(float)) != static_cast<long>(bfParamSize)";
-    static void ReportFailure()
-    {
-        AUDIOLOG_EVENT_INFO(AUDIO_EVENT_READ_VQE_PARAM + std::string("ReadVQEBinFileParam Fail!"));
-        AUDIOLOG_EVENT_INFO(AUDIO_EVENT_READ_ZVVA_PARAM + std::string("ReadZvVABinFileParam Fail!"));
-    }
+    static constexpr ParamEvent EVENTS[] = {{AUDIO_EVENT_READ_VQE_PARAM, "ReadVQEBinFileParam Fail!"},
+                                            {AUDIO_EVENT_READ_ZVVA_PARAM, "ReadZvVABinFileParam Fail!"}};
 };
 template <> struct ParamFile<BYTE>
 {
     static constexpr char SIZE_TEXT[] =
         "bfFileSize / static_cast<long>(sizeof(unsigned char)) != static_cast<long>(bfParamSize)";
-    static void ReportFailure()
-    {
-        AUDIOLOG_EVENT_INFO(AUDIO_EVENT_READ_REC_PARAM + std::string("ReadRECBinFileParam Fail!"));
-    }
+    static constexpr ParamEvent EVENTS[] = {{AUDIO_EVENT_READ_REC_PARAM, "ReadRECBinFileParam Fail!"}};
 };
 
 struct FileCloser
@@ -57,18 +57,6 @@ template <class T> bool ReadWholeFile(const std::string& strPath, INT32 iParaLen
     if (bWrongSize)
         AudioLogFailure(AUDIO_LOG_SITE, 13, ParamFile<T>::SIZE_TEXT);
     return !bWrongSize;
-}
-
-template <class T> void ReadParamFile(const std::string& strPath, INT32 iParaLength, std::unique_ptr<T[]>& pPara)
-{
-    if (AUDIO_FAIL_IF(iParaLength <= 0, 13))
-        return;
-    pPara.reset(new (std::nothrow) T[static_cast<size_t>(iParaLength)]);
-    if (pPara != nullptr && ReadWholeFile(CAudioSTR::FormatPathString(strPath), iParaLength, pPara.get()))
-        return;
-    pPara.reset();
-    AUDIOLOG_ERROR(13, "Read file param failed! Path:" + strPath);
-    ParamFile<T>::ReportFailure();
 }
 
 template <class T> INT32 AllocateArrays(T** pInStruct, INT32 iChannelCount, INT32 iFrameLen)
@@ -152,8 +140,8 @@ UINT32 CAudioDATA::GenerateRandom()
     HCRYPTPROV hProvider = 0;
     if (!CryptAcquireContextW(&hProvider, nullptr, nullptr, PROV_RSA_FULL, CRYPT_VERIFYCONTEXT | CRYPT_SILENT))
     {
-        AUDIOLOG_ERROR(GetLastError(), "CryptAcquireContext(&hProvider, nullptr, nullptr, PROV_RSA_FULL, "
-                                       "CRYPT_VERIFYCONTEXT | CRYPT_SILENT)");
+        AUDIOLOG_ERROR(AudioLastError(), "CryptAcquireContext(&hProvider, nullptr, nullptr, PROV_RSA_FULL, "
+                                         "CRYPT_VERIFYCONTEXT | CRYPT_SILENT)");
         return 0;
     }
     BYTE pbBuffer[1] = {};
@@ -162,13 +150,18 @@ UINT32 CAudioDATA::GenerateRandom()
     return dwResult == 0 ? pbBuffer[0] : 0;
 }
 
-void CAudioDATA::ReadBinFileParam(const std::string& strPath, const INT32& iParaLength, std::unique_ptr<BYTE[]>& pPara)
+template <class T>
+void CAudioDATA::ReadBinFileParam(const std::string& strPath, const INT32& iParaLength, std::unique_ptr<T[]>& pPara)
 {
-    ReadParamFile(strPath, iParaLength, pPara);
+    if (AUDIO_FAIL_IF(iParaLength <= 0, 13))
+        return;
+    pPara.reset(new (std::nothrow) T[static_cast<size_t>(iParaLength)]);
+    if (pPara != nullptr && ReadWholeFile(CAudioSTR::FormatPathString(strPath), iParaLength, pPara.get()))
+        return;
+    pPara.reset();
+    AUDIOLOG_ERROR(13, "Read file param failed! Path:" + strPath);
+    for (const ParamEvent& oEvent : ParamFile<T>::EVENTS)
+        AUDIOLOG_EVENT_INFO(std::string(oEvent.pNumber) + oEvent.pText);
 }
-
-void CAudioDATA::ReadBinFileParam(const std::string& strPath, const INT32& iParaLength,
-                                  std::unique_ptr<FLOAT32[]>& pPara)
-{
-    ReadParamFile(strPath, iParaLength, pPara);
-}
+template void CAudioDATA::ReadBinFileParam(const std::string&, const INT32&, std::unique_ptr<BYTE[]>&);
+template void CAudioDATA::ReadBinFileParam(const std::string&, const INT32&, std::unique_ptr<FLOAT32[]>&);

@@ -38,9 +38,9 @@ public:
 
     // Reads a file that must hold exactly iParaLength elements; null on any failure, which is logged. A length below 1
     // is logged and leaves the pointer as it was.
-    static void ReadBinFileParam(const std::string& strPath, const INT32& iParaLength, std::unique_ptr<BYTE[]>& pPara);
-    static void ReadBinFileParam(const std::string& strPath, const INT32& iParaLength,
-                                 std::unique_ptr<FLOAT32[]>& pPara);
+    // Elements are BYTE or FLOAT32.
+    template <class T>
+    static void ReadBinFileParam(const std::string& strPath, const INT32& iParaLength, std::unique_ptr<T[]>& pPara);
 
     // The conversions. Each turns one block of iFramelen sample frames, interleaved, of 1 to 8 channels into a new
     // interleaved buffer of iChannel * CalcReSampleLen(iFramelen, from, to) floats; null, and logged, for bad

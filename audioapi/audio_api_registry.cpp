@@ -113,11 +113,12 @@ DWORD CAudioREG::OpenRegKey(const std::string& strPath, REGSAM iRights, HKEY& kh
     return static_cast<DWORD>(RegOpenKeyExA(GetRegHeadKey(strRegHead), strRegPath.c_str(), 0, iRights, &khHandle));
 }
 
-DWORD CAudioREG::ReadRegNumber(const std::string& strPath, const std::string& strKeyName, DWORD& dwValue)
+DWORD CAudioREG::ReadRegNumber(const AudioLogSite& oSite, const std::string& strPath, const std::string& strKeyName,
+                               DWORD& dwValue)
 {
     BYTE cBuf[REG_BUFFER_SIZE];
     DWORD dwSize = 0;
-    const DWORD dwResult = QueryRegValue(AUDIO_LOG_SITE, strPath, strKeyName, cBuf, dwSize, nullptr);
+    const DWORD dwResult = QueryRegValue(oSite, strPath, strKeyName, cBuf, dwSize, nullptr);
     if (dwResult == 0)
         std::memcpy(&dwValue, cBuf, sizeof(dwValue));
     return dwResult;

@@ -1,6 +1,8 @@
 // The only road to the registry: whole paths in, error codes out, every failure logged.
 #pragma once
 
+#include "audioapi/audio_api_log.h"
+
 #include <audioenginebaseapo.h>
 #include <windows.h>
 
@@ -24,7 +26,7 @@ public:
     {
         static_assert(sizeof(T) == 4 && std::is_integral<decltype(+tValue)>::value, "the number form reads 32 bits");
         DWORD dwValue = 0;
-        const DWORD dwResult = ReadRegNumber(strPath, strKeyName, dwValue);
+        const DWORD dwResult = ReadRegNumber(AUDIO_LOG_SITE, strPath, strKeyName, dwValue);
         if (dwResult == 0)
             tValue = static_cast<decltype(+tValue)>(dwValue);
         return dwResult;
@@ -65,5 +67,6 @@ public:
     static HRESULT UnregisterAudioAPO(REFCLSID sApoGUID);
 
 private:
-    static DWORD ReadRegNumber(const std::string& strPath, const std::string& strKeyName, DWORD& dwValue);
+    static DWORD ReadRegNumber(const AudioLogSite& oSite, const std::string& strPath, const std::string& strKeyName,
+                               DWORD& dwValue);
 };

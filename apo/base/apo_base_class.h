@@ -123,6 +123,6 @@ private:
     HRESULT TakeStream(APO_CONNECTION_DESCRIPTOR** ppInputConnections, APO_CONNECTION_DESCRIPTOR** ppOutputConnections);
     void HandFormatToEngine();
     void TakeSystemState();
-    void LogRareLine(const char* pText) const;
+    bool IsRareLineDue() const;
     int ExchangeFrames(APO_CONNECTION_PROPERTY** ppInputConnections, APO_CONNECTION_PROPERTY** ppOutputConnections);
 };

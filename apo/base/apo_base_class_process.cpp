@@ -148,7 +148,8 @@ RT_CODE int CBaseAPO::ProcessByPassMode(UINT32, APO_CONNECTION_PROPERTY** ppInpu
         return 13;
     if (AUDIO_MISSING(m_pEngine, 6))
         return 6;
-    LogRareLine(" Audio has been Bypass!");
+    if (IsRareLineDue())
+        AUDIOLOG_DEBUG(std::string(AUDIO_APO_TYPE_TAG[m_pEngine->m_iAPOType]) + " Audio has been Bypass!");
     const FLOAT32* const pf32InputFrames = Samples(ppInputConnections[0]);
     FLOAT32* const pf32OutputFrames = Samples(ppOutputConnections[0]);
     if (u32NumOutputConnections != 0 && pf32OutputFrames != pf32InputFrames)
@@ -173,7 +174,8 @@ RT_CODE int CBaseAPO::ProcessSilentMode(UINT32, APO_CONNECTION_PROPERTY** ppInpu
         return 13;
     if (AUDIO_MISSING(m_pEngine, 6))
         return 6;
-    LogRareLine(" Audio has been Silent!");
+    if (IsRareLineDue())
+        AUDIOLOG_DEBUG(std::string(AUDIO_APO_TYPE_TAG[m_pEngine->m_iAPOType]) + " Audio has been Silent!");
     const UINT32 u32ValidFrameCount = ppInputConnections[0]->u32ValidFrameCount;
     if (FLOAT32* const pf32InputFrames = Samples(ppInputConnections[0]))
         std::fill_n(pf32InputFrames, static_cast<size_t>(m_pEngine->GetInChannelCount()) * u32ValidFrameCount, 0.0F);
@@ -186,11 +188,10 @@ RT_CODE int CBaseAPO::ProcessSilentMode(UINT32, APO_CONNECTION_PROPERTY** ppInpu
     return ExchangeFrames(ppInputConnections, ppOutputConnections);
 }
 
-// Logs the path: once per 501 calls, inline on each call.
-RT_CODE void CBaseAPO::LogRareLine(const char* pText) const
+// The path is logged once per 501 calls, inline on each call.
+RT_CODE bool CBaseAPO::IsRareLineDue() const
 {
-    if (m_pEngine->m_iProcessCount == AUDIO_PROCESS_COUNT_MAX || m_pEngine->m_bInlineMode == 1)
-        AUDIOLOG_DEBUG(std::string(AUDIO_APO_TYPE_TAG[m_pEngine->m_iAPOType]) + pText);
+    return m_pEngine->m_iProcessCount == AUDIO_PROCESS_COUNT_MAX || m_pEngine->m_bInlineMode == 1;
 }
 
 RT_CODE bool CBaseAPO::IsSupportedRate() const

@@ -120,30 +120,30 @@ void CBaseEngine::ResetOutputQueue()
 void CBaseEngine::CheckInputQueueThreshold()
 {
     const std::lock_guard<CAudioLock> oGuard(m_csInputQueue);
-    TrimQueue(m_oInputQueue, m_iInputQueueHigh, m_iInputQueueLow, "InputQueue Overflow Size : ", "InputQueue size:");
+    static constexpr QueueReport oReport = {AUDIO_LOG_SITE, "InputQueue Overflow Size : ", "InputQueue size:"};
+    TrimQueue(m_oInputQueue, m_iInputQueueHigh, m_iInputQueueLow, oReport);
 }
 
 void CBaseEngine::CheckOutputQueueThreshold()
 {
     const std::lock_guard<CAudioLock> oGuard(m_csOutputQueue);
-    TrimQueue(m_oOutputQueue, m_iOutputQueueHigh, m_iOutputQueueLow,
-              "OutputQueue Overflow Size : ", "OutputQueue size:");
+    static constexpr QueueReport oReport = {AUDIO_LOG_SITE, "OutputQueue Overflow Size : ", "OutputQueue size:"};
+    TrimQueue(m_oOutputQueue, m_iOutputQueueHigh, m_iOutputQueueLow, oReport);
 }
 
 // The caller holds the queue's lock.
-void CBaseEngine::TrimQueue(CAudioFrameQueue& oQueue, int iHigh, int iLow, const char* pOverflowText,
-                            const char* pSizeText)
+void CBaseEngine::TrimQueue(CAudioFrameQueue& oQueue, int iHigh, int iLow, const QueueReport& oReport)
 {
     const int iSize = oQueue.Size();
     if (iSize >= iHigh && m_bInlineMode == 0)
     {
-        AUDIOLOG_WARN(pOverflowText + std::to_string(iSize));
+        AUDIO_LOG_AT(oReport.oSite, AUDIO_LEVEL_WARN, 0, oReport.pOverflowText + std::to_string(iSize));
         while (!oQueue.Empty() && oQueue.Size() >= iLow)
             oQueue.Pop();
     }
     else if (m_iProcessCount == AUDIO_PROCESS_COUNT_MAX || m_bInlineMode == 1)
     {
-        AUDIOLOG_DEBUG(pSizeText + std::to_string(iSize));
+        AUDIO_LOG_AT(oReport.oSite, AUDIO_LEVEL_DEBUG, 0, oReport.pSizeText + std::to_string(iSize));
     }
 }
 

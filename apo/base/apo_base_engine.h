@@ -4,7 +4,9 @@
 
 #include "apo/base/apo_base_frame.h"
 #include "audioapi/audio_api_atomic.h"
+#include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_lock.h"
+#include "audioapi/audio_api_log.h"
 #include "audioapi/audio_api_monitor.h"
 #include "audioapi/audio_api_worker_event.h"
 
@@ -158,8 +160,8 @@ public:
     int m_iOutputBlockLen = 480;       // sample frames at 48 kHz that output shaping takes at a time
     CAudioInt m_iSystemFrameLen = 480; // the callback writes it
     CAudioFlag m_bInlineMode = 0;      // 1: the algorithm runs on the caller's thread
-    std::string m_strDumpInName = "PostInt16DataIn";
-    std::string m_strDumpOutName = "PostInt16DataOut";
+    std::string m_strDumpInName = AUDIO_DUMP_POST_INT16_DATA_IN;
+    std::string m_strDumpOutName = AUDIO_DUMP_POST_INT16_DATA_OUT;
     int m_iReserved = 0;
     int m_iStreamChannelCount = 0; // of the stream that the next start is for; 0: not known
     int m_iOutputQueueHigh = 100;  // frames
@@ -180,10 +182,17 @@ protected:
 private:
     using MonitorGetter = int (CAudioMonitor::*)() const;
     using MirrorSetter = int (CBaseEngine::*)(const int&);
+    // What is said of a queue, and where.
+    struct QueueReport
+    {
+        AudioLogSite oSite;
+        const char* pOverflowText;
+        const char* pSizeText;
+    };
 
     int RefreshMirror(const int& iRefresh, MonitorGetter fnRead, MirrorSetter fnStore, const CAudioInt& iMirror);
     bool IsZeroFrameLimit(const FLOAT32* pFrame, int iDataLen, int iLimit, int& iZeroCount);
-    void TrimQueue(CAudioFrameQueue& oQueue, int iHigh, int iLow, const char* pOverflowText, const char* pSizeText);
+    void TrimQueue(CAudioFrameQueue& oQueue, int iHigh, int iLow, const QueueReport& oReport);
     CAudioFrame PopOutputFrame(int iSystemDataLen);
     int AppendAlgoOutput(const FLOAT32* pInputMicBuffer, int iAlgoDataLen);
     int AppendOutputCache(const FLOAT32* pReSamplerBuffer, int iReSampleDataLen, int iSystemDataLen);

@@ -33,10 +33,7 @@ const RateConversion* FindConversion(int iSampleRate)
     const auto pFound =
         std::find_if(std::begin(aRateConversion), std::end(aRateConversion),
                      [iSampleRate](const RateConversion& oRate) { return oRate.iSampleRate == iSampleRate; });
-    if (pFound != std::end(aRateConversion))
-        return pFound;
-    AUDIOLOG_WARN("Not define frame sample " + std::to_string(iSampleRate));
-    return nullptr;
+    return pFound != std::end(aRateConversion) ? pFound : nullptr;
 }
 
 // What a block that can't be copied becomes, if there is room for it at all: the stream keeps its time.
@@ -81,6 +78,10 @@ std::unique_ptr<FLOAT32[]> CBaseEngine::ReSamplerDataTo48K(const FLOAT32* pMicIn
     {
         pReSampleOwner = pConversion->fnTo48K(pMicInputFrames, iChannel, iFramelen);
     }
+    else
+    {
+        AUDIOLOG_WARN("Not define frame sample " + std::to_string(iSampleRate));
+    }
     iReSampleDataLen *= iChannel;
     DumpBlock(pReSampleOwner.get(), iReSampleDataLen, "InputSample");
     return pReSampleOwner;
@@ -113,6 +114,10 @@ std::unique_ptr<FLOAT32[]> CBaseEngine::ReSamplerDataFrom48K(const FLOAT32* pMic
     else if (const RateConversion* const pConversion = FindConversion(iSampleRate))
     {
         pReSampleOwner = pConversion->fnFrom48K(pMicInputFrames, iChannel, iFramelen);
+    }
+    else
+    {
+        AUDIOLOG_WARN("Not define frame sample " + std::to_string(iSampleRate));
     }
     iReSampleDataLen *= iChannel;
     DumpBlock(pReSampleOwner.get(), iReSampleDataLen, "OutputSample");

@@ -25,11 +25,11 @@ CKelvaneManager::~CKelvaneManager()
     m_mapAlgoParam.clear();
     m_pIRP0.reset();
     m_pIRP1.reset();
-    CAudioMonitor::Instance()->DeleteInstance();
-    CSenaryGainConfig::Instance()->DeleteInstance();
-    CEverestGainConfig::Instance()->DeleteInstance();
-    CAudioDump::Instance()->DeleteInstance();
-    CAudioLog::Instance()->DeleteInstance();
+    CAudioMonitor::DeleteInstance();
+    CSenaryGainConfig::DeleteInstance();
+    CEverestGainConfig::DeleteInstance();
+    CAudioDump::DeleteInstance();
+    CAudioLog::DeleteInstance();
 }
 
 namespace
@@ -74,16 +74,16 @@ INT64 CKelvaneManager::GetAlgoCtrlParam(UINT64 iIndex) const
 
 namespace
 {
-// Looks one entry point up; a missing one is logged under its member's name.
-template <class Function> bool FindExport(HMODULE hDll, Function& fMember, const char* pExport, const char* pMember)
+template <class Function> void FindExport(HMODULE hDll, Function& fMember, const char* pExport)
 {
     using AnyFunction = void (*)();
     fMember = reinterpret_cast<Function>(reinterpret_cast<AnyFunction>(GetProcAddress(hDll, pExport)));
-    if (fMember == nullptr)
-        AUDIOLOG_ERROR(KELVANE_ERROR_NO_EXPORT, pMember);
-    return fMember != nullptr;
 }
 } // namespace
+
+// Looks one entry point up; a missing one is logged under its member's name.
+#define FIND_EXPORT(fMember, pExport)                                                                                  \
+    (FindExport(m_hDll, fMember, pExport), !AUDIO_MISSING(fMember, KELVANE_ERROR_NO_EXPORT))
 
 void CKelvaneManager::LoadProcessDll()
 {
@@ -99,21 +99,18 @@ void CKelvaneManager::LoadProcessDll()
 // All ten are required; the first one missing ends the lookup. A failed version query is told, and the lookup goes on.
 INT32 CKelvaneManager::FindExports()
 {
-    if (!FindExport(m_hDll, m_fAudioKelvaneGetVersion, "AudioKelvaneGetVersion", "m_fAudioKelvaneGetVersion"))
+    if (!FIND_EXPORT(m_fAudioKelvaneGetVersion, "AudioKelvaneGetVersion"))
         return KELVANE_ERROR_NO_EXPORT;
     const INT32 iResult = AUDIO_CHECK(AudioKelvaneGetVersion());
-    const bool bFound =
-        FindExport(m_hDll, m_fAudioKelvaneGetSize, "AudioKelvaneGetSize", "m_fAudioKelvaneGetSize") &&
-        FindExport(m_hDll, m_fAudioKelvaneInit, "AudioKelvaneInit", "m_fAudioKelvaneInit") &&
-        FindExport(m_hDll, m_fAudioKelvaneSetPara, "AudioKelvaneSetParams", "m_fAudioKelvaneSetPara") &&
-        FindExport(m_hDll, m_fAudioKelvaneGetPara, "AudioKelvaneGetParams", "m_fAudioKelvaneGetPara") &&
-        FindExport(m_hDll, m_fAudioKelvaneApply, "AudioKelvaneApply", "m_fAudioKelvaneApply") &&
-        FindExport(m_hDll, m_fAudioKelvaneIvOptimize, "AudioKelvaneIvOptimize", "m_fAudioKelvaneIvOptimize") &&
-        FindExport(m_hDll, m_fAudioKelvaneSetBatteryInfo, "AudioKelvaneSetBatteryInformation",
-                   "m_fAudioKelvaneSetBatteryInfo") &&
-        FindExport(m_hDll, m_fAudioKelvaneClearStatus, "AudioKelvaneClearStatus", "m_fAudioKelvaneClearStatus") &&
-        FindExport(m_hDll, m_fAudioKelvaneTemperature, "AudioKelvaneSetTemperatureInformation",
-                   "m_fAudioKelvaneTemperature");
+    const bool bFound = FIND_EXPORT(m_fAudioKelvaneGetSize, "AudioKelvaneGetSize") &&
+                        FIND_EXPORT(m_fAudioKelvaneInit, "AudioKelvaneInit") &&
+                        FIND_EXPORT(m_fAudioKelvaneSetPara, "AudioKelvaneSetParams") &&
+                        FIND_EXPORT(m_fAudioKelvaneGetPara, "AudioKelvaneGetParams") &&
+                        FIND_EXPORT(m_fAudioKelvaneApply, "AudioKelvaneApply") &&
+                        FIND_EXPORT(m_fAudioKelvaneIvOptimize, "AudioKelvaneIvOptimize") &&
+                        FIND_EXPORT(m_fAudioKelvaneSetBatteryInfo, "AudioKelvaneSetBatteryInformation") &&
+                        FIND_EXPORT(m_fAudioKelvaneClearStatus, "AudioKelvaneClearStatus") &&
+                        FIND_EXPORT(m_fAudioKelvaneTemperature, "AudioKelvaneSetTemperatureInformation");
     return bFound ? iResult : KELVANE_ERROR_NO_EXPORT;
 }
 

@@ -18,7 +18,7 @@ void CKelvaneManager::PrintSmartDebugLog(const char* strFile, const char* strTex
         return;
     const std::string strDate = CAudioSTR::LeftOf(CAudioTIME::GetStrTime(AUDIO_FILE_TIME_FORMAT), "_");
     const std::string strName = CAudioSTR::FormatPathString(
-        std::string(strFile) + (iOffload != 0 ? AUDIO_OFFLOAD_PREFIX : "") + strDate + ".txt");
+        std::string(strFile) + (iOffload != 0 ? AUDIO_OFFLOAD_PREFIX : "") + strDate + AUDIO_TXT_SUFFIX);
     FILE* pFile = nullptr;
     const int iResult = fopen_s(&pFile, strName.c_str(), "at+");
     if (iResult != 0)

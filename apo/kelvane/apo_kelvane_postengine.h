@@ -187,7 +187,6 @@ private:
     void ResetStream();
     void InitTemperatureQueue();
     bool IsReporting() const;
-    int SendReport(const INT64& iSetTemperature);
     int SetEffectParamsID(const char* pNewID);
     std::string PrintSingleItemPara(const KelvaneStruParam& pStruParam);
     void ReportApplyTime();

@@ -101,7 +101,8 @@ int CKelvanePostEngine::AudioSmartSetECTemperature()
     if (iTemperature > iHotCoil)
         AUDIOLOG_EVENT_INFO(std::string(AUDIO_EVENT_EC_TEMPERATURE) + "Set EC Temperature to " +
                             std::to_string(iTemperature));
-    const int iResult = SendReport(ReadCommond(szText));
+    const INT64 iSetTemperature = ReadCommond(szText);
+    const int iResult = AUDIO_CHECK(m_pWMIHandle->SetECTemperature(iSetTemperature));
     if (iResult == 0)
         m_iLastECTemperature = static_cast<UINT16>(iTemperature);
     return iResult;
@@ -119,11 +120,6 @@ int CKelvanePostEngine::AudioSmartCancelECTemperature()
     }
     const INT64 iSetTemperature = ReadCommond(szText);
     AUDIOLOG_DEBUG("Set EC Temperature " + std::string(szText) + " turn to " + std::to_string(iSetTemperature));
-    return SendReport(iSetTemperature);
-}
-
-int CKelvanePostEngine::SendReport(const INT64& iSetTemperature)
-{
     return AUDIO_CHECK(m_pWMIHandle->SetECTemperature(iSetTemperature));
 }
 

@@ -84,7 +84,7 @@ TEST_F(DataLogTest, ParameterFilesHaveExactlyTheirSize)
     EXPECT_EQ(CountLog("iParaLength <= 0"), 2U);
     CAudioDATA::ReadBinFileParam("C:\\p\\none.bin", 3, pByte);
     EXPECT_EQ(CountLog("Read file param failed! Path:C:\\p\\none.bin"), 1U);
-    EXPECT_EQ(CountLog("3842006 ReadRECBinFileParam Fail!"), 6U);
+    EXPECT_EQ(FindLog("3842006 ReadRECBinFileParam Fail!").at(5).strFunction, "ReadBinFileParam");
     EXPECT_EQ(CountLog("3842005 ReadVQEBinFileParam Fail!"), 5U);
     EXPECT_EQ(CountLog("3841093 ReadZvVABinFileParam Fail!"), 5U);
 }

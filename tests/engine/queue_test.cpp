@@ -26,7 +26,7 @@ TEST_F(QueueTest, FullQueuesDropTheOldest)
     }
     Output(480);
     EXPECT_EQ(m_pEngine->m_oOutputQueue.Size(), 7);
-    EXPECT_EQ(CountLog("OutputQueue Overflow Size : 100"), 1U);
+    EXPECT_EQ(FindLog("OutputQueue Overflow Size : 100").at(0).strFunction, "CheckOutputQueueThreshold");
 
     m_pEngine->m_bInlineMode = 1;
     m_pEngine->ResetOutputQueue();

@@ -46,6 +46,8 @@ TEST_F(ManagerLifeTest, LoadsTheLibraryWholeOrTellsWhy)
         EXPECT_EQ(HasLine("ERROR", oRow.iCode, "3843011 KelvAPO Load DLL fail!"), !oRow.bLoaded);
         for (const std::string& strMessage : CAudioSTR::Split(oRow.pMessages, "|"))
             EXPECT_TRUE(HasLine("ERROR", oRow.iCode, strMessage)) << strMessage;
+        for (const LogLine& oLine : FindLog("m_fAudioKelvaneIvOptimize"))
+            EXPECT_EQ(oLine.strFunction, "FindExports");
     }
 }
 

@@ -188,7 +188,8 @@ TEST_F(ProcessTest, BypassIsToldOncePer501Calls)
     CPeriod oPeriod(2, 1);
     for (int i = 0; i < 1002; ++i)
         oPeriod.Run(*m_pObject);
-    EXPECT_EQ(CountLog("[POST_EFX] Audio has been Bypass!"), 2U);
+    ASSERT_EQ(CountLog("[POST_EFX] Audio has been Bypass!"), 2U);
+    EXPECT_EQ(FindLog("Audio has been Bypass!")[0].strFunction, "ProcessByPassMode");
 }
 
 } // namespace

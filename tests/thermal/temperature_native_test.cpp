@@ -28,7 +28,8 @@ TEST_F(ThermalTest, HottestCoilIsReportedAndTakenBack)
     g_iStateCode = 4; // the library's state can't be read
     m_pEngine->AudioSmartSetECTemperature();
     EXPECT_EQ(TakeWords().back(), 0x0F02U);
-    EXPECT_EQ(FindLog("m_pWMIHandle->SetECTemperature(iSetTemperature)").at(0).iErrorCode, 13);
+    EXPECT_EQ(FindLog("m_pWMIHandle->SetECTemperature(iSetTemperature)").at(0).strFunction,
+              "AudioSmartSetECTemperature");
     m_pEngine.reset();
     EXPECT_EQ(TakeWords().back(), 0x0F02U);
     m_pManager->m_iAlgoCtrlParam[5] = 0;

@@ -202,7 +202,7 @@ TEST_F(RefreshTest, EachStepSaysWhatItRead)
                                            {"Speaker DB Volume (", "RefreshSpeakerVolum"},
                                            {"Lyrana Bypass Status ", "RefreshBypassStatus"},
                                            {"Default Render Endpoint CLSID ", "RefreshDeviceCLSID"},
-                                           {"Fail to Read Reg Value KeyPath:", "ReadRegNumber"}})
+                                           {"Fail to Read Reg Value KeyPath:", "ReadRegValue"}})
         EXPECT_EQ(FindLog(pLine).at(0).strFunction, pFunction) << pLine;
 }
 
