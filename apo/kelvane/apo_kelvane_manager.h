@@ -108,7 +108,8 @@ private:
     CKelvaneManager() = default;
 
     INT32 FindExports();
-    void LoadTables(const tinyxml2::XMLElement* pXmlRoot);
+    // strPath is for the log.
+    void LoadTables(const tinyxml2::XMLElement* pXmlRoot, const std::string& strPath);
     // Whether the file lists the loaded library's version; strVersion is then that of its data.
     bool IsForLibrary(const std::string& strPath, std::string& strVersion) const;
 };

@@ -20,6 +20,13 @@ constexpr INT64 TAG_MISSING = 1465;
 constexpr UINT32 VOLUME_LIMIT_MAX = 100; // percent
 constexpr INT64 NO_DATA = 13;
 
+// An element without which the file is of no use; the second line tells which file.
+void ReportMissingTag(const char* pText, const std::string& strPath, const AudioLogSite& oSite)
+{
+    AUDIO_LOG_AT(oSite, AUDIO_LEVEL_ERROR, TAG_MISSING, pText);
+    AUDIO_LOG_AT(oSite, AUDIO_LEVEL_ERROR, TAG_MISSING, "Tag missing in xml file:" + strPath);
+}
+
 // Parses the file; its root element, or null with the failure logged at the caller's site. The element lives as long as
 // the document.
 const tinyxml2::XMLElement* OpenConfigFile(tinyxml2::XMLDocument& oDocument, const std::string& strPath,
@@ -33,7 +40,7 @@ const tinyxml2::XMLElement* OpenConfigFile(tinyxml2::XMLDocument& oDocument, con
     }
     const tinyxml2::XMLElement* pXmlRoot = oDocument.FirstChildElement("SENCE_CATEGORY");
     if (pXmlRoot == nullptr)
-        AUDIO_LOG_AT(oSite, AUDIO_LEVEL_ERROR, TAG_MISSING, "Failed to load tag SENCE_CATEGORY");
+        ReportMissingTag("Failed to load tag SENCE_CATEGORY", strPath, oSite);
     return pXmlRoot;
 }
 
@@ -78,7 +85,7 @@ void CKelvaneManager::LoadConfigFile()
     {
         tinyxml2::XMLDocument oDocument;
         if (const tinyxml2::XMLElement* pXmlRoot = OpenConfigFile(oDocument, strPath, AUDIO_LOG_SITE))
-            LoadTables(pXmlRoot);
+            LoadTables(pXmlRoot, strPath);
     }
     catch (const std::bad_alloc&)
     {
@@ -86,7 +93,7 @@ void CKelvaneManager::LoadConfigFile()
     }
 }
 
-void CKelvaneManager::LoadTables(const tinyxml2::XMLElement* pXmlRoot)
+void CKelvaneManager::LoadTables(const tinyxml2::XMLElement* pXmlRoot, const std::string& strPath)
 {
     LoadTemperatureConfig(pXmlRoot, "SENSOR_RANGE_COMMAND", m_vecSensorRangeCommand);
     LoadTemperatureConfig(pXmlRoot, "SENSOR_RANGE_NORMAL", m_vecSensorRangeNormal);
@@ -99,7 +106,7 @@ void CKelvaneManager::LoadTables(const tinyxml2::XMLElement* pXmlRoot)
     const tinyxml2::XMLElement* pXmlVendor = pXmlRoot->FirstChildElement("VENDOR");
     if (pXmlVendor == nullptr)
     {
-        AUDIOLOG_ERROR(TAG_MISSING, "Failed to load tag VENDOR");
+        ReportMissingTag("Failed to load tag VENDOR", strPath, AUDIO_LOG_SITE);
         return;
     }
     for (const tinyxml2::XMLElement* pXmlElement = pXmlVendor->FirstChildElement("NV"); pXmlElement != nullptr;

@@ -133,6 +133,7 @@ TEST_F(TuningFileTest, ReadsTheLists)
         EXPECT_EQ(CountLog("Config Volume Param Number is Invalid!"), oRow.bVolumeWarned ? 1u : 0u);
         EXPECT_EQ(CountLog("Config file not have Tag:VOLUME_RANGE"), oRow.pText == nullptr ? 1u : 0u);
         EXPECT_TRUE(HasLine("ERROR", 1465, "Failed to load tag VENDOR"));
+        EXPECT_EQ(CountLog("Tag missing in xml file:" + INSTALLED + "audio_kelvane_params_1.xml"), 1u);
     }
     EXPECT_EQ(FindLog("not have Tag:VOLUME_RANGE").at(0).strFunction, "LoadVolumeConfig");
 }
