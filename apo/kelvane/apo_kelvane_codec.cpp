@@ -17,13 +17,7 @@ static_assert(sizeof(SP_DEVICE_INTERFACE_DATA) == 32 && sizeof(SP_DEVINFO_DATA) 
 
 CCodecGainConfig::~CCodecGainConfig()
 {
-    try
-    {
-        SetLowHWGain();
-    }
-    catch (...) // no memory for its line; the handles go all the same
-    {
-    }
+    SetLowHWGain();
     if (m_hDevInfo != INVALID_HANDLE_VALUE)
         SetupDiDestroyDeviceInfoList(m_hDevInfo);
 }
@@ -106,9 +100,11 @@ DWORD CCodecGainConfig::SetHWGain(ULONG ulGain, const char* pDone)
 // The driver's answer is its own business; it finds 1 there. Little-endian: a request of one byte carries the first.
 DWORD CCodecGainConfig::Request(ULONG ulGain, DWORD& dwReturned)
 {
-    if (m_oDevice.HasGivenUp())
+    if (m_oDevice.IsPending())
         return ERROR_TIMEOUT;
-    auto pRequest = std::make_unique<CKelvaneRequest>();
+    CKelvaneRequest* const pRequest = m_oDevice.NewRequest();
+    if (pRequest == nullptr)
+        return ERROR_OUTOFMEMORY;
     pRequest->dwCode = m_oDesign.dwRequest;
     pRequest->aInput[0] = ulGain;
     pRequest->dwInputSize = m_oDesign.dwSize;
@@ -118,6 +114,5 @@ DWORD CCodecGainConfig::Request(ULONG ulGain, DWORD& dwReturned)
     if (dwResult == ERROR_IO_PENDING)
         dwResult = m_oDevice.Wait(*pRequest, DEVICE_CALL_WAIT);
     dwReturned = pRequest->dwReturned;
-    m_oDevice.GiveUp(std::move(pRequest));
     return dwResult;
 }

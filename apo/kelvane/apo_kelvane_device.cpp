@@ -4,13 +4,15 @@
 #include "audioapi/audio_api_log.h"
 
 #include <algorithm>
+#include <new>
+#include <utility>
 
 namespace
 {
 // The system's own mark, for a call that asks for the result may itself fail.
-bool IsPending(const CKelvaneDevice::CRequest& pRequest)
+bool IsWithDriver(const std::unique_ptr<CKelvaneRequest>& pRequest)
 {
-    return !HasOverlappedIoCompleted(&pRequest->stRecord);
+    return pRequest != nullptr && !HasOverlappedIoCompleted(&pRequest->stRecord);
 }
 } // namespace
 
@@ -19,21 +21,52 @@ CKelvaneDevice::~CKelvaneDevice()
     if (!IsOpen())
         return;
     CancelIoEx(m_hDevice, nullptr);
-    ForgetCompleted();
     CloseHandle(m_hDevice);
+    // What the driver has still the system may write to at any time.
+    if (IsWithDriver(m_pRequest))
+        static_cast<void>(m_pRequest.release());
     for (CRequest& pRequest : m_vecGivenUp)
-        static_cast<void>(pRequest.release()); // the system may write there at any time
+        if (IsWithDriver(pRequest))
+            static_cast<void>(pRequest.release());
+}
+
+bool CKelvaneDevice::IsPending() const
+{
+    return IsWithDriver(m_pRequest);
+}
+
+CKelvaneRequest* CKelvaneDevice::NewRequest() noexcept
+try
+{
+    if (IsPending())
+        GiveUp();
+    if (m_pRequest == nullptr)
+        m_pRequest = std::make_unique<CKelvaneRequest>();
+    *m_pRequest = {};
+    return m_pRequest.get();
+}
+catch (const std::bad_alloc&)
+{
+    return nullptr;
+}
+
+// Keeps the last request until it completes.
+void CKelvaneDevice::GiveUp()
+{
+    m_vecGivenUp.erase(std::partition(m_vecGivenUp.begin(), m_vecGivenUp.end(), IsWithDriver), m_vecGivenUp.end());
+    m_vecGivenUp.push_back(std::move(m_pRequest));
 }
 
 DWORD CKelvaneDevice::Send(CKelvaneRequest& oRequest)
 {
-    ForgetCompleted();
-    m_vecGivenUp.reserve(m_vecGivenUp.size() + 1); // so that a pending request is never lost for want of memory
     void* const pOutput = oRequest.dwOutputSize != 0 ? &oRequest.ulOutput : nullptr;
     if (DeviceIoControl(m_hDevice, oRequest.dwCode, oRequest.aInput, oRequest.dwInputSize, pOutput,
                         oRequest.dwOutputSize, &oRequest.dwReturned, &oRequest.stRecord))
         return 0;
-    return AudioLastError();
+    const DWORD dwError = AudioLastError();
+    if (dwError != ERROR_IO_PENDING)
+        oRequest.stRecord.Internal = 0; // the mark of a request that was refused may be left at pending
+    return dwError;
 }
 
 DWORD CKelvaneDevice::Wait(CKelvaneRequest& oRequest, DWORD dwMilliseconds)
@@ -42,23 +75,4 @@ DWORD CKelvaneDevice::Wait(CKelvaneRequest& oRequest, DWORD dwMilliseconds)
         return 0;
     const DWORD dwError = AudioLastError();
     return dwError == WAIT_TIMEOUT ? ERROR_TIMEOUT : dwError;
-}
-
-bool CKelvaneDevice::GiveUp(CRequest pRequest)
-{
-    if (!IsPending(pRequest))
-        return false;
-    m_vecGivenUp.push_back(std::move(pRequest));
-    return true;
-}
-
-bool CKelvaneDevice::HasGivenUp()
-{
-    ForgetCompleted();
-    return !m_vecGivenUp.empty();
-}
-
-void CKelvaneDevice::ForgetCompleted()
-{
-    m_vecGivenUp.erase(std::partition(m_vecGivenUp.begin(), m_vecGivenUp.end(), IsPending), m_vecGivenUp.end());
 }

@@ -20,13 +20,11 @@ struct CKelvaneRequest
     DWORD dwReturned = 0;   // bytes
 };
 
-// The handle, and the requests that were given up while the driver had them. No thread of ours is in such a request: it
-// needs its memory alone. One thread at a time.
+// The handle, the request of the moment, and those that were given up while the driver had them. No thread of ours is
+// in such a request: it needs its memory alone. One thread at a time; throws nothing.
 class CKelvaneDevice
 {
 public:
-    using CRequest = std::unique_ptr<CKelvaneRequest>;
-
     CKelvaneDevice() = default;
     // Asks the driver to let go of everything, and closes. What it doesn't let go of stays the system's for good.
     ~CKelvaneDevice();
@@ -38,19 +36,22 @@ public:
     bool IsOpen() const { return m_hDevice != INVALID_HANDLE_VALUE; }
     HANDLE Handle() const { return m_hDevice; }
 
+    // The next request, empty, in the last one's place; one that the driver has still is given up for it. Stays the
+    // device's. Null without memory, which a device that was sent a request needs no more unless that was given up.
+    CKelvaneRequest* NewRequest() noexcept;
     // 0: completed. ERROR_IO_PENDING: the driver has it, wait. Else the code with which it was refused.
     DWORD Send(CKelvaneRequest& oRequest);
     // The result of a pending request: 0, the driver's code, or ERROR_TIMEOUT.
     DWORD Wait(CKelvaneRequest& oRequest, DWORD dwMilliseconds);
     void Cancel(CKelvaneRequest& oRequest) { CancelIoEx(m_hDevice, &oRequest.stRecord); }
-    // Keeps a request that is pending still, and says so; drops any other.
-    bool GiveUp(CRequest pRequest);
-    // Whether the driver has a request that was given up.
-    bool HasGivenUp();
+    // Whether the driver has the last request still.
+    bool IsPending() const;
 
 private:
-    void ForgetCompleted();
+    using CRequest = std::unique_ptr<CKelvaneRequest>;
+    void GiveUp();
 
     HANDLE m_hDevice = INVALID_HANDLE_VALUE;
+    CRequest m_pRequest; // the last one; kept, so that the next needs no memory
     std::vector<CRequest> m_vecGivenUp;
 };

@@ -4,7 +4,6 @@
 #include "audioapi/audio_api_log.h"
 #include "audioapi/audio_api_string.h"
 
-#include <exception>
 #include <mutex>
 
 namespace
@@ -21,31 +20,6 @@ constexpr DWORD STATUS_RECORD_SIZE = 8;
 
 // Without memory for its first request it is as one whose driver refused: there, and asked again at the next start.
 CKelvaneIRP::CKelvaneIRP(const std::string& strDeviceName)
-{
-    try
-    {
-        Initialize(strDeviceName);
-    }
-    catch (const std::exception& oException)
-    {
-        AudioLogFailure(AUDIO_LOG_SITE, ERROR_OUTOFMEMORY, oException.what());
-    }
-}
-
-CKelvaneIRP::~CKelvaneIRP()
-{
-    try
-    {
-        SetKelvaneStatus(KELVANE_STATUS_DEACTIVE);
-    }
-    catch (...) // no memory for a line or a record; the handles go all the same
-    {
-    }
-    if (m_hEvent != nullptr)
-        CloseHandle(m_hEvent);
-}
-
-void CKelvaneIRP::Initialize(const std::string& strDeviceName)
 {
     DWORD dwReason = 0;
     for (int i = 0; i < OPEN_ATTEMPTS && !m_oDevice.IsOpen(); ++i)
@@ -69,19 +43,28 @@ void CKelvaneIRP::Initialize(const std::string& strDeviceName)
     AUDIO_CHECK(SetKelvaneStatus(KELVANE_STATUS_ACTIVE));
 }
 
+CKelvaneIRP::~CKelvaneIRP()
+{
+    SetKelvaneStatus(KELVANE_STATUS_DEACTIVE);
+    if (m_hEvent != nullptr)
+        CloseHandle(m_hEvent);
+}
+
 DWORD CKelvaneIRP::SetKelvaneStatus(const DWORD& dwStatusCtrl)
 {
     const std::lock_guard<CAudioLock> oGuard(m_csRequest);
     if (!m_oDevice.IsOpen() || m_hEvent == nullptr)
         return 0;
-    auto pRequest = std::make_unique<CKelvaneRequest>();
+    CKelvaneRequest* const pRequest = m_oDevice.NewRequest();
+    if (AUDIO_MISSING(pRequest, ERROR_OUTOFMEMORY))
+        return ERROR_OUTOFMEMORY;
     pRequest->stRecord.hEvent = m_hEvent;
     pRequest->dwCode = IOCTL_KELVANE_SET_STATUS;
     pRequest->aInput[STATUS_WORD] = dwStatusCtrl;
     pRequest->dwInputSize = STATUS_RECORD_SIZE;
     if (const DWORD dwError = m_oDevice.Send(*pRequest); dwError == ERROR_IO_PENDING)
     {
-        if (const DWORD dwResult = WaitForCompletion(std::move(pRequest)))
+        if (const DWORD dwResult = WaitForCompletion(*pRequest))
         {
             AUDIOLOG_ERROR(dwResult,
                            "Execute GetOverlappedResult failed! dwStatusCtrl:" + std::to_string(dwStatusCtrl));
@@ -102,17 +85,17 @@ DWORD CKelvaneIRP::SetKelvaneStatus(const DWORD& dwStatusCtrl)
 
 // A driver that is late beyond the wait is asked to let the request go; one that finishes it all the same was in time.
 // What it holds on to will signal its event some day, so the next request gets another.
-DWORD CKelvaneIRP::WaitForCompletion(CKelvaneDevice::CRequest pRequest)
+DWORD CKelvaneIRP::WaitForCompletion(CKelvaneRequest& oRequest)
 {
-    DWORD dwResult = m_oDevice.Wait(*pRequest, DEVICE_CALL_WAIT);
+    DWORD dwResult = m_oDevice.Wait(oRequest, DEVICE_CALL_WAIT);
     if (dwResult == ERROR_TIMEOUT)
     {
-        m_oDevice.Cancel(*pRequest);
-        dwResult = m_oDevice.Wait(*pRequest, CANCEL_WAIT);
+        m_oDevice.Cancel(oRequest);
+        dwResult = m_oDevice.Wait(oRequest, CANCEL_WAIT);
         if (dwResult == ERROR_OPERATION_ABORTED)
             dwResult = ERROR_TIMEOUT;
     }
-    if (!m_oDevice.GiveUp(std::move(pRequest)))
+    if (!m_oDevice.IsPending())
         return dwResult;
     const HANDLE hEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     if (AUDIO_MISSING(hEvent, NO_HANDLE))

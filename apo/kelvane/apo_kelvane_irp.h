@@ -26,14 +26,15 @@ public:
     CKelvaneIRP(const CKelvaneIRP&) = delete;
     CKelvaneIRP& operator=(const CKelvaneIRP&) = delete;
 
-    // Sends the status and waits until the driver has taken it, 2 s at most. 0, the driver's error code, or
-    // ERROR_TIMEOUT. Any thread but the processing thread; one request at a time.
+    // Sends the status and waits until the driver has taken it, 2 s at most, and 200 ms more until it has let go of a
+    // request that is cancelled. 0, the driver's error code, ERROR_TIMEOUT, or ERROR_OUTOFMEMORY, which one that was
+    // set before doesn't give unless its driver kept a request. Throws nothing. Any thread but the processing thread;
+    // one request at a time.
     DWORD SetKelvaneStatus(const DWORD& dwStatusCtrl);
 
 private:
-    void Initialize(const std::string& strDeviceName);
-    // The result of a request that the driver has; one that is late beyond the wait is given up.
-    DWORD WaitForCompletion(CKelvaneDevice::CRequest pRequest);
+    // The result of a request that the driver has; one that is late beyond the wait is cancelled.
+    DWORD WaitForCompletion(CKelvaneRequest& oRequest);
 
     CKelvaneDevice m_oDevice;  // overlapped, exclusive
     HANDLE m_hEvent = nullptr; // manual reset; of the request in flight

@@ -210,7 +210,7 @@ try
 }
 catch (...)
 {
-    // Out of memory for a request: what was not reached stays as it is.
+    // Out of memory for a codec's object: what was not reached stays as it is.
 }
 
 void CKelvanePostEngine::DeactiveKelvaneGain()

@@ -190,6 +190,11 @@ protected:
         Ask([&] { return pObject->Release(); });
         pFactory->Release();
         EXPECT_TRUE(Ask([&] { return FreeLibrary(hModule); }));
+        const std::vector<BYTE> vecLow = {0, 0, 0, 0, 2, 0, 0, 0};
+        std::vector<BYTE> vecLast = vecLow; // an amplifier without an object was never set active
+        for (const machine::SentItem& oItem : machine::Sent("KELVANE_DEVICE0"))
+            vecLast = oItem.strWhat == "request" ? oItem.vecData : vecLast;
+        EXPECT_EQ(vecLast, vecLow) << "block " << g_iRefused;
         machine::ForgetSent();
     }
 
