@@ -8,11 +8,14 @@
 #include "audioapi/audio_api_monitor.h"
 
 #include <atomic>
+#include <chrono>
 #include <mutex>
 #include <utility>
 
 namespace
 {
+using CClock = std::chrono::steady_clock; // as the waits' own
+
 constexpr DWORD NO_HANDLE = 6;
 constexpr HRESULT NO_OBJECT = 12;
 
@@ -27,27 +30,41 @@ struct CKelvaneCallThread::State
     CAudioFlag iRunFlag{0};
     std::function<HRESULT()> fCall; // the thread's while the call is out
     HRESULT hResult = 0;
+    CClock::time_point oCallTime; // when it was handed over
+    bool bLate = false;           // it took DEVICE_CALL_WAIT and more
     std::function<void()> fEnd;
-    std::shared_ptr<State> pSelf; // the thread's reference, until it has begun
 
-    CAudioLock csEnd; // guards what owner and thread part by
+    CAudioLock csEnd;             // guards what owner and thread part by
+    std::shared_ptr<State> pSelf; // the thread's reference, until it begins or is taken back
     bool bEnded = false;
     bool bLeftBehind = false;
     HMODULE hModule = nullptr; // this one, held for a thread that was left behind
+
+    // The thread's reference, for the first who asks: the thread that begins, or the owner who takes it back.
+    std::shared_ptr<State> TakeSelf()
+    {
+        const std::lock_guard<CAudioLock> oGuard(csEnd);
+        return std::move(pSelf);
+    }
 };
 
 CKelvaneCallThread::~CKelvaneCallThread()
 {
     if (m_pWork == nullptr || CAudioMonitor::IsProcessEnding())
         return;
-    const bool bOut = IsOut();
     m_pState->iRunFlag = 0;
     SetEvent(m_pState->hCallEvent.get());
-    const bool bEnded = !bOut && WaitForSingleObject(m_pState->hEndEvent.get(), DEVICE_CALL_WAIT) == WAIT_OBJECT_0;
-    if (bEnded || !LeaveBehind())
+    const bool bNeverBegun = m_pState->TakeSelf() != nullptr;
+    if (bNeverBegun || HasEnded() || !LeaveBehind())
         CAudioMonitor::CloseWorker(m_pWork);
     else
         CloseThreadpoolWork(m_pWork);
+}
+
+// Whether the thread comes to its end in time: not while a call is out.
+bool CKelvaneCallThread::HasEnded() const
+{
+    return !IsOut() && WaitForSingleObject(m_pState->hEndEvent.get(), DEVICE_CALL_WAIT) == WAIT_OBJECT_0;
 }
 
 // False when the thread has come to its end meanwhile.
@@ -86,22 +103,30 @@ bool CKelvaneCallThread::IsOut() const
     return m_pWork != nullptr && WaitForSingleObject(m_pState->hDoneEvent.get(), 0) != WAIT_OBJECT_0;
 }
 
-HRESULT CKelvaneCallThread::Run(std::function<HRESULT()> fCall)
+bool CKelvaneCallThread::IsLate() const
+{
+    return IsOut() || (m_pWork != nullptr && m_pState->bLate);
+}
+
+HRESULT CKelvaneCallThread::Run(std::function<HRESULT()> fCall, DWORD dwWait)
 {
     if (m_pWork == nullptr)
         return NO_HANDLE;
     if (IsOut())
         return ERROR_TIMEOUT;
     m_pState->fCall = std::move(fCall);
+    m_pState->oCallTime = CClock::now();
     ResetEvent(m_pState->hDoneEvent.get());
     SetEvent(m_pState->hCallEvent.get());
-    const DWORD dwWait = WaitForSingleObject(m_pState->hDoneEvent.get(), DEVICE_CALL_WAIT);
-    return dwWait == WAIT_OBJECT_0 ? m_pState->hResult : ERROR_TIMEOUT;
+    const DWORD dwResult = WaitForSingleObject(m_pState->hDoneEvent.get(), dwWait);
+    return dwResult == WAIT_OBJECT_0 ? m_pState->hResult : ERROR_TIMEOUT;
 }
 
 void CALLBACK CKelvaneCallThread::ProcessCallThread(PTP_CALLBACK_INSTANCE pInstance, PVOID pContext, PTP_WORK)
 {
-    const std::shared_ptr<State> pState = std::move(static_cast<State*>(pContext)->pSelf);
+    const std::shared_ptr<State> pState = static_cast<State*>(pContext)->TakeSelf();
+    if (pState == nullptr)
+        return;
     ProcessCalls(*pState);
     {
         const std::lock_guard<CAudioLock> oGuard(pState->csEnd);
@@ -116,29 +141,32 @@ void CALLBACK CKelvaneCallThread::ProcessCallThread(PTP_CALLBACK_INSTANCE pInsta
         FreeLibraryWhenCallbackReturns(pInstance, pState->hModule);
 }
 
+// Until the run flag is 0, and then at most the call that was handed over before.
 void CKelvaneCallThread::ProcessCalls(State& oState) noexcept
 {
-    for (;;)
+    do
     {
         if (WaitForSingleObject(oState.hCallEvent.get(), INFINITE) != WAIT_OBJECT_0)
-        {
             Sleep(1);
-            continue;
-        }
-        if (oState.iRunFlag == 0)
-            break;
-        try
-        {
-            oState.hResult = oState.fCall();
-        }
-        catch (...)
-        {
-            oState.hResult = NO_OBJECT;
-        }
-        oState.fCall = nullptr;
-        SetEvent(oState.hDoneEvent.get());
-    }
+        else if (oState.fCall != nullptr)
+            ProcessCall(oState);
+    } while (oState.iRunFlag == 1);
     oState.fCall = nullptr;
     oState.fEnd();
     oState.fEnd = nullptr;
+}
+
+void CKelvaneCallThread::ProcessCall(State& oState) noexcept
+{
+    try
+    {
+        oState.hResult = oState.fCall();
+    }
+    catch (...)
+    {
+        oState.hResult = NO_OBJECT;
+    }
+    oState.fCall = nullptr;
+    oState.bLate = CClock::now() - oState.oCallTime >= std::chrono::milliseconds(DEVICE_CALL_WAIT);
+    SetEvent(oState.hDoneEvent.get());
 }

@@ -18,19 +18,22 @@ public:
     CKelvaneCallThread(const CKelvaneCallThread&) = delete;
     CKelvaneCallThread& operator=(const CKelvaneCallThread&) = delete;
 
-    // Once. fEnd runs on the thread, behind its last call. 0; 6 without a thread; ERROR_TIMEOUT, and no thread, while
-    // one that was left behind is there still.
+    // Once, or again after ERROR_TIMEOUT. fEnd runs on the thread, behind its last call. 0; 6 without a thread;
+    // ERROR_TIMEOUT, and no thread, while one that was left behind is there still.
     DWORD Start(std::function<void()> fEnd);
-    // The call's result; 6 without a thread; ERROR_TIMEOUT when it doesn't return within DEVICE_CALL_WAIT, or at once
-    // while an earlier one is out. fCall owns what it uses; an exception gives 12.
-    HRESULT Run(std::function<HRESULT()> fCall);
-    // Whether a call hasn't returned.
-    bool IsOut() const;
+    // The call's result; 6 without a thread; ERROR_TIMEOUT when it doesn't return within so many milliseconds, or at
+    // once while an earlier one is out. fCall owns what it uses; an exception gives 12.
+    HRESULT Run(std::function<HRESULT()> fCall, DWORD dwWait);
+    // Whether a call hasn't returned, or the last one took DEVICE_CALL_WAIT and more.
+    bool IsLate() const;
 
 private:
     struct State;
+    bool IsOut() const;
     static void CALLBACK ProcessCallThread(PTP_CALLBACK_INSTANCE pInstance, PVOID pContext, PTP_WORK);
     static void ProcessCalls(State& oState) noexcept;
+    static void ProcessCall(State& oState) noexcept;
+    bool HasEnded() const;
     bool LeaveBehind();
 
     std::shared_ptr<State> m_pState; // the thread's too

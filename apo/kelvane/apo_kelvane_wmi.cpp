@@ -2,6 +2,8 @@
 #include "apo/kelvane/apo_kelvane_wmi.h"
 
 #include <exception>
+#include <functional>
+#include <utility>
 
 namespace
 {
@@ -14,19 +16,39 @@ constexpr INT64 SET_WORD_MIN = 1;
 
 template <class Operation> HRESULT CKelvaneWMI::Call(Operation fOperation, const AudioLogSite& oSite)
 {
-    if (m_oCallThread.IsOut())
-        return ERROR_TIMEOUT;
-    const HRESULT hResult = m_oCallThread.Run([pMethod = m_pMethod, fOperation] { return fOperation(*pMethod); });
-    if (hResult == ERROR_TIMEOUT)
+    if (m_bStartDue)
+        if (const DWORD dwResult = StartLate())
+            return static_cast<HRESULT>(dwResult);
+    const DWORD dwWait = m_oCallThread.IsLate() ? 0 : DEVICE_CALL_WAIT;
+    const HRESULT hResult =
+        m_oCallThread.Run([pMethod = m_pMethod, fOperation] { return fOperation(*pMethod); }, dwWait);
+    if (hResult == ERROR_TIMEOUT && dwWait != 0)
         AudioLogFailure(oSite, hResult, m_pMethod->GetStep());
     return hResult;
+}
+
+DWORD CKelvaneWMI::Start()
+{
+    const DWORD dwResult = m_oCallThread.Start([pMethod = m_pMethod] { pMethod->Disconnect(); });
+    m_bStartDue = dwResult == ERROR_TIMEOUT;
+    return dwResult;
+}
+
+// The caller may be a processing thread: nobody waits for this connection.
+DWORD CKelvaneWMI::StartLate()
+{
+    std::function<HRESULT()> fConnect = [pMethod = m_pMethod] { return pMethod->Connect(); };
+    if (const DWORD dwResult = Start())
+        return dwResult;
+    m_oCallThread.Run(std::move(fConnect), 0);
+    return 0;
 }
 
 HRESULT CKelvaneWMI::Initialize()
 try
 {
     m_pMethod = std::make_shared<CKelvaneWMIMethod>();
-    if (const DWORD dwResult = m_oCallThread.Start([pMethod = m_pMethod] { pMethod->Disconnect(); }))
+    if (const DWORD dwResult = Start())
         return static_cast<HRESULT>(dwResult);
     return Call([](CKelvaneWMIMethod& oMethod) { return oMethod.Connect(); }, AUDIO_LOG_SITE);
 }

@@ -15,7 +15,8 @@ constexpr HRESULT NO_OBJECT = 12;
 constexpr HRESULT BAD_ARGUMENT = 13;
 constexpr HRESULT NO_DATA = 22;
 
-// A call that may take for ever: its text, which names it in the log, is noted before.
+// A call that may take for ever: its text, which names it in the log, is noted before. A failure of the first is none.
+#define CONTROLLER_ASK(expression) (m_pStep = #expression, (expression))
 #define CONTROLLER_CALL(expression, text) (m_pStep = (text), AudioCheckResult((expression), AUDIO_LOG_SITE, (text)))
 #define CONTROLLER_STEP(expression) CONTROLLER_CALL(expression, #expression)
 
@@ -68,9 +69,9 @@ void CKelvaneWMIMethod::Disconnect()
 HRESULT CKelvaneWMIMethod::Connect()
 {
     // Failures mean that the process has settings of its own, which apply then.
-    m_bComEntered = SUCCEEDED(CoInitializeEx(nullptr, COINIT_MULTITHREADED));
-    CoInitializeSecurity(nullptr, -1, nullptr, nullptr, RPC_C_AUTHN_LEVEL_DEFAULT, RPC_C_IMP_LEVEL_IMPERSONATE, nullptr,
-                         EOAC_NONE, nullptr);
+    m_bComEntered = SUCCEEDED(CONTROLLER_ASK(CoInitializeEx(nullptr, COINIT_MULTITHREADED)));
+    CONTROLLER_ASK(CoInitializeSecurity(nullptr, -1, nullptr, nullptr, RPC_C_AUTHN_LEVEL_DEFAULT,
+                                        RPC_C_IMP_LEVEL_IMPERSONATE, nullptr, EOAC_NONE, nullptr));
     if (const HRESULT hResult = ConnectNamespace())
         return hResult;
     if (const HRESULT hResult = CONTROLLER_STEP(m_pServices->GetObject(m_pWmiClassName, 0, NULL, &m_pObject, NULL)))
@@ -119,7 +120,7 @@ HRESULT CKelvaneWMIMethod::PutCommond(const INT64& ulCmd)
     oVar.bstrVal = SysAllocString(std::to_wstring(ulCmd).c_str());
     if (AUDIO_MISSING(oVar.bstrVal, NO_OBJECT))
         return NO_OBJECT;
-    const HRESULT hResult = m_pObjectInst->Put(L"u64Input", 0, &oVar, CIM_UINT64);
+    const HRESULT hResult = CONTROLLER_ASK(m_pObjectInst->Put(L"u64Input", 0, &oVar, CIM_UINT64));
     return hResult == 0 ? 0 : PutByteArray(ulCmd, hResult);
 }
 
@@ -140,7 +141,7 @@ HRESULT CKelvaneWMIMethod::PutByteArray(const INT64& ulCmd, HRESULT hTextResult)
         return hResult;
     memcpy(pTempArray, &ulCmd, sizeof(ulCmd));
     SafeArrayUnaccessData(pSafeArray);
-    return AUDIO_CHECK(m_pObjectInst->Put(L"u8Input", 0, &oVar, CIM_EMPTY));
+    return CONTROLLER_STEP(m_pObjectInst->Put(L"u8Input", 0, &oVar, CIM_EMPTY));
 }
 
 HRESULT CKelvaneWMIMethod::QueryTemperature(const INT64& ulCmd, INT32& iTemperature)

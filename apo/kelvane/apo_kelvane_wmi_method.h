@@ -76,7 +76,7 @@ public:
     // Puts the word into the method's input, in the form that the firmware takes.
     HRESULT PutCommond(const INT64& ulCmd);
 
-    // The platform call that was begun last, as the log names it. Any thread.
+    // The platform call that may take for ever and was begun last, as the log names it. Any thread.
     const char* GetStep() const { return m_pStep; }
 
 private:
@@ -95,5 +95,5 @@ private:
     CKelvaneText m_pWmiMethodName;
     CKelvaneText m_pWmiObjectName;
     bool m_bComEntered = false;
-    std::atomic<const char*> m_pStep{""};
+    std::atomic<const char*> m_pStep{"Connect()"};
 };

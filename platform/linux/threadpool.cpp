@@ -150,6 +150,8 @@ void SubmitThreadpoolWork(PTP_WORK pwk)
     oPool.oSubmitted.splice(oPool.oSubmitted.end(), pwk->m_oPlace, pwk->m_oPlace.begin());
     ++pwk->m_iOutstanding;
     AddBusyCallbacks(oLock, 1);
+    if (IsToldToFail("SubmitThreadpoolWork", false)) // no thread comes, as while the platform loads or frees a module
+        return;
     if (oPool.oSubmitted.size() <= oPool.iParkedThreads)
     {
         oPool.oWork.WakeOne();

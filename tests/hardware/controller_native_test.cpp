@@ -148,11 +148,13 @@ TEST_F(ControllerChannelTest, WithoutItsThreadItStaysClosed)
     }
 }
 
-// A silent controller is waited for once. Who goes while a call is out leaves it its thread, and the module stays.
+// A silent controller is waited for once, and again when a call came back in time. Who goes while a call is out leaves
+// it its thread, and the module stays; who came meanwhile connects behind it.
 TEST_F(ControllerChannelTest, ASilentControllerIsWaitedForOnce)
 {
-    machine::Controller oController;
-    oController.fScript = [](UINT64) { return machine::TemperatureAnswer(300); };
+    machine::Controller oSound;
+    oSound.fScript = [](UINT64) { return machine::TemperatureAnswer(300); };
+    machine::Controller oController = oSound;
     oController.eCompletion = machine::Completion::Never;
     for (const bool bLeave : {false, true})
     {
@@ -169,16 +171,39 @@ TEST_F(ControllerChannelTest, ASilentControllerIsWaitedForOnce)
         EXPECT_EQ(machine::Sent("controller").size(), 1U);
         if (bLeave)
         {
-            pWMI.reset();
+            pWMI = std::make_unique<CKelvaneWMI>();
             EXPECT_EQ(CKelvaneManager::Instance()->CanUnloadNow(), S_FALSE);
-            EXPECT_EQ(CKelvaneWMI().Initialize(), 1460);
+            EXPECT_EQ(pWMI->Initialize(), 1460);
+            EXPECT_EQ(pWMI->SetECTemperature(SET), 1460);
         }
-        machine::RemoveController();
-        EXPECT_EQ(machine::CompleteHungRequests(), 1U);
-        EXPECT_TRUE(WaitFor([&] { return bLeave || pWMI->SetECTemperature(SET) == WBEM_E_FAILED; }));
+        else
+        {
+            EXPECT_EQ(machine::CompleteHungRequests(), 1U);
+            EXPECT_TRUE(WaitFor(
+                [&] { return pWMI->SetECTemperature(SET) == 1460 && machine::Sent("controller").size() == 2; }));
+            EXPECT_EQ(TakeFailures(), "");
+        }
+        machine::AttachController(oSound);
+        EXPECT_TRUE(WaitFor([] { return machine::CompleteHungRequests() == 1; }));
+        EXPECT_TRUE(WaitFor([&] { return pWMI->SetECTemperature(SET) == 0; }));
     }
     EXPECT_TRUE(WaitFor([] { return CKelvaneManager::Instance()->CanUnloadNow() == S_OK; }));
-    EXPECT_TRUE(WaitFor([] { return CKelvaneWMI().Initialize() != 1460; }));
+}
+
+// One that the pool hasn't begun is taken back, and one whose waits fail ends.
+TEST_F(ControllerChannelTest, AThreadWithoutACallIsNotLeftBehind)
+{
+    for (const char* pCall : {"SubmitThreadpoolWork", "WaitForSingleObject"})
+    {
+        machine::FailNext(pCall, 31, -1);
+        {
+            CKelvaneCallThread oThread;
+            EXPECT_EQ(oThread.Start([] {}), 0U);
+            EXPECT_EQ(oThread.Run([] { return S_OK; }, 0), 1460);
+        }
+        EXPECT_TRUE(WaitFor([] { return CKelvaneManager::Instance()->CanUnloadNow() == S_OK; })) << pCall;
+        machine::ClearFailures();
+    }
 }
 
 TEST_F(ControllerChannelTest, AThreadKeepsItsApartment)
