@@ -193,15 +193,16 @@ TEST_F(ControllerChannelTest, ASilentControllerIsWaitedForOnce)
 // One that the pool hasn't begun is taken back, and one whose waits fail ends.
 TEST_F(ControllerChannelTest, AThreadWithoutACallIsNotLeftBehind)
 {
-    for (const char* pCall : {"SubmitThreadpoolWork", "WaitForSingleObject"})
+    for (const bool bBegun : {false, true})
     {
-        machine::FailNext(pCall, 31, -1);
+        machine::FailNext("SubmitThreadpoolWork", 31, bBegun ? 0 : 1);
         {
             CKelvaneCallThread oThread;
             EXPECT_EQ(oThread.Start([] {}), 0U);
-            EXPECT_EQ(oThread.Run([] { return S_OK; }, 0), 1460);
+            oThread.Run([] { return machine::FailNext("WaitForSingleObject", 31, -1), S_OK; },
+                        bBegun ? DEVICE_CALL_WAIT : 0);
         }
-        EXPECT_TRUE(WaitFor([] { return CKelvaneManager::Instance()->CanUnloadNow() == S_OK; })) << pCall;
+        EXPECT_TRUE(WaitFor([] { return CKelvaneManager::Instance()->CanUnloadNow() == S_OK; })) << bBegun;
         machine::ClearFailures();
     }
 }
