@@ -85,10 +85,7 @@ BOOL CDeviceFile::Answer(const CControlCall& oCall, const CPendingPointer& pPend
     const LPDWORD pReturned = oCall.pReturned != nullptr ? oCall.pReturned : &dwIgnored;
     *pReturned = 0;
     if (oAnswer.eCompletion == machine::Completion::AtOnce && oAnswer.dwError != ERROR_SUCCESS)
-    {
-        MarkCompleted(*pPending->pRecord, oAnswer.dwError, 0); // a refused request signals nothing
-        return FailWith(oAnswer.dwError);
-    }
+        return FailWith(oAnswer.dwError); // signals nothing, and leaves the record's mark at pending
     if (oAnswer.eCompletion == machine::Completion::AtOnce)
     {
         Finish(*pPending, ERROR_SUCCESS);

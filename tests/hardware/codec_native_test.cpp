@@ -60,6 +60,7 @@ TEST_F(CodecTest, ARequestThatFailsIsTold)
     CSenaryGainConfig::Instance()->Initialize();
     oEverest.oAnswer.dwError = 31;
     CEverestGainConfig::Instance()->Initialize();
+    EXPECT_EQ(CEverestGainConfig::Instance()->SetLowEverestHWGain(), 31U); // asked again
     EXPECT_EQ(TakeFailures().find("31" + strBegin + "EVEREST_SET_HWGAIN_HIGHLOW, "), 0U);
     oSenary.oAnswer = {1117, machine::Completion::Late, 1, {}};
     EXPECT_EQ(CSenaryGainConfig::Instance()->SetLowSenaryHWGain(), 1117U);
