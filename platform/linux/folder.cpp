@@ -65,6 +65,7 @@ void machine::UseFolder(const std::string& strFolder)
     }
     ++g_iGeneration;
     ResetClock();
+    DivideTimeouts(1);
     ResetPowerStatus();
     ClearFailures();
 }

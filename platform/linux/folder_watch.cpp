@@ -27,12 +27,44 @@ std::string Below(const std::string& strFolder, const char* pSeparator, const st
 {
     return strFolder.empty() ? strName : strFolder + pSeparator + strName;
 }
+
+// The system's files of change events that no watch has now. The system takes milliseconds to close one, for it waits
+// there for all its processors, and next to nothing to make one that is kept forget.
+class CSpareFiles
+{
+public:
+    int Take()
+    {
+        const std::lock_guard<std::mutex> oLock(m_oMutex);
+        if (m_iCount == 0)
+            return inotify_init1(IN_CLOEXEC | IN_NONBLOCK);
+        return m_aFiles[--m_iCount];
+    }
+
+    // The file has no marks any more. What it still had to tell is nobody's.
+    void Give(int iFile)
+    {
+        char cBuf[16384];
+        while (read(iFile, cBuf, sizeof(cBuf)) > 0)
+            continue;
+        const std::lock_guard<std::mutex> oLock(m_oMutex);
+        if (m_iCount == MOST)
+            close(iFile);
+        else
+            m_aFiles[m_iCount++] = iFile;
+    }
+
+private:
+    static constexpr size_t MOST = 8;
+    std::mutex m_oMutex; // guards the others
+    size_t m_iCount = 0;
+    int m_aFiles[MOST] = {};
+};
+CSpareFiles g_oSpareFiles;
 } // namespace
 
 CFolderWatch::CFolderWatch(const std::string& strHostPath)
-    : m_strHostPath(strHostPath),
-      m_iNotify(inotify_init1(IN_CLOEXEC | IN_NONBLOCK)),
-      m_iWake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
+    : m_strHostPath(strHostPath), m_iNotify(g_oSpareFiles.Take()), m_iWake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
 {
     if (m_iNotify >= 0 && m_iWake >= 0)
         m_iRoot = WatchTree(strHostPath, "");
@@ -40,9 +72,13 @@ CFolderWatch::CFolderWatch(const std::string& strHostPath)
 
 CFolderWatch::~CFolderWatch()
 {
-    for (const int iFile : {m_iNotify, m_iWake})
-        if (iFile >= 0)
-            close(iFile);
+    if (m_iWake >= 0)
+        close(m_iWake);
+    if (m_iNotify < 0)
+        return;
+    for (const auto& [iMark, strName] : m_mapFolders)
+        inotify_rm_watch(m_iNotify, iMark); // one that is gone already is none
+    g_oSpareFiles.Give(m_iNotify);
 }
 
 // The folder's mark, or -1.

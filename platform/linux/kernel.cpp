@@ -2,6 +2,7 @@
 #include "platform/linux/kernel.h"
 
 #include "platform/linux/machine.h"
+#include "platform/linux/timeout.h"
 
 #include <algorithm>
 #include <unordered_map>
@@ -55,12 +56,22 @@ CKernelMutex& KernelMutex()
     return State().oMutex;
 }
 
-CKernelDeadline::CKernelDeadline(DWORD dwMilliseconds) : m_bNever(dwMilliseconds == INFINITE)
+CKernelDeadline::CKernelDeadline(long long iNanoseconds)
 {
     clock_gettime(CLOCK_MONOTONIC, &m_stTime);
-    const long long iNanoseconds = m_stTime.tv_nsec + (dwMilliseconds % 1000) * 1000000LL;
-    m_stTime.tv_sec += static_cast<time_t>(dwMilliseconds / 1000 + iNanoseconds / 1000000000);
+    iNanoseconds += m_stTime.tv_nsec;
+    m_stTime.tv_sec += static_cast<time_t>(iNanoseconds / 1000000000);
     m_stTime.tv_nsec = static_cast<long>(iNanoseconds % 1000000000);
+}
+
+CKernelDeadline::CKernelDeadline(DWORD dwMilliseconds) : CKernelDeadline(dwMilliseconds * 1000000LL)
+{
+    m_bNever = dwMilliseconds == INFINITE;
+}
+
+CKernelDeadline CKernelDeadline::OfTimeout(DWORD dwMilliseconds)
+{
+    return dwMilliseconds == INFINITE ? CKernelDeadline(INFINITE) : CKernelDeadline(TimeoutNanoseconds(dwMilliseconds));
 }
 
 CKernelCondition::CKernelCondition()
@@ -117,7 +128,7 @@ DWORD CKernelEvent::Wait(DWORD dwMilliseconds)
     if (dwMilliseconds == 0)
         return WAIT_TIMEOUT;
 
-    const CKernelDeadline oDeadline(dwMilliseconds);
+    const CKernelDeadline oDeadline = CKernelDeadline::OfTimeout(dwMilliseconds);
     CKernelWaiter oWaiter;
     oWaiter.bPoolThread = t_bPoolThread;
     m_oWaiters.push_back(&oWaiter);
@@ -131,6 +142,7 @@ DWORD CKernelEvent::Wait(DWORD dwMilliseconds)
     m_oWaiters.erase(std::find(m_oWaiters.begin(), m_oWaiters.end(), &oWaiter));
     if (oWaiter.bPoolThread)
         AddBusyCallbacks(oLock, 1);
+    CountExpiredTimeout(dwMilliseconds);
     return WAIT_TIMEOUT;
 }
 

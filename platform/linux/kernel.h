@@ -34,10 +34,14 @@ class CKernelDeadline
 {
 public:
     explicit CKernelDeadline(DWORD dwMilliseconds); // INFINITE: never comes
+    // That of a caller's time-out.
+    static CKernelDeadline OfTimeout(DWORD dwMilliseconds);
     bool IsNever() const { return m_bNever; }
     const timespec* Native() const { return &m_stTime; }
 
 private:
+    explicit CKernelDeadline(long long iNanoseconds);
+
     bool m_bNever = false;
     timespec m_stTime{};
 };

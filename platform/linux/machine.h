@@ -17,7 +17,8 @@ namespace machine
 // $XDG_DATA_HOME/kelvane/machine. It need not exist. Any thread.
 std::string Folder();
 
-// Makes the whole process stand for another machine. Clock, power and armed failures fall back to their defaults.
+// Makes the whole process stand for another machine. Clock, time-outs, power and armed failures fall back to their
+// defaults.
 // Call while nothing runs.
 void UseFolder(const std::string& strFolder);
 
@@ -27,7 +28,7 @@ unsigned Generation();
 // The platform's name of a file of this host: C:\... within the machine's folder, else Z:\...
 std::string PlatformPath(const std::string& strHostPath);
 
-// --- The clock: GetLocalTime and its kin. Time-outs and Sleep stay real
+// --- The clock: GetLocalTime and its kin. Time-outs and Sleep go by the real one
 
 // Sets the local time; the clock runs on from there, or stays there while frozen.
 void SetClock(const SYSTEMTIME& stLocalTime);
@@ -37,6 +38,15 @@ void FreezeClock();
 void RunClock();
 // Runs with this system's time again.
 void ResetClock();
+
+// --- Time-outs
+
+// From now on finite time-outs of waits, and sleeps, take that part of their time alone, so that a test of what never
+// answers needn't wait as long as the module does.
+void DivideTimeouts(DWORD dwParts);
+// Milliseconds of all threads so far in time-outs that ran out and in sleeps, as the callers asked for them: the most
+// that one of them can have waited for another.
+size_t ExpiredMilliseconds();
 
 // --- Power
 

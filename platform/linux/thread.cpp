@@ -1,5 +1,6 @@
 // Threads: identity, sleep, priority.
 #include "platform/linux/failure.h"
+#include "platform/linux/timeout.h"
 
 #include <windows.h>
 
@@ -64,9 +65,11 @@ void Sleep(DWORD dwMilliseconds)
         sched_yield();
         return;
     }
-    timespec stLeft{static_cast<time_t>(dwMilliseconds / 1000), static_cast<long>(dwMilliseconds % 1000) * 1000000L};
+    const long long iNanoseconds = TimeoutNanoseconds(dwMilliseconds);
+    timespec stLeft{static_cast<time_t>(iNanoseconds / 1000000000), static_cast<long>(iNanoseconds % 1000000000)};
     while (nanosleep(&stLeft, &stLeft) != 0 && errno == EINTR)
         continue;
+    CountExpiredTimeout(dwMilliseconds);
 }
 
 // The pseudo handle of the calling thread is the only thread handle there is.

@@ -173,6 +173,7 @@ TEST_F(SystemQueryTest, ConsoleUserIsAskedUnderItsName)
 {
     StartLog();
     PutConsole(OwnNarrowName());
+    machine::DivideTimeouts(50);
     machine::FailNext("WTSQueryUserToken", ERROR_NO_TOKEN, 2); // who logs in meanwhile is found
     std::wstring strName;
     EXPECT_EQ(CAudioSYS::QueryImpersonateLoginName(strName), 0U);

@@ -66,6 +66,7 @@ TEST_F(CodecTest, ARequestThatFailsIsTold)
     EXPECT_EQ(CSenaryGainConfig::Instance()->SetLowSenaryHWGain(), 1117U);
     oSenary.oAnswer = {0, machine::Completion::Deaf, 0, {}};
     machine::ForgetSent();
+    machine::DivideTimeouts(20);
     EXPECT_EQ(CSenaryGainConfig::Instance()->SetHighSenaryHWGain(), 1460U);
     EXPECT_EQ(CSenaryGainConfig::Instance()->SetLowSenaryHWGain(), 1460U);
     EXPECT_EQ(SentTo("senary"), "00000000");

@@ -156,6 +156,7 @@ TEST_F(ControllerChannelTest, ASilentControllerIsWaitedForOnce)
     oSound.fScript = [](UINT64) { return machine::TemperatureAnswer(300); };
     machine::Controller oController = oSound;
     oController.eCompletion = machine::Completion::Never;
+    machine::DivideTimeouts(SANITIZED ? 2 : 10);
     for (const bool bLeave : {false, true})
     {
         machine::AttachController(oController);

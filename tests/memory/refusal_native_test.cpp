@@ -2,17 +2,17 @@
 // Native only: who asks for a block is told by the loader.
 #include "apo/kelvane/apo_kelvane_guid.h"
 #include "platform/linux/machine.h"
+#include "tests/platform/machine_file.h"
 #include "tests/support/apo_connections.h"
 #include "tests/support/machine_test.h"
+#include "tests/support/own_heap.h"
 
 #include <dlfcn.h>
 #include <execinfo.h>
 
 #include <atomic>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <new>
 #include <utility>
 
 namespace
@@ -29,7 +29,6 @@ std::atomic<Side> g_iSide{CALLER};
 std::atomic<long> g_iAsked{0};
 std::atomic<long> g_iDue{0};
 std::atomic<long> g_iRefused{0};
-std::atomic<long> g_iLive{0}; // blocks of the whole process
 thread_local Side g_iOwnSide = WORKERS;
 thread_local bool g_bExempt = false; // not counted: the test's own blocks
 
@@ -52,8 +51,9 @@ bool IsForModule()
     }
     return false;
 }
+} // namespace
 
-bool IsRefused()
+static bool IsBlockRefused()
 {
     if (g_bExempt || g_iOwnSide != g_iSide)
         return false;
@@ -66,52 +66,13 @@ bool IsRefused()
     long iNone = 0;
     return bForModule && g_iRefused.compare_exchange_strong(iNone, iBlock);
 }
-} // namespace
-
-[[gnu::noinline]] void* operator new(size_t iSize, const std::nothrow_t&) noexcept
-{
-    void* const pBlock = IsRefused() ? nullptr : std::malloc(iSize != 0 ? iSize : 1);
-    g_iLive += pBlock != nullptr ? 1 : 0;
-    return pBlock;
-}
-[[gnu::noinline]] void* operator new(size_t iSize)
-{
-    if (void* const pBlock = operator new(iSize, std::nothrow))
-        return pBlock;
-    throw std::bad_alloc();
-}
-void* operator new[](size_t iSize, const std::nothrow_t&) noexcept
-{
-    return operator new(iSize, std::nothrow);
-}
-void* operator new[](size_t iSize)
-{
-    return operator new(iSize);
-}
-[[gnu::noinline]] void operator delete(void* pBlock) noexcept
-{
-    g_iLive -= pBlock != nullptr ? 1 : 0;
-    std::free(pBlock);
-}
-void operator delete(void* pBlock, size_t) noexcept
-{
-    operator delete(pBlock);
-}
-void operator delete[](void* pBlock) noexcept
-{
-    operator delete(pBlock);
-}
-void operator delete[](void* pBlock, size_t) noexcept
-{
-    operator delete(pBlock);
-}
 
 namespace
 {
 class RefusalTest : public MachineTest
 {
 protected:
-    // The default machine with a tuning file of one set, and every line of the log on.
+    // The default machine without its devices' delays, with a tuning file of one set, and every line of the log on.
     void SetUp() override
     {
         MachineTest::SetUp();
@@ -120,6 +81,7 @@ protected:
         std::filesystem::copy(KELVANE_MACHINE_FOLDER, machine::Folder(),
                               std::filesystem::copy_options::recursive |
                                   std::filesystem::copy_options::overwrite_existing);
+        DeclareMachine("<amplifier name='KELVANE_DEVICE0' late='0'/><controller input='u64Input'/>");
         PutFile(strDriver + "Kelvane_x64.dll", HostFile(KELVANE_LIBRARY));
         std::string strTuning = GetFile(strDriver + "audio_kelvane_params_default.xml");
         const size_t iSecond = strTuning.find("<NV ", strTuning.find("<NV ") + 1);
@@ -214,7 +176,7 @@ TEST_F(RefusalTest, EachBlockInTurnCostsNoCrashNoLeakAndNoObject)
             g_iDue = 0;
             Live(oClassID);
             Live(oClassID); // what settles once is there
-            long iLive = g_iLive;
+            long iLive = g_iLiveBlocks;
             for (long iDue = iFirst; !HasFailure(); iDue += STEP, ++iLives)
             {
                 g_iRefused = 0;
@@ -223,11 +185,11 @@ TEST_F(RefusalTest, EachBlockInTurnCostsNoCrashNoLeakAndNoObject)
                 if (g_iRefused == 0)
                     break; // nobody asked for that many
                 iDue = g_iRefused;
-                if (std::exchange(iLive, g_iLive) == iLive)
+                if (std::exchange(iLive, g_iLiveBlocks) == iLive)
                     continue;
                 g_iRefused = 0; // a leak comes again, a thread more in the platform's pool doesn't
                 Live(oClassID);
-                EXPECT_EQ(g_iLive, iLive) << "block " << iDue << " of side " << iSide;
+                EXPECT_EQ(g_iLiveBlocks, iLive) << "block " << iDue << " of side " << iSide;
             }
             iFirst = m_iLoadBlocks;
         }

@@ -5,50 +5,16 @@
 #include "platform/control/control.h"
 #include "tests/engine/engine_test.h"
 #include "tests/support/apo_connections.h"
+#include "tests/support/own_heap.h"
 
-#include <cstdlib>
 #include <mutex>
-#include <new>
 
 static thread_local int iTaken = 0;    // blocks that this thread took
 static thread_local int iRefused = -1; // the one that it doesn't get
 
-// Every form that the module uses, for a sanitizer's runtime has array forms of its own.
-[[gnu::noinline]] void* operator new(size_t iSize, const std::nothrow_t&) noexcept
+static bool IsBlockRefused()
 {
-    if (iTaken++ == iRefused)
-        return nullptr;
-    return std::malloc(iSize != 0 ? iSize : 1);
-}
-[[gnu::noinline]] void* operator new(size_t iSize)
-{
-    if (void* const pBlock = operator new(iSize, std::nothrow))
-        return pBlock;
-    throw std::bad_alloc();
-}
-void* operator new[](size_t iSize, const std::nothrow_t&) noexcept
-{
-    return operator new(iSize, std::nothrow);
-}
-void* operator new[](size_t iSize)
-{
-    return operator new(iSize);
-}
-[[gnu::noinline]] void operator delete(void* pBlock) noexcept
-{
-    std::free(pBlock);
-}
-void operator delete(void* pBlock, size_t) noexcept
-{
-    operator delete(pBlock);
-}
-void operator delete[](void* pBlock) noexcept
-{
-    operator delete(pBlock);
-}
-void operator delete[](void* pBlock, size_t) noexcept
-{
-    operator delete(pBlock);
+    return iTaken++ == iRefused;
 }
 
 class RealtimeTest : public EngineTest

@@ -1,0 +1,29 @@
+// Time-outs and sleeps: shortened as a test told, and counted when they are over.
+#include "platform/linux/timeout.h"
+
+#include "platform/linux/machine.h"
+
+#include <atomic>
+
+static std::atomic<DWORD> g_dwParts{1};
+static std::atomic<size_t> g_iExpired{0}; // milliseconds
+
+long long TimeoutNanoseconds(DWORD dwMilliseconds)
+{
+    return dwMilliseconds * 1000000LL / g_dwParts;
+}
+
+void CountExpiredTimeout(DWORD dwMilliseconds)
+{
+    g_iExpired += dwMilliseconds;
+}
+
+void machine::DivideTimeouts(DWORD dwParts)
+{
+    g_dwParts = dwParts;
+}
+
+size_t machine::ExpiredMilliseconds()
+{
+    return g_iExpired;
+}
