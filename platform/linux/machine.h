@@ -44,8 +44,7 @@ void ResetClock();
 // From now on finite time-outs of waits, and sleeps, take that part of their time alone, so that a test of what never
 // answers needn't wait as long as the module does.
 void DivideTimeouts(DWORD dwParts);
-// Milliseconds of all threads so far in time-outs that ran out and in sleeps, as the callers asked for them: the most
-// that one of them can have waited for another.
+// Milliseconds of this thread so far in time-outs that ran out and in sleeps, as the caller asked for them.
 size_t ExpiredMilliseconds();
 
 // --- Power

@@ -6,7 +6,7 @@
 #include <atomic>
 
 static std::atomic<DWORD> g_dwParts{1};
-static std::atomic<size_t> g_iExpired{0}; // milliseconds
+static thread_local size_t t_iExpired = 0; // milliseconds
 
 long long TimeoutNanoseconds(DWORD dwMilliseconds)
 {
@@ -15,7 +15,7 @@ long long TimeoutNanoseconds(DWORD dwMilliseconds)
 
 void CountExpiredTimeout(DWORD dwMilliseconds)
 {
-    g_iExpired += dwMilliseconds;
+    t_iExpired += dwMilliseconds;
 }
 
 void machine::DivideTimeouts(DWORD dwParts)
@@ -25,5 +25,5 @@ void machine::DivideTimeouts(DWORD dwParts)
 
 size_t machine::ExpiredMilliseconds()
 {
-    return g_iExpired;
+    return t_iExpired;
 }

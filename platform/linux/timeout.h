@@ -6,5 +6,5 @@
 // Nanoseconds for so many milliseconds of the caller's. Any thread.
 long long TimeoutNanoseconds(DWORD dwMilliseconds);
 
-// The calling thread has waited that long for nothing. Any thread.
+// The calling thread has waited that long for nothing.
 void CountExpiredTimeout(DWORD dwMilliseconds);

@@ -11,13 +11,6 @@ namespace
 class LogTest : public LoggedMachineTest
 {
 protected:
-    // Stands the clock still at 2024-03-14 09:26:53.007.
-    static void FreezeClock()
-    {
-        control::FreezeClock();
-        control::SetClock({2024, 3, 0, 14, 9, 26, 53, 7});
-    }
-
     static void Record(UINT32 iLevel, const std::string& strMessage)
     {
         CAudioLog::Instance()->RecordItem("Probe", "probe.cpp", 1, iLevel, 0, strMessage);
@@ -93,22 +86,6 @@ TEST_F(LogTest, KeepsTheLevelsFromTheThresholdUp)
         EXPECT_EQ(strWritten, strKept) << "DebugLevel " << dwLevel;
         EmptyLog();
     }
-}
-
-TEST_F(LogTest, FollowsTheLevelInTheRegistry)
-{
-    StartLog(AUDIO_LEVEL_FATA);
-    Record(AUDIO_LEVEL_INFO, "too low");
-    SetRegistry(AUDIO_DEBUG_PATH, AUDIO_DEBUG_LEVEL, AUDIO_LEVEL_INFO);
-    WaitForWorkers();
-    Record(AUDIO_LEVEL_INFO, "kept");
-    // No value is as good as 0: off.
-    DeleteRegistryValue(AUDIO_DEBUG_PATH, AUDIO_DEBUG_LEVEL);
-    WaitForWorkers();
-    Record(AUDIO_LEVEL_FATA, "off");
-    EXPECT_EQ(CountLog("too low"), 0u);
-    EXPECT_EQ(CountLog("kept"), 1u);
-    EXPECT_EQ(CountLog("off"), 0u);
 }
 
 TEST_F(LogTest, ChangesTheFileBehindTheLineThatFillsIt)

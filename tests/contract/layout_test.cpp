@@ -1,30 +1,16 @@
 // What both builds must agree on with the platform: sizes, offsets, constants, ids. It holds if it compiles.
 #include <baseaudioprocessingobject.h>
-#include <psapi.h>
 #include <wincrypt.h>
-#include <wtsapi32.h>
 
-#include <cstddef>
 #include <type_traits>
 
 namespace
 {
-// --- Basic types and records ---
-static_assert(sizeof(BYTE) == 1 && sizeof(WORD) == 2 && sizeof(DWORD) == 4 && sizeof(LONG) == 4 && sizeof(BOOL) == 4);
-static_assert(sizeof(HRESULT) == 4 && sizeof(LSTATUS) == 4 && sizeof(LONGLONG) == 8 && sizeof(UINT_PTR) == 8);
-static_assert(sizeof(HANDLE) == 8 && sizeof(HKEY) == 8 && sizeof(HMODULE) == 8);
+// --- Basic types ---
+static_assert(sizeof(DWORD) == 4 && sizeof(LONG) == 4 && sizeof(BOOL) == 4 && sizeof(HRESULT) == 4);
 static_assert(std::is_signed_v<BOOL> && std::is_signed_v<HRESULT> && std::is_unsigned_v<DWORD>);
-static_assert(std::is_same_v<WCHAR, wchar_t>);
 static_assert(!std::is_same_v<HKEY, HMODULE> && !std::is_convertible_v<HKEY, HMODULE>);
-static_assert(sizeof(GUID) == 16 && offsetof(GUID, Data4) == 8);
-static_assert(sizeof(SYSTEMTIME) == 16 && offsetof(SYSTEMTIME, wDay) == 6 && offsetof(SYSTEMTIME, wMilliseconds) == 14);
-static_assert(sizeof(FILETIME) == 8 && sizeof(SYSTEM_POWER_STATUS) == 12 && sizeof(CRITICAL_SECTION) == 40);
-static_assert(sizeof(WIN32_FIND_DATAA) == 320 && offsetof(WIN32_FIND_DATAA, cFileName) == 44);
-static_assert(sizeof(EVENTLOGRECORD) == 56 && offsetof(EVENTLOGRECORD, TimeGenerated) == 12);
-static_assert(offsetof(EVENTLOGRECORD, EventID) == 20 && sizeof(SID) == 12 && sizeof(TOKEN_USER) == 16);
-static_assert(sizeof(PROCESS_MEMORY_COUNTERS) == 72 && sizeof(WTS_SESSION_INFO_1W) == 56);
 static_assert(sizeof(WAVEFORMATEX) == 18 && sizeof(WAVEFORMATEXTENSIBLE) == 40);
-static_assert(offsetof(WAVEFORMATEXTENSIBLE, SubFormat) == 24);
 
 // --- Constants that reach files, logs or the other side of an interface ---
 static_assert(BUFFER_INVALID == 0 && BUFFER_VALID == 1 && BUFFER_SILENT == 2);

@@ -31,13 +31,6 @@ protected:
         SetRegistry(AUDIO_DUMP_PATH, AUDIO_DUMP_NUM, 0);
     }
 
-    // Stands the clock still at 2024-03-14 09:26:53.
-    static void FreezeClock()
-    {
-        control::FreezeClock();
-        control::SetClock({2024, 3, 0, 14, 9, 26, 53, 0});
-    }
-
     // The files of the type, by the order of their names, without the module's name in front.
     static std::vector<std::string> FilesOf(const std::string& strType)
     {

@@ -70,8 +70,10 @@ TEST_F(EventTest, TheSwitchAndTheLevelAreIndependent)
     SetRegistry(AUDIO_DEBUG_PATH, AUDIO_EVENT_LEVEL, 0);
     WaitForWorkers();
     DeleteRegistryValue(AUDIO_DEBUG_PATH, AUDIO_EVENT_LEVEL); // on, unless it is turned off
+    DeleteRegistryValue(AUDIO_DEBUG_PATH, AUDIO_DEBUG_LEVEL); // off, unless it is turned on
     WaitForWorkers();
     AUDIOLOG_EVENT_WARN("unasked");
+    EXPECT_EQ(CountLog("unasked"), 0U);
     EXPECT_NE(ReadEvents().back().find("unasked"), std::string::npos);
 }
 

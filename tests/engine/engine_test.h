@@ -1,8 +1,11 @@
 // The engine tests' fixture: a protection engine over a scripted library that is set into the manager.
 #pragma once
 
+#include "apo/kelvane/apo_kelvane_factory.h"
 #include "apo/kelvane/apo_kelvane_manager.h"
+#include "apo/kelvane/apo_kelvane_postefx.h"
 #include "apo/kelvane/apo_kelvane_postengine.h"
+#include "tests/support/apo_connections.h"
 #include "tests/support/logged_machine_test.h"
 
 #include <algorithm>
@@ -88,6 +91,14 @@ protected:
         if (g_pLibrary->fnApply)
             g_pLibrary->fnApply(*pData);
         return g_pLibrary->iApplyCode;
+    }
+
+    // A locked object of the concrete class.
+    static ApoObject<CKelvanePostEFX> OpenStream(bool bInline = false, DWORD dwChannels = 2, FLOAT32 f32Rate = 48000)
+    {
+        const APO_REG_PROPERTIES* const pProperties =
+            bInline ? CKelvaneClassFactory::KelvanePostOMFX_Property : CKelvaneClassFactory::KelvanePostEFX_Property;
+        return OpenObject(new CKelvanePostEFX(nullptr, pProperties), dwChannels, f32Rate);
     }
 
     // An engine with its format, not started.

@@ -2,10 +2,7 @@
 #include "tests/hardware/hardware_test.h"
 
 #include "apo/kelvane/apo_kelvane_everest.h"
-#include "apo/kelvane/apo_kelvane_factory.h"
-#include "apo/kelvane/apo_kelvane_postefx.h"
 #include "apo/kelvane/apo_kelvane_senary.h"
-#include "tests/support/apo_connections.h"
 
 #include <thread>
 
@@ -34,12 +31,6 @@ protected:
         CSenaryGainConfig::DeleteInstance();
         CEverestGainConfig::DeleteInstance();
         m_oAmplifier = m_oSenary = m_oEverest = {};
-    }
-
-    static ApoObject<CKelvanePostEFX> MakeLocked(int iChannel = 2)
-    {
-        return OpenObject(new CKelvanePostEFX(nullptr, CKelvaneClassFactory::KelvanePostEFX_Property),
-                          static_cast<DWORD>(iChannel));
     }
 
     DeviceMood m_oAmplifier, m_oSenary, m_oEverest;
@@ -76,7 +67,7 @@ TEST_F(StreamHardwareTest, AFailedStartLeavesTheStreamWhereItDoesNoHarm)
             m_oEverest.oAnswer.dwError = oGain.dwEverest;
             m_oLibrary.iInitCode = 7;
             pManager->m_bLoadDLL = bLoaded;
-            const ApoObject<CKelvanePostEFX> pObject = MakeLocked();
+            const ApoObject<CKelvanePostEFX> pObject = OpenStream();
             CPeriod oPeriod(2, 480, BUFFER_VALID, true); // in place: silence is written over the input
             oPeriod.Run(*pObject);
             EXPECT_TRUE(CPeriod::IsAll(oPeriod.m_vecInput, oGain.bSilent && bLoaded ? 0.0F : 1.0F));
@@ -122,7 +113,7 @@ TEST_F(StreamHardwareTest, TheProcessingThreadOfTheWorkerVariantMeetsNoDevice)
     pManager->m_fAudioKelvaneGetPara = [](void*, KelvaneStruParam*) { return 0; };
     pManager->m_fAudioKelvaneTemperature = [](void*, int32_t) { return 0; };
     pManager->m_iAlgoCtrlParam[5] = 1; // temperatures are reported
-    const ApoObject<CKelvanePostEFX> pObject = MakeLocked();
+    const ApoObject<CKelvanePostEFX> pObject = OpenStream();
     DWORD dwThread = 0;
     std::thread(
         [&]
@@ -149,7 +140,7 @@ TEST_F(StreamHardwareTest, AStreamTooWideStartsAsAFailedInstance)
     {
         CKelvaneManager::Instance()->m_iDebugMode = iDebugMode;
         BringUp();
-        const ApoObject<CKelvanePostEFX> pObject = MakeLocked(12);
+        const ApoObject<CKelvanePostEFX> pObject = OpenStream(false, 12);
         EXPECT_EQ(SentTo("KELVANE_DEVICE0"), iDebugMode == 0 ? "0000000002000000" : "");
         machine::ForgetSent();
         CPeriod oPeriod(12, 480, BUFFER_VALID, true);

@@ -1,10 +1,7 @@
 // The real-time contract of one call, counted on the processing thread with the log off: heap blocks, and calls that
 // may wait. And what a call does without a block.
-#include "apo/kelvane/apo_kelvane_factory.h"
-#include "apo/kelvane/apo_kelvane_postefx.h"
 #include "platform/control/control.h"
 #include "tests/engine/engine_test.h"
-#include "tests/support/apo_connections.h"
 #include "tests/support/own_heap.h"
 
 #include <mutex>
@@ -25,12 +22,6 @@ protected:
         EngineTest::SetUp();
         control::SetPowerStatus({1, 0, 100, 0, 0, 0}); // the real one costs the layer blocks of its own
     }
-    static ApoObject<CKelvanePostEFX> Open(const APO_REG_PROPERTIES* pProperties, FLOAT32 f32Rate)
-    {
-        return OpenObject(new CKelvanePostEFX(nullptr, pProperties), 2, f32Rate);
-    }
-    const APO_REG_PROPERTIES* const m_pWorker = CKelvaneClassFactory::KelvanePostEFX_Property;
-    const APO_REG_PROPERTIES* const m_pInline = CKelvaneClassFactory::KelvanePostOMFX_Property;
 };
 
 // Each block that a call asks for is refused once: in the first period, and in a later one that is longer.
@@ -41,14 +32,14 @@ TEST_F(RealtimeTest, ARefusedBlockCostsAudioButNeitherTheRecordNorTheStream)
         FLOAT32 f32Rate;
         UINT32 u32FrameCount;
     } aFormats[] = {{48000, 480}, {48000, 441}, {22050, 441}};
-    CPeriod(2, 480).Run(*Open(m_pWorker, 48000)); // has the module's singletons made
+    CPeriod(2, 480).Run(*OpenStream()); // has the module's singletons made
     for (const auto& oFormat : aFormats)
     {
         int iSeen = 1;
         for (int iBlock = 0; iBlock < iSeen; ++iBlock)
         {
             SCOPED_TRACE(std::to_string(oFormat.f32Rate) + ", block " + std::to_string(iBlock));
-            const auto pObject = Open(m_pWorker, oFormat.f32Rate);
+            const auto pObject = OpenStream(false, 2, oFormat.f32Rate);
             iSeen = 0;
             for (int i = 0; i < 20; ++i)
             {
@@ -87,7 +78,7 @@ TEST_F(RealtimeTest, ABlockRefusedBehindTheLibraryIsTold)
 
 TEST_F(RealtimeTest, ALateWorkerIsNotWaitedFor)
 {
-    const auto pObject = Open(m_pWorker, 48000);
+    const auto pObject = OpenStream();
     std::mutex oHold;
     m_oLibrary.fnApply = [&](const KelvaneDataStruct&) { const std::lock_guard<std::mutex> oGuard(oHold); };
     CPeriod oPeriod(2, 480);
@@ -108,20 +99,20 @@ TEST_F(RealtimeTest, ACallTakesABlockForEachFrameItQueuesBuildsNoTextAndWaitsFor
     const struct
     {
         const char* pName;
-        const APO_REG_PROPERTIES* pProperties;
+        bool bInline;
         FLOAT32 f32Rate;
         UINT32 u32FrameCount;
         int iMost; // heap blocks that the dearest call takes
     } aCases[] = {
-        {"EFX: two standard frames", m_pWorker, 48000, 480, 2},
-        {"EFX 44.1 kHz", m_pWorker, 44100, 441, 10},
-        {"OMFX: frames in, block, frame out", m_pInline, 48000, 480, 4},
-        {"OMFX 44.1 kHz", m_pInline, 44100, 441, 18},
+        {"EFX: two standard frames", false, 48000, 480, 2},
+        {"EFX 44.1 kHz", false, 44100, 441, 10},
+        {"OMFX: frames in, block, frame out", true, 48000, 480, 4},
+        {"OMFX 44.1 kHz", true, 44100, 441, 18},
     };
     for (const auto& oCase : aCases)
     {
         SCOPED_TRACE(oCase.pName);
-        const auto pObject = Open(oCase.pProperties, oCase.f32Rate);
+        const auto pObject = OpenStream(oCase.bInline, 2, oCase.f32Rate);
         CPeriod oPeriod(2, oCase.u32FrameCount);
         int iMost = 0;
         size_t iMayWait = 0;
@@ -132,7 +123,7 @@ TEST_F(RealtimeTest, ACallTakesABlockForEachFrameItQueuesBuildsNoTextAndWaitsFor
             oPeriod.Run(*pObject);
             const int iTakenHere = iTaken;
             iMayWait += control::CallsThatMayWait() - iBefore;
-            if (oCase.pProperties == m_pWorker)
+            if (!oCase.bInline)
                 WaitForWorkers();
             iMost = i < 8 ? 0 : std::max(iMost, iTakenHere); // behind lead-in and caches
         }

@@ -1,19 +1,11 @@
 // A stream of the concrete object, in both variants: what happens beside a period must not cost it anything.
-#include "apo/kelvane/apo_kelvane_factory.h"
-#include "apo/kelvane/apo_kelvane_postefx.h"
 #include "tests/engine/engine_test.h"
-#include "tests/support/apo_connections.h"
 
 namespace
 {
 class PostStreamTest : public EngineTest
 {
 protected:
-    static ApoObject<CKelvanePostEFX> Open(const APO_REG_PROPERTIES* pProperties)
-    {
-        return OpenObject(new CKelvanePostEFX(nullptr, pProperties));
-    }
-
     // Adds the output of five periods of ones.
     static void Play(CKelvanePostEFX& oObject, std::vector<FLOAT32>& vecOut)
     {
@@ -26,22 +18,20 @@ protected:
         }
     }
 
-    const APO_REG_PROPERTIES* m_aVariants[2] = {CKelvaneClassFactory::KelvanePostEFX_Property,
-                                                CKelvaneClassFactory::KelvanePostOMFX_Property};
     CAudioStatus& m_oStatus = CAudioMonitor::Instance()->StatusRecord();
 };
 
 TEST_F(PostStreamTest, AVolumeThatChangesBesideTheAlgorithmReachesTheLibrary)
 {
     for (const bool bAtStart : {false, true})
-        for (const APO_REG_PROPERTIES* pProperties : m_aVariants)
+        for (const bool bInline : {false, true})
         {
             CKelvaneManager::Instance()->m_mapAlgoParam["30000"]->sChannelNum = 2;
             m_oStatus.m_iSpeakerVolume = 10;
             m_oLibrary.iSetParaCount = 0;
             m_oLibrary.fnApply = [&](KelvaneDataStruct&) { m_oStatus.m_iSpeakerVolume = 90; };
             m_oLibrary.fnSetPara = [&] { m_oStatus.m_iSpeakerVolume = bAtStart ? 90 : 10; };
-            const auto pObject = Open(pProperties);
+            const auto pObject = OpenStream(bInline);
             EXPECT_EQ(m_oLibrary.pLastParam, CKelvaneManager::Instance()->m_mapAlgoParam["30000"].get());
             m_oLibrary.fnSetPara = nullptr;
             std::vector<FLOAT32> vecOut;
@@ -56,13 +46,13 @@ TEST_F(PostStreamTest, ARefusedLockLeavesTheStreamAsItIs)
     int iFrame = 0;
     m_oLibrary.fnApply = [&](KelvaneDataStruct& oData) { *oData.psDataOut[0] = static_cast<FLOAT32>(++iFrame); };
     CFormatPair oStereo(2, 48000), oShort(2, 48000, 16), oOther(2, 44100);
-    for (const APO_REG_PROPERTIES* pProperties : m_aVariants)
+    for (const bool bInline : {false, true})
     {
         std::vector<FLOAT32> aOut[2];
         for (const bool bRefused : {false, true})
         {
             iFrame = m_oLibrary.iSetParaCount = 0;
-            const auto pObject = Open(pProperties);
+            const auto pObject = OpenStream(bInline);
             Play(*pObject, aOut[bRefused]);
             for (CFormatPair* pFormats : {&oStereo, &oShort, &oOther})
                 EXPECT_EQ(bRefused ? pFormats->Lock(*pObject) : APOERR_APO_LOCKED, APOERR_APO_LOCKED);

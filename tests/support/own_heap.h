@@ -48,3 +48,12 @@ void operator delete[](void* pBlock, size_t) noexcept
 {
     operator delete(pBlock);
 }
+// For an object whose constructor throws behind a nothrow new.
+void operator delete(void* pBlock, const std::nothrow_t&) noexcept
+{
+    operator delete(pBlock);
+}
+void operator delete[](void* pBlock, const std::nothrow_t&) noexcept
+{
+    operator delete(pBlock);
+}

@@ -1,8 +1,5 @@
 // A running stream follows what another program sets, from its next period on.
-#include "apo/kelvane/apo_kelvane_factory.h"
-#include "apo/kelvane/apo_kelvane_postefx.h"
 #include "tests/engine/engine_test.h"
-#include "tests/support/apo_connections.h"
 #include "tests/watchers/watcher_test.h"
 
 #include <chrono>
@@ -27,7 +24,7 @@ TEST_F(StreamTest, FollowsBypassHeadsetModeAndVolume)
     CAudioStatus& oStatus = CAudioMonitor::Instance()->StatusRecord();
     CAudioMonitor::Instance()->Initialize({std::begin(AUDIO_MONITOR_LIST), std::end(AUDIO_MONITOR_LIST)});
     WaitForWorkers();
-    auto pObject = OpenObject(new CKelvanePostEFX(nullptr, CKelvaneClassFactory::KelvanePostEFX_Property));
+    auto pObject = OpenStream();
     const auto fPlay = [&]
     {
         CPeriod oPeriod(2, 480);
@@ -81,7 +78,7 @@ TEST_F(StreamTest, BeginsByTheRegistrysValues)
     {
         CAudioMonitor::Instance()->Initialize({std::begin(AUDIO_MONITOR_LIST), std::end(AUDIO_MONITOR_LIST)});
         const auto oBegin = std::chrono::steady_clock::now();
-        OpenObject(new CKelvanePostEFX(nullptr, CKelvaneClassFactory::KelvanePostEFX_Property));
+        OpenStream();
         const bool bWaited = std::chrono::steady_clock::now() - oBegin >= std::chrono::milliseconds(240);
         iWaits += bWaited;
         EXPECT_TRUE(bWaited || m_oLibrary.pLastParam == pParam) << iRound;
