@@ -1,4 +1,5 @@
-// apohost: plays audio through the module, registers it, looks after the machine's registry, converts sample dumps.
+// apohost: plays audio through the module, registers it, looks after the machine's registry, converts sample dumps,
+// builds and shows tuning files.
 #include "host/dump_to_wav.h"
 #include "host/host_error.h"
 #include "host/host_machine.h"
@@ -6,6 +7,7 @@
 #include "host/reg_commands.h"
 #include "host/registration.h"
 #include "host/report.h"
+#include "host/tuning/tuning_commands.h"
 
 #include <CLI/CLI.hpp>
 
@@ -120,6 +122,25 @@ void AddDumpToWav(CLI::App& oApp, DumpOptions& oOptions)
     pDump->callback([&] { DumpToWav(oOptions.strDump, oOptions.oFormat, oOptions.strOutput); });
 }
 
+struct TuningPaths
+{
+    std::string strInput;
+    std::string strOutput;
+};
+
+void AddTuning(CLI::App& oApp, TuningPaths& oPaths)
+{
+    CLI::App* pTuning = oApp.add_subcommand("tuning", "Build a tuning file from its source, or show one");
+    pTuning->require_subcommand(1);
+    CLI::App* pBuild = pTuning->add_subcommand("build", "Build a tuning file");
+    pBuild->add_option("SOURCE", oPaths.strInput, "The source (.toml)")->required();
+    pBuild->add_option("OUT", oPaths.strOutput, "The tuning file (.xml)")->required();
+    pBuild->callback([&] { TuningBuild(oPaths.strInput, oPaths.strOutput); });
+    CLI::App* pShow = pTuning->add_subcommand("show", "Print a tuning file's sets in names and units");
+    pShow->add_option("FILE", oPaths.strInput, "The tuning file (.xml)")->required();
+    pShow->callback([&] { TuningShow(oPaths.strInput); });
+}
+
 } // namespace
 
 int main(int iArgumentCount, char** ppArguments)
@@ -138,6 +159,8 @@ int main(int iArgumentCount, char** ppArguments)
     AddRegistration(oApp, strModule);
     DumpOptions oDumpOptions;
     AddDumpToWav(oApp, oDumpOptions);
+    TuningPaths oTuningPaths;
+    AddTuning(oApp, oTuningPaths);
     try
     {
         oApp.parse(iArgumentCount, ppArguments);

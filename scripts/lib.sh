@@ -20,7 +20,8 @@ need() {
 }
 
 need_native() {
-    need g++ cmake ninja-build pkg-config libtinyxml2-dev libgtest-dev libbenchmark-dev libcli11-dev libsndfile1-dev
+    need g++ cmake ninja-build pkg-config libtinyxml2-dev libgtest-dev libbenchmark-dev libcli11-dev libsndfile1-dev \
+        libtomlplusplus-dev nlohmann-json3-dev
 }
 
 # build PRESET [TARGET...]: configures once, builds what is missing, tells how far it is; all else only if something fails.
@@ -91,7 +92,7 @@ machine() {
 lay_machine() {
     mkdir -p "$KELVANE_MACHINE"
     [ -f "$KELVANE_MACHINE/registry.reg" ] || cp machine/registry.reg "$KELVANE_MACHINE/"
-    (cd machine && find . -type f ! -name registry.reg ! -name heat.xml -exec cp -u --parents {} "$KELVANE_MACHINE/" \;)
+    (cd machine && find . -type f ! -name registry.reg ! -name heat.xml ! -name '*.toml' -exec cp -u --parents {} "$KELVANE_MACHINE/" \;)
     cp -u build/native/bin/Kelvane_x64.dll "$KELVANE_MACHINE/$driver_folder/"
 }
 driver_folder=c/windows/system32/ZVAudioDriver

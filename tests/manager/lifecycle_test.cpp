@@ -74,9 +74,11 @@ TEST_F(ManagerLifeTest, BringsUpTheDefaultMachineInOrder)
         EXPECT_TRUE(HasLine("INFO", 0, pGain));
     for (const auto& [strKey, pParam] : pManager->m_mapAlgoParam)
     {
-        EXPECT_EQ(pParam->sChannelNum, 8) << strKey;
-        EXPECT_EQ(pParam->sFFModule[0] != 0, strKey[0] != '3') << strKey;
-        EXPECT_EQ(pParam->sLSMTvcCoef0[0], 0.00393) << strKey; // in its place only if all 6072 words stand before it
+        EXPECT_EQ(pParam->sChannelNum, 2) << strKey;
+        EXPECT_EQ(pParam->sPOWTargetGain[7], 100) << strKey; // the last word that the file has
+        // Both limits and margins in their places only if all words were told from the doubles.
+        EXPECT_EQ(pParam->sLSMTvcCoef0[104], strKey[0] == '4' ? 90 : 105) << strKey;
+        EXPECT_EQ(pParam->sLSMTvcCoef0[159], 2) << strKey;
     }
     // Library and tuning file give no cause for complaint; registry and devices are bare here.
     for (const LogLine& oLine : ReadLog())

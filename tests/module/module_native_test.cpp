@@ -88,6 +88,17 @@ protected:
         return hResult;
     }
 
+    // In each set of the default tuning file.
+    static void ReplaceInTuning(const std::string& strFrom, const std::string& strTo)
+    {
+        const std::string strTuning = machine::Folder() + strDriverFolder + "audio_kelvane_params_default.xml";
+        std::string strText = HostFile(strTuning);
+        ASSERT_NE(strText.find(strFrom), std::string::npos) << strFrom;
+        for (size_t i = 0; (i = strText.find(strFrom, i)) != std::string::npos;)
+            strText.replace(i, strFrom.size(), strTo);
+        std::ofstream(strTuning) << strText;
+    }
+
     // Plays distinct samples and gives input and output, interleaved.
     static void Play(CStream& oStream, int iChannels, UINT32 u32FrameCount, int iPeriods, std::vector<FLOAT32>& vecIn,
                      std::vector<FLOAT32>& vecOut)
@@ -155,9 +166,10 @@ TEST_F(ModuleTest, RegistrationWritesBothClassesAndTakesThemBack)
     EXPECT_EQ(pNone, nullptr);
 }
 
-// A library that turns each sign plays, so that what went past it shows.
+// A library that turns each sign plays, so that what went past it shows. The tuning is for eight speakers.
 TEST_F(ModuleTest, WhatTheLibraryPlayedIsBitExactBehindItsLeadIn)
 {
+    ReplaceInTuning(",0x2,0x0,0x0,0x20,", ",0x8,0x0,0x0,0x20,");
     std::filesystem::copy_file(FAKE_NONE_FILE, machine::Folder() + strDriverFolder + "Kelvane_x64.dll",
                                std::filesystem::copy_options::overwrite_existing);
     const struct
@@ -223,11 +235,7 @@ TEST_F(ModuleTest, SilentDevicesHoldNothingUp)
     DeclareMachine("<amplifier name='KELVANE_DEVICE0' hang='yes'/><amplifier name='KELVANE_DEVICE1' hang='yes'/>"
                    "<codec kind='senary' hang='yes'/><codec kind='everest' hang='yes'/>"
                    "<controller input='u64Input' hang='yes'/>");
-    const std::string strTuning = machine::Folder() + strDriverFolder + "audio_kelvane_params_default.xml";
-    std::string strText = HostFile(strTuning);
-    for (size_t i = 0; (i = strText.find("{0x0,0x1,", i)) != std::string::npos;)
-        strText.replace(i, 9, "{0x1,0x2,"); // codecs in use, two amplifiers
-    std::ofstream(strTuning) << strText;
+    ReplaceInTuning("{0x0,0x1,", "{0x1,0x2,"); // codecs in use, two amplifiers
 
     machine::DivideTimeouts(SANITIZED ? 2 : 10);
     size_t iBefore = machine::ExpiredMilliseconds();
