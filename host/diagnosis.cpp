@@ -20,6 +20,7 @@ constexpr size_t MESSAGES_KEPT = 5;
 // The watch of the module's folder ends by a read that is cancelled, at every stop. Elsewhere it is a fault.
 constexpr const char* STOP_MESSAGE = "ErrorCode:000003E3(995), Read Directory Changes failed!";
 constexpr const char* SET_GIVEN[] = {"Get Parameter from strKey=", "Use Default first Parameter strKey="};
+constexpr const char* FILE_GIVEN = "Fuzzy Match to File:";
 constexpr const char* TEMPERATURE_GIVEN = "),EC Temperature:"; // hundredths of a degree
 constexpr int PROCESSED_RATES[] = {16000, 22050, 32000, 44100, 48000, 96000};
 
@@ -93,6 +94,24 @@ std::string LogFolder()
     return HostPath(strRoot + "\\ZVAudio\\KelvaneAPO");
 }
 
+// Of this process' module, in order.
+std::vector<fs::path> FindLogFiles(fs::file_time_type tSince)
+{
+    std::vector<fs::path> vecFiles;
+    const std::string strMark = "_P" + std::to_string(GetCurrentProcessId()) + "_";
+    std::error_code oError;
+    for (fs::directory_iterator itFile(LogFolder(), oError), itEnd; !oError && itFile != itEnd;
+         itFile.increment(oError))
+    {
+        const fs::path& oPath = itFile->path();
+        if (oPath.extension() == ".log" && oPath.filename().string().find(strMark) != std::string::npos &&
+            itFile->last_write_time(oError) >= tSince)
+            vecFiles.push_back(oPath);
+    }
+    std::sort(vecFiles.begin(), vecFiles.end());
+    return vecFiles;
+}
+
 bool IsMapped(const std::string& strFileName)
 {
     std::ifstream oMaps("/proc/self/maps");
@@ -110,23 +129,30 @@ bool IsMapped(const std::string& strFileName)
 ModuleLog ReadModuleLog(fs::file_time_type tSince, const CStreamTime& oTime)
 {
     ModuleLog oLog;
-    std::vector<fs::path> vecFiles;
-    const std::string strMark = "_P" + std::to_string(GetCurrentProcessId()) + "_";
-    std::error_code oError;
-    for (fs::directory_iterator itFile(LogFolder(), oError), itEnd; !oError && itFile != itEnd;
-         itFile.increment(oError))
-    {
-        const fs::path& oPath = itFile->path();
-        if (oPath.extension() == ".log" && oPath.filename().string().find(strMark) != std::string::npos &&
-            itFile->last_write_time(oError) >= tSince)
-            vecFiles.push_back(oPath);
-    }
-    std::sort(vecFiles.begin(), vecFiles.end());
+    const std::vector<fs::path> vecFiles = FindLogFiles(tSince);
     for (const fs::path& oPath : vecFiles)
         ReadLogFile(oPath, oTime, oLog);
     if (!vecFiles.empty())
         oLog.strPath = vecFiles.front().string();
     return oLog;
+}
+
+TuningGiven FindTuningGiven(fs::file_time_type tSince)
+{
+    TuningGiven oGiven;
+    for (const fs::path& oPath : FindLogFiles(tSince))
+    {
+        std::ifstream oFile(oPath);
+        for (std::string strLine; std::getline(oFile, strLine);)
+        {
+            if (const std::string strFile = TextBehind(strLine, FILE_GIVEN); !strFile.empty())
+                oGiven.strFile = strFile;
+            for (const char* pMark : SET_GIVEN)
+                if (const std::string strKey = TextBehind(strLine, pMark); !strKey.empty())
+                    oGiven.strSet = strKey;
+        }
+    }
+    return oGiven;
 }
 
 std::vector<std::string> FindBypassReasons(int iRate)

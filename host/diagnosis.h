@@ -11,5 +11,13 @@
 // down.
 ModuleLog ReadModuleLog(std::filesystem::file_time_type tSince, const CStreamTime& oTime);
 
+// The tuning file and the parameter set that the module took, as far as its log has told by now; empty if it hasn't.
+struct TuningGiven
+{
+    std::string strFile; // a path of the platform's
+    std::string strSet;
+};
+TuningGiven FindTuningGiven(std::filesystem::file_time_type tSince);
+
 // The reasons to bypass that hold now: rate, protection library, registry values. Call while the module is loaded.
 std::vector<std::string> FindBypassReasons(int iRate);

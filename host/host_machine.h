@@ -18,6 +18,9 @@ void FreezeClock();
 void RunClock();
 void AdvanceClock(long long iMilliseconds);
 
+// What a sensor that follows it shows from now on, degrees Celsius. Nothing where the sensors are real.
+void SetFollowed(const char* pWhat, double f64Celsius);
+
 // The platform's name of a file of this system.
 std::string PlatformPath(const std::string& strPath);
 // Where the machine is, for a person who asks for help.

@@ -2,6 +2,7 @@
 #include "host/host_machine.h"
 
 #include "platform/linux/machine.h"
+#include "platform/linux/machine_devices.h"
 
 bool host::CanSettle()
 {
@@ -26,6 +27,11 @@ void host::RunClock()
 void host::AdvanceClock(long long iMilliseconds)
 {
     machine::AdvanceClock(iMilliseconds);
+}
+
+void host::SetFollowed(const char* pWhat, double f64Celsius)
+{
+    machine::SetFollowed(pWhat, f64Celsius);
 }
 
 std::string host::PlatformPath(const std::string& strPath)

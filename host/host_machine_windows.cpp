@@ -24,6 +24,10 @@ void host::AdvanceClock(long long)
 {
 }
 
+void host::SetFollowed(const char*, double)
+{
+}
+
 std::string host::PlatformPath(const std::string& strPath)
 {
     return strPath;

@@ -61,6 +61,12 @@ void AddPlay(CLI::App& oApp, PlayOptions& oOptions, int& iExit)
         ->excludes(pRealtime);
     pPlay->add_option("--repeat", oOptions.f64RepeatSeconds, "IN over and over, so many seconds in all")
         ->check(CLI::Range(0.01, 86400.0));
+    pPlay->add_flag("--speaker", oOptions.bSpeaker, "Simulate the speakers, without and behind the module");
+    pPlay->add_option("--tuning", oOptions.strTuning,
+                      "The tuning file that describes the speakers; the one that the module took without");
+    pPlay->add_option("--ambient", oOptions.f64AmbientC, "Degrees Celsius around the speakers; 25 without")
+        ->check(CLI::Range(-40.0, 100.0));
+    pPlay->add_option("--trace", oOptions.strTrace, "CSV file: levels, speakers, set and path every 10 ms");
     pPlay->add_option("--report", oOptions.strReport, "Write the report as JSON too");
     pPlay->callback([&] { iExit = RunPlay(oOptions) ? 0 : EXIT_FAILED; });
 }

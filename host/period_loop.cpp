@@ -9,10 +9,12 @@
 #include <algorithm>
 #include <thread>
 
-CPeriodLoop::CPeriodLoop(PlayResult& oResult, CApoStream& oStream, CProgress& oProgress, int64_t i64Periods)
+CPeriodLoop::CPeriodLoop(PlayResult& oResult, CApoStream& oStream, CProgress& oProgress, int64_t i64Periods,
+                         CSpeakerWatch* pWatch)
     : m_oResult(oResult),
       m_oStream(oStream),
       m_oProgress(oProgress),
+      m_pWatch(pWatch),
       m_bRealtime(oResult.oOptions.bRealtime),
       m_iPeriodLen(oStream.DataLen()),
       m_oSchedule(oResult.oOptions.vecCycles, oResult.oOptions.iRate)
@@ -137,6 +139,9 @@ void CPeriodLoop::Collect(float* pf32Period)
     PeriodPath ePath = m_oStream.Judge(pf32Period);
     const bool bSoundIn = !IsAllZero(pf32Period, m_iPeriodLen);
     m_oResult.oInputLevel.Add(pf32Period, m_iPeriodLen);
+    const auto uFrames = static_cast<size_t>(m_oResult.oOptions.iPeriodFrames);
+    if (m_pWatch != nullptr)
+        m_pWatch->TakeIn(pf32Period, uFrames);
     if (ePath == PeriodPath::Underflow || ePath == PeriodPath::Refused || IsSentinel(m_oStream.Output(), m_iPeriodLen))
         std::fill_n(pf32Period, m_iPeriodLen, 0.0f);
     else
@@ -151,4 +156,9 @@ void CPeriodLoop::Collect(float* pf32Period)
         m_i64ZerosBeforeSound += m_oResult.oLeadIn.IsOver() ? 0 : 1;
     }
     ++m_oResult.Path(ePath);
+    if (m_pWatch != nullptr)
+    {
+        m_pWatch->TakeOut(pf32Period, uFrames, ePath);
+        host::SetFollowed("magnet", m_pWatch->MagnetC());
+    }
 }

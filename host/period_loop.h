@@ -16,7 +16,9 @@ public:
     // Counts into oResult, whose options must be complete. Offline the machine's clock must stand still; the loop
     // moves it with the audio. i64Periods is what will come at most. Throws CHostError for a schedule that can't be
     // kept.
-    CPeriodLoop(PlayResult& oResult, CApoStream& oStream, CProgress& oProgress, int64_t i64Periods);
+    // pWatch: the simulated speakers beside the stream, or null.
+    CPeriodLoop(PlayResult& oResult, CApoStream& oStream, CProgress& oProgress, int64_t i64Periods,
+                CSpeakerWatch* pWatch);
     CPeriodLoop(const CPeriodLoop&) = delete;
     CPeriodLoop& operator=(const CPeriodLoop&) = delete;
     ~CPeriodLoop();
@@ -44,6 +46,7 @@ private:
     PlayResult& m_oResult;
     CApoStream& m_oStream;
     CProgress& m_oProgress;
+    CSpeakerWatch* const m_pWatch;
     const bool m_bRealtime;
     const size_t m_iPeriodLen; // floats
     CRegistrySchedule m_oSchedule;

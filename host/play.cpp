@@ -10,17 +10,25 @@
 #include "host/progress.h"
 #include "host/registry_text.h"
 #include "host/rest.h"
+#include "host/speaker/speaker_tuning.h"
+#include "platform/hostpath.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <optional>
+#include <thread>
 
 namespace
 {
 
 constexpr int64_t BLOCK_FLOATS = 1 << 20; // offline, at most
+constexpr int TUNING_LOOKS = 100;         // into the log, before it counts as silent
+constexpr int TUNING_PAUSE_MS = 10;
 
 void CompleteOptions(PlayResult& oResult, CAudioReader& oReader)
 {
@@ -80,13 +88,14 @@ void PrintMachineErrors()
 }
 
 // Blocks from file to file; the last period is padded with zeros, and as many frames are written as were read.
-void RunBlocks(PlayResult& oResult, CApoStream& oStream, CAudioReader& oReader, std::optional<CAudioWriter>& oWriter)
+void RunBlocks(PlayResult& oResult, CApoStream& oStream, CAudioReader& oReader, std::optional<CAudioWriter>& oWriter,
+               CSpeakerWatch* pWatch)
 {
     const size_t iPeriodFrames = static_cast<size_t>(oResult.oOptions.iPeriodFrames);
     const size_t iBlockPeriods = BlockPeriods(oResult);
     std::vector<float> vecBlock(iBlockPeriods * oStream.DataLen());
     CProgress oProgress(CountPeriods(oResult), static_cast<double>(iPeriodFrames) / oResult.oOptions.iRate);
-    CPeriodLoop oLoop(oResult, oStream, oProgress, CountPeriods(oResult));
+    CPeriodLoop oLoop(oResult, oStream, oProgress, CountPeriods(oResult), pWatch);
     while (!oResult.bStopped)
     {
         const size_t iFrames = oReader.Read(vecBlock.data(), iBlockPeriods * iPeriodFrames);
@@ -116,9 +125,66 @@ void TellUnsettled(const PlayResult& oResult)
         static_cast<double>(oResult.i64Periods) * oResult.oOptions.iPeriodFrames / oResult.oOptions.iRate);
 }
 
+// The tuning that the module took, which its log tells once the stream is there; a log takes a moment.
+TuningGiven WaitForTuning(const PlayOptions& oOptions, std::filesystem::file_time_type tSince)
+{
+    TuningGiven oGiven;
+    for (int i = 0; i < TUNING_LOOKS && (oGiven.strFile.empty() || oGiven.strSet.empty()); ++i)
+    {
+        if (i > 0)
+            std::this_thread::sleep_for(std::chrono::milliseconds(TUNING_PAUSE_MS));
+        oGiven = FindTuningGiven(tSince);
+    }
+    if (!oOptions.strTuning.empty())
+        oGiven.strFile = oOptions.strTuning;
+    else if (!oGiven.strFile.empty())
+        oGiven.strFile = HostPath(oGiven.strFile);
+    else
+        throw CHostError("the module's log doesn't tell which tuning file it took (Debug\\DebugLevel 1 to 3 makes it); "
+                         "name it with --tuning");
+    return oGiven;
+}
+
+// The simulated speakers beside a stream, if they are asked for.
+std::optional<CSpeakerWatch> MakeWatch(PlayResult& oResult, SpeakerSetup& oSetup,
+                                       std::filesystem::file_time_type tSince)
+{
+    std::optional<CSpeakerWatch> oWatch;
+    const PlayOptions& oOptions = oResult.oOptions;
+    if (!oOptions.bSpeaker && oOptions.strTrace.empty())
+        return oWatch;
+    const TuningGiven oGiven = WaitForTuning(oOptions, tSince);
+    oResult.oSpeaker.emplace();
+    oSetup = SetupFromTuning(oGiven.strFile, oGiven.strSet, oOptions, *oResult.oSpeaker);
+    oWatch.emplace(oSetup, CountPeriods(oResult) * oOptions.iPeriodFrames, !oOptions.strTrace.empty());
+    host::SetFollowed("magnet", oWatch->MagnetC());
+    return oWatch;
+}
+
+// Behind the stream's end.
+void Compare(PlayResult& oResult, const SpeakerSetup& oSetup, CSpeakerWatch& oWatch)
+{
+    oResult.oSpeaker->oFigures = oWatch.Finish();
+    const int64_t i64Played = oResult.i64Periods * oResult.oOptions.iPeriodFrames;
+    if (!oResult.bStopped)
+        oResult.oSpeaker->oConstant =
+            FindConstantGain(oSetup, oResult.oOptions, std::min(i64Played, oResult.i64InputFrames));
+}
+
+void WriteTrace(const PlayResult& oResult, const CSpeakerTrace& oTrace)
+{
+    errno = 0;
+    std::ofstream oFile(oResult.oOptions.strTrace, std::ios::binary);
+    oFile << oTrace.Format(oResult.oOptions.iPeriodFrames, oResult.oLog.vecSets);
+    oFile.close();
+    if (!oFile)
+        throw CHostError(oResult.oOptions.strTrace + ": the trace could not be written: " + std::strerror(errno));
+}
+
 // The stream's whole life. What was played is in the file before the module goes down, for that may take its time; a
 // run that was over before it began leaves the file as it was.
-void PlayStream(PlayResult& oResult, CAudioReader& oReader)
+std::optional<CSpeakerWatch> PlayStream(PlayResult& oResult, CAudioReader& oReader,
+                                        std::filesystem::file_time_type tBegin)
 {
     PlayOptions& oOptions = oResult.oOptions;
     const CComApartment oApartment;
@@ -136,15 +202,17 @@ void PlayStream(PlayResult& oResult, CAudioReader& oReader)
         oOptions.strOutput.clear();
         oResult.oStreamTime.Start();
         oResult.oStreamTime.End();
-        return;
+        return std::nullopt;
     }
+    SpeakerSetup oSpeakerSetup;
+    std::optional<CSpeakerWatch> oWatch = MakeWatch(oResult, oSpeakerSetup, tBegin);
     std::optional<CAudioWriter> oWriter;
     if (!oOptions.strOutput.empty())
     {
         CheckNotInput(oOptions);
         oWriter.emplace(oOptions.strOutput, oReader.Format(), oReader.FrameCount());
     }
-    RunBlocks(oResult, oStream, oReader, oWriter);
+    RunBlocks(oResult, oStream, oReader, oWriter, oWatch ? &*oWatch : nullptr);
     if (!oResult.bSettled)
         TellUnsettled(oResult);
     if (oWriter)
@@ -152,6 +220,9 @@ void PlayStream(PlayResult& oResult, CAudioReader& oReader)
     if (oResult.bBypassAtEnd)
         oResult.vecReasons = FindBypassReasons(oOptions.iRate);
     oResult.oStreamTime.End();
+    if (oWatch)
+        Compare(oResult, oSpeakerSetup, *oWatch);
+    return oWatch;
 }
 
 } // namespace
@@ -167,9 +238,11 @@ PlayResult Play(const PlayOptions& oOptions)
     const COfflineClock oClock(oResult.oOptions.bRealtime);
     PrintMachineErrors();
     CatchInterrupts(true);
-    const auto tBegin = std::filesystem::file_time_type::clock::now();
-    PlayStream(oResult, oReader);
+    const auto tBegin = std::filesystem::file_time_type::clock::now() - std::chrono::seconds(1);
+    const std::optional<CSpeakerWatch> oWatch = PlayStream(oResult, oReader, tBegin);
     oResult.oTraffic = ReadTraffic(oResult.oStreamTime);
-    oResult.oLog = ReadModuleLog(tBegin - std::chrono::seconds(1), oResult.oStreamTime);
+    oResult.oLog = ReadModuleLog(tBegin, oResult.oStreamTime);
+    if (oWatch && oWatch->Trace())
+        WriteTrace(oResult, *oWatch->Trace());
     return oResult;
 }

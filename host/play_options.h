@@ -19,5 +19,9 @@ struct PlayOptions
     double f64RepeatSeconds = 0;          // the input over and over up to this length; 0: once
     std::vector<std::string> vecSets;     // KEY\VALUE=DATA, set before the start
     std::vector<RegistryCycle> vecCycles; // set while it plays; offline only
+    bool bSpeaker = false;                // simulated speakers on both sides
+    std::string strTuning;                // the tuning file that describes them; empty: the one that the module took
+    double f64AmbientC = 25;              // around them
+    std::string strTrace;                 // CSV file; empty: none
     std::string strReport;                // JSON file; empty: none
 };

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
-void CLevelMeter::Add(const float* pf32Data, size_t iDataLen)
+void CSampleLevel::Add(const float* pf32Data, size_t iDataLen)
 {
     for (size_t i = 0; i < iDataLen; ++i)
     {
@@ -20,7 +20,7 @@ void CLevelMeter::Add(const float* pf32Data, size_t iDataLen)
     }
 }
 
-double CLevelMeter::Rms() const
+double CSampleLevel::Rms() const
 {
     return m_i64Count > 0 ? std::sqrt(m_f64SquareSum / static_cast<double>(m_i64Count)) : 0;
 }

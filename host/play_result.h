@@ -4,14 +4,16 @@
 #include "host/device_traffic.h"
 #include "host/period_evidence.h"
 #include "host/play_options.h"
+#include "host/speaker/speaker_watch.h"
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 // Peak and mean square of the samples that passed; samples that are no number are counted apart.
-class CLevelMeter
+class CSampleLevel
 {
 public:
     void Add(const float* pf32Data, size_t iDataLen);
@@ -80,10 +82,11 @@ struct PlayResult
     bool bBypassAtEnd = false;
     std::vector<std::string> vecReasons; // why the module bypasses, as far as the host sees
     CLeadIn oLeadIn;
-    CLevelMeter oInputLevel;
-    CLevelMeter oOutputLevel;
+    CSampleLevel oInputLevel;
+    CSampleLevel oOutputLevel;
     MachineTraffic oTraffic;
     ModuleLog oLog;
+    std::optional<SpeakerComparison> oSpeaker;
 
     int64_t& Path(PeriodPath ePath) { return iPaths[static_cast<size_t>(ePath)]; }
     int64_t Path(PeriodPath ePath) const { return iPaths[static_cast<size_t>(ePath)]; }

@@ -18,7 +18,7 @@ std::string FormatLevel(double f64Value)
     return f64Value > 0 ? Print("%.2f dBFS", 20 * std::log10(f64Value)) : "silence";
 }
 
-void AddLevel(std::string& strTable, const char* pLabel, const CLevelMeter& oLevel)
+void AddLevel(std::string& strTable, const char* pLabel, const CSampleLevel& oLevel)
 {
     std::string strText = "peak " + FormatLevel(oLevel.Peak()) + ", RMS " + FormatLevel(oLevel.Rms());
     if (oLevel.NotFinite() > 0)
@@ -93,6 +93,26 @@ void AddLog(std::string& strTable, const ModuleLog& oLog)
         AddRow(strTable, "", strMessage);
 }
 
+void AddSpeakers(std::string& strTable, const SpeakerComparison& oSpeaker)
+{
+    const SpeakerFigures& oFigures = oSpeaker.oFigures;
+    const auto [oLimits, oWithout, oBehind] = oFigures;
+    AddRow(strTable, "speakers", "of set " + oSpeaker.strSet + " in " + oSpeaker.strTuning);
+    AddRow(strTable, "hottest coil",
+           Print("%.1f C unprotected, %.1f C protected; limit %.1f C", oWithout.f64HottestCoilC,
+                 oBehind.f64HottestCoilC, oLimits.f64CoilC));
+    AddRow(strTable, "displacement",
+           Print("%.3f mm unprotected, %.3f mm protected; limit %.3f mm (%.2f and %.2f times)",
+                 oWithout.f64PeakDisplacementMm, oBehind.f64PeakDisplacementMm, oLimits.f64DisplacementMm,
+                 oWithout.f64PeakDisplacementMm / oLimits.f64DisplacementMm,
+                 oBehind.f64PeakDisplacementMm / oLimits.f64DisplacementMm));
+    std::string strLost = Print("%.2f dB, %.2f dB above 500 Hz", oFigures.LostDb(), oFigures.LostAboveDb());
+    if (oSpeaker.oConstant)
+        strLost +=
+            Print("; the largest constant gain that holds both limits loses %.2f dB", oSpeaker.oConstant->LostDb());
+    AddRow(strTable, "level lost", strLost);
+}
+
 } // namespace
 
 std::string FormatTable(const PlayResult& oResult)
@@ -115,6 +135,8 @@ std::string FormatTable(const PlayResult& oResult)
            oOptions.bInPlace ? "can't be told in place" : std::to_string(oResult.Path(PeriodPath::Underflow)));
     AddLevel(strTable, "input", oResult.oInputLevel);
     AddLevel(strTable, "output", oResult.oOutputLevel);
+    if (oResult.oSpeaker)
+        AddSpeakers(strTable, *oResult.oSpeaker);
     if (!oOptions.strOutput.empty())
         AddRow(strTable, "written", oOptions.strOutput);
     for (const ReportRow& oRow : TrafficRows(oResult))

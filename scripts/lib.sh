@@ -97,14 +97,16 @@ lay_machine() {
 }
 driver_folder=c/windows/system32/ZVAudioDriver
 
-# A machine of its own, laid anew each time: sensors that warm up and cool down, the folder of the record files, and in
-# the folder that debug mode looks into first the default tuning file with control word 3 at 1: parameter sets by heat.
+# A machine of its own, laid anew each time: sensors on the speakers' magnets, the folder of the record files, and in the
+# folder that debug mode looks into first the default tuning with sets by heat and sensor 3, the air's, for the library.
 heat_machine() {
     export KELVANE_MACHINE=$root/build/machine-heat
     rm -rf "$root/build/machine-heat"
     lay_machine
     cp machine/heat.xml "$KELVANE_MACHINE/machine.xml"
     mkdir -p "$KELVANE_MACHINE/d/.LOGAudioKelvaneVoice" "$KELVANE_MACHINE/d/.ZVAudioParams"
-    sed -E 's/(ID="[0-9]+" VALUE="\{(0x[0-9a-fA-F]+,){3})0x0,/\10x1,/' "machine/$driver_folder/audio_kelvane_params_default.xml" \
-        >"$KELVANE_MACHINE/d/.ZVAudioParams/audio_kelvane_params_heat.xml"
+    sed -e 's/^sets_by_heat = 0/sets_by_heat = 1/; s/^library_sensor = 1/library_sensor = 3/' machine/tuning/laptop_pair.toml \
+        >"$KELVANE_MACHINE/heat.toml"
+    build/native/bin/apohost tuning build "$KELVANE_MACHINE/heat.toml" \
+        "$KELVANE_MACHINE/d/.ZVAudioParams/audio_kelvane_params_heat.xml"
 }

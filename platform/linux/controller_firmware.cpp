@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <map>
+#include <mutex>
 
 namespace
 {
@@ -35,6 +37,17 @@ double CelsiusAt(const std::vector<CSensorPoint>& vecCurve, double f64Seconds)
     return oFrom.f64Celsius + f64Share * (itNext->f64Celsius - oFrom.f64Celsius);
 }
 
+// What somebody outside the machine knows: simulated temperatures, by name.
+std::mutex g_oFollowedMutex;
+std::map<std::string, double> g_mapFollowed;
+
+double CelsiusOf(const CSensor& oSensor, double f64Seconds)
+{
+    const std::lock_guard<std::mutex> oLock(g_oFollowedMutex);
+    const auto itFollowed = g_mapFollowed.find(oSensor.strFollows);
+    return itFollowed != g_mapFollowed.end() ? itFollowed->second : CelsiusAt(oSensor.vecCurve, f64Seconds);
+}
+
 std::vector<BYTE> Refusal()
 {
     std::vector<BYTE> vecAnswer(OUTPUT_BYTES);
@@ -53,6 +66,12 @@ std::vector<BYTE> machine::TemperatureAnswer(int iTenths)
     return vecAnswer;
 }
 
+void machine::SetFollowed(const std::string& strWhat, double f64Celsius)
+{
+    const std::lock_guard<std::mutex> oLock(g_oFollowedMutex);
+    g_mapFollowed[strWhat] = f64Celsius;
+}
+
 std::function<std::vector<BYTE>(UINT64)> ControllerFirmware(std::vector<CSensor> vecSensors)
 {
     return [vecSensors = std::move(vecSensors), f64Begin = ClockSeconds()](UINT64 u64Word)
@@ -65,7 +84,7 @@ std::function<std::vector<BYTE>(UINT64)> ControllerFirmware(std::vector<CSensor>
                                            [iId](const CSensor& oSensor) { return oSensor.iId == iId; });
         if (u64Command != COMMAND_READ || itSensor == vecSensors.end())
             return Refusal();
-        const double f64Celsius = CelsiusAt(itSensor->vecCurve, ClockSeconds() - f64Begin);
+        const double f64Celsius = CelsiusOf(*itSensor, ClockSeconds() - f64Begin);
         return machine::TemperatureAnswer(static_cast<int>(std::lround(f64Celsius * 10)));
     };
 }

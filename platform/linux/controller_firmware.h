@@ -12,6 +12,7 @@ struct CSensorPoint
 struct CSensor
 {
     int iId = 0;
+    std::string strFollows;             // what it follows once that is known; empty: its curve alone
     std::vector<CSensorPoint> vecCurve; // at least one, in order of time; straight between them, level outside
 };
 

@@ -76,6 +76,9 @@ void RemoveController();
 // The controller's answer for a temperature in tenths of a degree: success, sign, whole degrees, tenths, zeros.
 std::vector<BYTE> TemperatureAnswer(int iTenths);
 
+// What a declared sensor that follows "magnet" shows from now on, in place of its own temperature. Any thread.
+void SetFollowed(const std::string& strWhat, double f64Celsius);
+
 // --- What devices and controller were sent
 
 struct SentItem

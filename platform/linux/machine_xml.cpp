@@ -28,6 +28,7 @@ constexpr CDriver g_aCodecs[] = {{"{F27CDC00-203E-4107-A503-21211537EA43}", 0x00
                                  {"{54C9343C-2A17-42E8-B4FD-9F9DA27B94D6}", 0x00220864, 4, 4}};
 const std::vector<std::string> c_vecCodecKinds = {"everest", "senary"};
 const std::vector<std::string> c_vecHangs = {"no", "yes", "deaf"};
+const std::vector<std::string> c_vecFollowed = {"magnet"};
 const std::vector<std::string> c_vecSteps = {
     "CoCreateInstance", "ConnectServer", "CoSetProxyBlanket", "GetObject", "GetMethod",
     "SpawnInstance",    "Put",           "ExecMethod",        "Get"};
@@ -198,12 +199,15 @@ private:
         }
     }
 
-    // Its temperature stands still, runs from one to another at so many degrees a second, or goes by points.
+    // Its temperature, until it's known what it follows, stands still, runs from one to another at so many degrees a
+    // second, or goes by points.
     CSensor ReadSensor(const tinyxml2::XMLElement& oElement, CElementReader& oReader)
     {
         CSensor oSensor;
         oReader.Require("id");
         oSensor.iId = static_cast<int>(oReader.Whole("id", 0, 255).value_or(0));
+        if (const auto iFollows = oReader.Choice("follows", c_vecFollowed))
+            oSensor.strFollows = c_vecFollowed[*iFollows];
         const auto f64Begin = oReader.Number("temperature", -HIGHEST_CELSIUS, HIGHEST_CELSIUS);
         const auto f64Speed = oReader.Number("per-second", 0.0001, 1000);
         const auto f64End = oReader.Number("until", -HIGHEST_CELSIUS, HIGHEST_CELSIUS);

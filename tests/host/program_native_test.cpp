@@ -4,11 +4,14 @@
 #include "platform/linux/machine.h"
 #include "tests/support/machine_test.h"
 
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <set>
@@ -17,6 +20,7 @@
 #include <sys/wait.h>
 
 namespace fs = std::filesystem;
+using Json = nlohmann::json;
 
 namespace
 {
@@ -146,6 +150,34 @@ protected:
             EXPECT_NE(strText.find(pPart), std::string::npos) << pPart << " in\n" << strText;
     }
 
+    // Fields of each line of a trace, the first line's are the columns' names.
+    static std::vector<std::vector<std::string>> ReadRows(const std::string& strPath)
+    {
+        std::vector<std::vector<std::string>> vecRows;
+        std::ifstream oFile(strPath);
+        for (std::string strLine; std::getline(oFile, strLine);)
+        {
+            std::istringstream oLine(strLine);
+            auto& vecFields = vecRows.emplace_back();
+            for (std::string strField; std::getline(oLine, strField, ',');)
+                vecFields.push_back(strField);
+        }
+        return vecRows;
+    }
+
+    // Both limits, which the input would have broken.
+    static void ExpectHeld(const Json& oSpeakers, const char* pSet)
+    {
+        EXPECT_EQ(oSpeakers["set"], pSet);
+        for (const char* pLimit : {"coil_c", "displacement_mm"})
+        {
+            const std::string strSeen = (pLimit[0] == 'c' ? "hottest_" : "") + std::string(pLimit);
+            EXPECT_GT(oSpeakers["unprotected"][strSeen], oSpeakers["limits"][pLimit]) << oSpeakers;
+            EXPECT_LE(oSpeakers["protected"][strSeen], oSpeakers["limits"][pLimit]) << oSpeakers;
+        }
+        EXPECT_LT(oSpeakers["level_lost_above_500_hz_db"], oSpeakers["constant_gain_loss_db"]) << oSpeakers;
+    }
+
     std::string m_strProgram;
 };
 
@@ -204,39 +236,98 @@ TEST_F(HostProgram, EveryRunGivesTheSameSamplesAndRealTimeKeepsTheClock)
     EXPECT_GE(std::chrono::steady_clock::now() - tBegin, std::chrono::milliseconds(290)) << "it didn't wait";
 }
 
-// Its eight minutes in long periods; the tuning file of the debug folder comes before the default one.
+// The sensors follow the simulated magnet, and the tuning file of the debug folder, with sets by heat, comes before the
+// default one: the set changes because the speaker got hot.
 TEST_F(HostProgram, TheReportTellsWhatHeatDid)
 {
-    WriteInput(2 * 48000);
+    WriteInput(48000, 0.95f);
     fs::rename(Path("heat.xml"), Path("machine.xml"));
-    std::ostringstream oTuning;
-    oTuning << std::ifstream(Path("c/windows/system32/ZVAudioDriver/audio_kelvane_params_default.xml")).rdbuf();
-    std::string strTuning = oTuning.str();
-    const std::string strWords = "{0x0,0x1,0x0,0x0,";
-    for (size_t i = 0; (i = strTuning.find(strWords, i)) != std::string::npos;)
-        strTuning.replace(i, strWords.size(), "{0x0,0x1,0x0,0x1,");
     fs::create_directories(Path("d/.ZVAudioParams"));
     fs::create_directories(Path("d/.LOGAudioKelvaneVoice"));
-    std::ofstream(Path("d/.ZVAudioParams/audio_kelvane_params_heat.xml")) << strTuning;
-    const std::string strReport =
-        Play("--variant omfx --period 4800 --repeat 480 --every 10 'Volume\\Speaker\\VolumeNum=52,50' "
-             "--set 'Debug\\DebugMode=1' --set 'Debug\\DebugLevel=2'");
-    ExpectParts(strReport, {"\"input_frames\": 23040000", "\"periods\": 4800", "\"course\": [\"rising ",
-                            "\"taken_back\": [480.100]", "\"other\": []", "[[9.900, 44.5], [19.900, 53.1], ",
-                            ", \"30040\"], [210.000, \"40040\"], [430.000, \"30040\"]]"});
-    size_t iAt = strReport.find("KELVANE_DEVICE0");
-    for (const char* pEvent : {"open", "active", "active", "deactivated", "close"})
-        ASSERT_NE(iAt = strReport.find(pEvent, iAt + 1), std::string::npos) << pEvent;
-    for (const auto& [pSensor, iQueries] : {std::pair{"\"1\": [", 96}, std::pair{"\"2\": [", 48}})
-    {
-        const size_t iBegin = strReport.find(pSensor, strReport.find("\"queries\""));
-        const auto itBegin = strReport.begin() + static_cast<std::ptrdiff_t>(iBegin);
-        EXPECT_EQ(std::count(itBegin, std::find(itBegin, strReport.end(), ']'), ',') + 1, iQueries) << pSensor;
-    }
+    std::string strSource = HostFile(Path("tuning/laptop_pair.toml"));
+    for (const auto& [pFrom, pTo] :
+         {std::pair{"sets_by_heat = 0", "sets_by_heat = 1"}, std::pair{"library_sensor = 1", "library_sensor = 3"}})
+        strSource.replace(strSource.find(pFrom), strlen(pFrom), pTo);
+    std::ofstream(Path("heat.toml")) << strSource;
+    ASSERT_EQ(
+        Run("tuning build " + Path("heat.toml") + " " + Path("d/.ZVAudioParams/audio_kelvane_params_1.xml")).iExit, 0);
+    const Json oReport = Json::parse(
+        Play("--variant omfx --channels 1 --period 4800 --repeat 300 --every 10 'Volume\\Speaker\\VolumeNum=52,50' "
+             "--set 'Debug\\DebugMode=1' --set 'Debug\\DebugLevel=2' --ambient 36.5 --trace " +
+             Path("trace.csv")));
+    EXPECT_EQ(oReport["periods"], 3000);
+    const Json& oSets = oReport["parameter_sets"];
+    ASSERT_EQ(oSets.size(), 2U) << oSets;
+    EXPECT_EQ(oSets[0][1], "30040");
+    EXPECT_EQ(oSets[1][1], "40040");
+    EXPECT_GE(oSets[1][0], 100) << "ten means of ten seconds";
+    const Json& oController = oReport["controller"];
+    EXPECT_EQ(oController["taken_back"], Json::array({300.1}));
+    EXPECT_EQ(oController["other"], Json::array());
+    for (const char* pSensor : {"1", "2", "3"})
+        EXPECT_EQ(oController["queries"][pSensor].size(), 30U) << pSensor;
+    EXPECT_EQ(oReport["library_temperatures"][29], Json::array({299.9, 36.5}));
+    Json oEvents;
+    for (const Json& oEvent : oReport["devices"]["KELVANE_DEVICE0"])
+        oEvents.push_back(oEvent[1]);
+    EXPECT_EQ(oEvents, Json::array({"open", "active", "active", "deactivated", "cancel", "close"}));
     std::set<std::string> oRecords; // a run over midnight has two files of each
     for (const auto& oEntry : fs::directory_iterator(Path("d/.LOGAudioKelvaneVoice")))
         oRecords.insert(oEntry.path().filename().string().substr(0, 18));
     EXPECT_EQ(oRecords.size(), 3U);
+    ExpectHeld(oReport["speakers"], "30040");
+
+    // A row per 10 ms, which ends hot, in the heated set.
+    const auto vecRows = ReadRows(Path("trace.csv"));
+    ASSERT_EQ(vecRows.size(), 30001U);
+    const std::vector<std::string> vecColumns = {"seconds",
+                                                 "level_in_db",
+                                                 "level_out_db",
+                                                 "gain_reduction_db",
+                                                 "coil_unprotected_c",
+                                                 "coil_c",
+                                                 "magnet_c",
+                                                 "displacement_unprotected_mm",
+                                                 "displacement_mm",
+                                                 "set",
+                                                 "path"};
+    EXPECT_EQ(vecRows[0], vecColumns);
+    EXPECT_EQ(vecRows[1][9], "30040");
+    EXPECT_EQ(vecRows[30000][9], "40040");
+    EXPECT_EQ(vecRows[30000][10], "processed");
+    EXPECT_NEAR(std::stod(vecRows[1][6]), 36.5, 0.1);
+    EXPECT_GT(std::stod(vecRows[30000][6]), 45);
+    double f64Hottest = 0;
+    for (size_t i = 1; i < vecRows.size(); ++i)
+        f64Hottest = std::max(f64Hottest, std::stod(vecRows[i][5]));
+    EXPECT_NEAR(f64Hottest, oReport["speakers"]["protected"]["hottest_coil_c"], 0.1);
+}
+
+// On the machine as it is. The input of each row is the one that its output came from, behind lead-in and delay.
+TEST_F(HostProgram, SimulatedSpeakersTellWhatWasHeld)
+{
+    fs::copy_file(KELVANE_PROGRAMME, Path("in.flac"));
+    const std::string strPlay = "play " + Path("in.flac") + " --speaker --ambient 36.5 --report " + Path("report.json");
+    const ProgramRun oRun = Run(strPlay);
+    ExpectParts(oRun.strOut, {"\n  hottest coil     ", "\n  displacement     ", "\n  level lost       "});
+    const Json oSpeakers = Json::parse(HostFile(Path("report.json")))["speakers"];
+    ExpectHeld(oSpeakers, "30040");
+    EXPECT_GE(oSpeakers["unprotected"]["displacement_mm"], 2.2 * 0.4);
+    EXPECT_LE(oSpeakers["level_lost_above_500_hz_db"], oSpeakers["constant_gain_loss_db"].get<double>() - 6);
+
+    WriteInput(2 * 48000, 0.02f);
+    Play("--trace " + Path("trace.csv"));
+    const auto vecRows = ReadRows(Path("trace.csv"));
+    ASSERT_EQ(vecRows.size(), 101U);
+    for (size_t i = 10; i < vecRows.size(); ++i)
+        EXPECT_NEAR(std::stod(vecRows[i][3]), 0, 0.1) << i;
+
+    EXPECT_EQ(Run("play " + Path("in.f32") + " --speaker --set 'Debug\\DebugLevel=4'").iExit, 1);
+    ExpectParts(Run("play " + Path("in.f32") + " --speaker").strOut, {"name it with --tuning"});
+    ExpectParts(Run("play " + Path("in.f32") + " --speaker --tuning " + Path("machine.xml")).strOut,
+                {"no tuning file"});
+    const std::string strDefault = Path("c/windows/system32/ZVAudioDriver/audio_kelvane_params_default.xml");
+    ExpectParts(Run("play " + Path("in.f32") + " --speaker --tuning " + strDefault).strOut, {"of set 30000 in"});
 }
 
 TEST_F(HostProgram, WhatCantBeDoneIsToldAndFails)

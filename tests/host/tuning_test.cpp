@@ -68,9 +68,10 @@ TEST_F(HostTuning, WhatIsBuiltIsReadBackInNamesAndUnits)
     EXPECT_EQ(oRead.vecVolume, (std::vector<int>{0, 20, 40, 60, 80, 100}));
     // The band's own, what heat changes over it, and what neither touches.
     const KelvaneStruParam& oHeated = FindSet(oRead, "40080")->oParam;
-    EXPECT_EQ(GetParameter(oHeated, KelvaneParameter::DISPLACEMENT_MARGIN, 3), 30);
+    EXPECT_EQ(GetParameter(oHeated, KelvaneParameter::DRIVE, 3), 100);
     EXPECT_EQ(GetParameter(oHeated, KelvaneParameter::COIL_LIMIT, 1), 90);
     EXPECT_EQ(GetParameter(FindSet(oRead, "30080")->oParam, KelvaneParameter::COIL_LIMIT, 1), 105);
+    EXPECT_EQ(GetParameter(FindSet(oRead, "30080")->oParam, KelvaneParameter::DRIVE, 3), 120);
     const std::string strShown = FormatSets(oRead);
     for (const char* pLine : {"control words 0x0 0x2 ", "  resonance_hz = [450, 450, 1000, 1000]\n",
                               "set 50001, as 30000 but for\n  ceiling_full_percent = 50\n", "  word 6071 = -5\n",
@@ -100,9 +101,9 @@ TEST_F(HostTuning, AFaultySourceIsRefusedWithEveryPlace)
         {"mechanical_q = 4.0", "mechanical_q = ", "mechanical_q"},
         {"heat_stage = 1", "heat_stage = 0.5", "heat_stage: is 0.5; allowed is 0 to 1, whole numbers"},
         {"amplifiers = 1", "amplifiers = 3", "amplifiers: is 3; allowed is 1 to 2"},
-        {"hot_above_c = [55, 55]", "hot_above_c = 55", "hot_above_c: has 1 values; allowed is 2"},
+        {"hot_above_c = [45, 45]", "hot_above_c = 45", "hot_above_c: has 1 values; allowed is 2"},
         {"up_to_percent = 40", "up_to_percent = 20", "up_to_percent: is 20; allowed is 21 to 100"},
-        {"displacement_margin_percent = 25", "coil_limit = 5", "coil_limit: [[volume_band]] has nothing of that name"},
+        {"drive_percent = 110", "coil_limit = 5", "coil_limit: [[volume_band]] has nothing of that name"},
         {"ceiling_full_percent = 70", "ceiling_full = 70", "ceiling_full: [heated] has nothing of that name"},
         {"data_version = \"1.0.2\"", "data_version = \"<\"", "data_version: a text without"},
         // In range each, no speaker together; told at the first set that breaks the rule.
