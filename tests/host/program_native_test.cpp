@@ -150,12 +150,16 @@ protected:
             EXPECT_NE(strText.find(pPart), std::string::npos) << pPart << " in\n" << strText;
     }
 
-    // Fields of each line of a trace, the first line's are the columns' names.
+    // Fields of each row of a trace.
     static std::vector<std::vector<std::string>> ReadRows(const std::string& strPath)
     {
+        std::istringstream oText(HostFile(strPath));
+        std::string strLine;
+        std::getline(oText, strLine);
+        EXPECT_EQ(strLine, "seconds,level_in_db,level_out_db,gain_reduction_db,coil_unprotected_c,coil_c,magnet_c,"
+                           "displacement_unprotected_mm,displacement_mm,set,path");
         std::vector<std::vector<std::string>> vecRows;
-        std::ifstream oFile(strPath);
-        for (std::string strLine; std::getline(oFile, strLine);)
+        while (std::getline(oText, strLine))
         {
             std::istringstream oLine(strLine);
             auto& vecFields = vecRows.emplace_back();
@@ -193,10 +197,11 @@ TEST_F(HostProgram, BothVariantsGiveTheirStreamAndTellTheirPath)
         vecDelayed.insert(vecDelayed.end(), vecIn.begin(), vecIn.end() - static_cast<std::ptrdiff_t>(2 * iFrames));
         return vecDelayed;
     };
-    ExpectParts(Play("--variant omfx"),
-                {"\"periods\": 21", "\"processed\": 21", "\"bypassed_at_end\": false", "\"lead_in_periods\": 0",
-                 // The codec driver reports the jack. The folder's watch ends with the module: no error, if it had begun.
-                 "\"errors\": 0", "\"warnings\": 1", "\"stop_lines\": ", "\"Realtek InternalSpeakerOutput exist!"});
+    ExpectParts(
+        Play("--variant omfx"),
+        {"\"periods\": 21", "\"processed\": 21", "\"bypassed_at_end\": false", "\"lead_in_periods\": 0",
+         // The codec driver reports the jack. The folder's watch ends with the module: no error, if it had begun.
+         "\"errors\": 0", "\"warnings\": 1", "\"stop_lines\": ", "\"Realtek InternalSpeakerOutput exist!"});
     const std::vector<float> vecInline = ReadOutput();
     const auto itSound = std::find_if(vecInline.begin(), vecInline.end(), [](float f32) { return f32 != 0; });
     const size_t iDelay = static_cast<size_t>(itSound - vecInline.begin()) / 2;
@@ -279,27 +284,15 @@ TEST_F(HostProgram, TheReportTellsWhatHeatDid)
 
     // A row per 10 ms, which ends hot, in the heated set.
     const auto vecRows = ReadRows(Path("trace.csv"));
-    ASSERT_EQ(vecRows.size(), 30001U);
-    const std::vector<std::string> vecColumns = {"seconds",
-                                                 "level_in_db",
-                                                 "level_out_db",
-                                                 "gain_reduction_db",
-                                                 "coil_unprotected_c",
-                                                 "coil_c",
-                                                 "magnet_c",
-                                                 "displacement_unprotected_mm",
-                                                 "displacement_mm",
-                                                 "set",
-                                                 "path"};
-    EXPECT_EQ(vecRows[0], vecColumns);
-    EXPECT_EQ(vecRows[1][9], "30040");
-    EXPECT_EQ(vecRows[30000][9], "40040");
-    EXPECT_EQ(vecRows[30000][10], "processed");
-    EXPECT_NEAR(std::stod(vecRows[1][6]), 36.5, 0.1);
-    EXPECT_GT(std::stod(vecRows[30000][6]), 45);
+    ASSERT_EQ(vecRows.size(), 30000U);
+    EXPECT_EQ(vecRows[0][9], "30040");
+    EXPECT_EQ(vecRows[29999][9], "40040");
+    EXPECT_EQ(vecRows[29999][10], "processed");
+    EXPECT_NEAR(std::stod(vecRows[0][6]), 36.5, 0.1);
+    EXPECT_GT(std::stod(vecRows[29999][6]), 45);
     double f64Hottest = 0;
-    for (size_t i = 1; i < vecRows.size(); ++i)
-        f64Hottest = std::max(f64Hottest, std::stod(vecRows[i][5]));
+    for (const auto& vecRow : vecRows)
+        f64Hottest = std::max(f64Hottest, std::stod(vecRow[5]));
     EXPECT_NEAR(f64Hottest, oReport["speakers"]["protected"]["hottest_coil_c"], 0.1);
 }
 
@@ -318,16 +311,16 @@ TEST_F(HostProgram, SimulatedSpeakersTellWhatWasHeld)
     WriteInput(2 * 48000, 0.02f);
     Play("--trace " + Path("trace.csv"));
     const auto vecRows = ReadRows(Path("trace.csv"));
-    ASSERT_EQ(vecRows.size(), 101U);
+    ASSERT_EQ(vecRows.size(), 100U);
     for (size_t i = 10; i < vecRows.size(); ++i)
         EXPECT_NEAR(std::stod(vecRows[i][3]), 0, 0.1) << i;
 
-    EXPECT_EQ(Run("play " + Path("in.f32") + " --speaker --set 'Debug\\DebugLevel=4'").iExit, 1);
-    ExpectParts(Run("play " + Path("in.f32") + " --speaker").strOut, {"name it with --tuning"});
-    ExpectParts(Run("play " + Path("in.f32") + " --speaker --tuning " + Path("machine.xml")).strOut,
-                {"no tuning file"});
+    // A log that tells nothing: the tuning file has to be named.
+    const std::string strSpeaker = "play " + Path("in.f32") + " --speaker --set 'Debug\\DebugLevel=4'";
     const std::string strDefault = Path("c/windows/system32/ZVAudioDriver/audio_kelvane_params_default.xml");
-    ExpectParts(Run("play " + Path("in.f32") + " --speaker --tuning " + strDefault).strOut, {"of set 30000 in"});
+    ExpectParts(Run(strSpeaker).strOut, {"name it with --tuning"});
+    ExpectParts(Run(strSpeaker + " --tuning " + Path("machine.xml")).strOut, {"no tuning file"});
+    ExpectParts(Run(strSpeaker + " --tuning " + strDefault).strOut, {"of set 30000 in"});
 }
 
 TEST_F(HostProgram, WhatCantBeDoneIsToldAndFails)
