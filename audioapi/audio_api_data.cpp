@@ -3,6 +3,7 @@
 
 #include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_log.h"
+#include "audioapi/audio_api_result.h"
 #include "audioapi/audio_api_string.h"
 
 #include <wincrypt.h>
@@ -45,7 +46,7 @@ struct FileCloser
 template <class T> bool ReadWholeFile(const std::string& strPath, INT32 iParaLength, T* pPara)
 {
     FILE* pFileHandle = nullptr;
-    if (AUDIO_CHECK(fopen_s(&pFileHandle, strPath.c_str(), "rb")) != 0 || AUDIO_MISSING(pFileHandle, 6))
+    if (AUDIO_CHECK(fopen_s(&pFileHandle, strPath.c_str(), "rb")) != 0 || AUDIO_MISSING(pFileHandle, AUDIO_NO_HANDLE))
         return false;
     const std::unique_ptr<FILE, FileCloser> pCloser(pFileHandle);
     std::fseek(pFileHandle, 0, SEEK_END);
@@ -55,24 +56,22 @@ template <class T> bool ReadWholeFile(const std::string& strPath, INT32 iParaLen
     const bool bWrongSize =
         bfFileSize / static_cast<long>(sizeof(T)) != iParaLength || bfParamSize != static_cast<size_t>(iParaLength);
     if (bWrongSize)
-        AudioLogFailure(AUDIO_LOG_SITE, 13, ParamFile<T>::SIZE_TEXT);
+        AudioLogFailure(AUDIO_LOG_SITE, AUDIO_BAD_DATA, ParamFile<T>::SIZE_TEXT);
     return !bWrongSize;
 }
 
 template <class T> INT32 AllocateArrays(T** pInStruct, INT32 iChannelCount, INT32 iFrameLen)
 {
-    if (AUDIO_MISSING(pInStruct, 12))
-        return 12;
-    constexpr INT32 BAD_LENGTH = static_cast<INT32>(0x80E7000E);
-    constexpr INT32 NO_MEMORY = static_cast<INT32>(0x80E70002);
-    if (AUDIO_FAIL_IF((iChannelCount <= 0 || iFrameLen <= 0), BAD_LENGTH))
-        return BAD_LENGTH;
+    if (AUDIO_MISSING(pInStruct, AUDIO_NO_OBJECT))
+        return AUDIO_NO_OBJECT;
+    if (AUDIO_FAIL_IF((iChannelCount <= 0 || iFrameLen <= 0), AUDIO_BAD_SIZE))
+        return AUDIO_BAD_SIZE;
     for (INT32 i = 0; i < iChannelCount; ++i)
     {
         delete[] pInStruct[i];
         pInStruct[i] = new (std::nothrow) FLOAT32[static_cast<size_t>(iFrameLen)]();
-        if (AUDIO_MISSING(pInStruct[i], NO_MEMORY))
-            return NO_MEMORY;
+        if (AUDIO_MISSING(pInStruct[i], AUDIO_NO_MEMORY))
+            return AUDIO_NO_MEMORY;
     }
     return 0;
 }
@@ -153,13 +152,13 @@ UINT32 CAudioDATA::GenerateRandom()
 template <class T>
 void CAudioDATA::ReadBinFileParam(const std::string& strPath, const INT32& iParaLength, std::unique_ptr<T[]>& pPara)
 {
-    if (AUDIO_FAIL_IF(iParaLength <= 0, 13))
+    if (AUDIO_FAIL_IF(iParaLength <= 0, AUDIO_BAD_DATA))
         return;
     pPara.reset(new (std::nothrow) T[static_cast<size_t>(iParaLength)]);
     if (pPara != nullptr && ReadWholeFile(CAudioSTR::FormatPathString(strPath), iParaLength, pPara.get()))
         return;
     pPara.reset();
-    AUDIOLOG_ERROR(13, "Read file param failed! Path:" + strPath);
+    AUDIOLOG_ERROR(AUDIO_BAD_DATA, "Read file param failed! Path:" + strPath);
     for (const ParamEvent& oEvent : ParamFile<T>::EVENTS)
         AUDIOLOG_EVENT_INFO(std::string(oEvent.pNumber) + oEvent.pText);
 }

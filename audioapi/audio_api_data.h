@@ -17,7 +17,8 @@ class CAudioDATA
 {
 public:
     // Gives each of the iChannelCount slots a zeroed array of iFrameLen floats of its own, deleting what it held.
-    // 0; 12 for a null array, 0x80E7000E for a count below 1, 0x80E70002 without memory (earlier slots stay filled).
+    // 0; AUDIO_NO_OBJECT for a null array, AUDIO_BAD_SIZE for a count below 1, AUDIO_NO_MEMORY without memory (earlier
+    // slots stay filled).
     static INT32 AllocatePointerArray(FLOAT32** pInStruct, const INT32& iChannelCount, const INT32& iFrameLen);
     static INT32 AllocatePointerArrayConst(const FLOAT32** pInStruct, const INT32& iChannelCount,
                                            const INT32& iFrameLen);

@@ -4,6 +4,7 @@
 #include "audioapi/audio_api_file_search.h"
 #include "audioapi/audio_api_log.h"
 #include "audioapi/audio_api_monitor.h"
+#include "audioapi/audio_api_result.h"
 #include "audioapi/audio_api_string.h"
 #include "audioapi/audio_api_system.h"
 
@@ -78,7 +79,7 @@ void CAudioDir::Initialize(const std::string& strDirName, const std::string& str
 void CALLBACK CAudioDir::ProcessDirectoryThread(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK)
 {
     auto* pThis = static_cast<CAudioDir*>(pContext);
-    if (AUDIO_MISSING(pThis, 87))
+    if (AUDIO_MISSING(pThis, AUDIO_NO_POINTER))
         return;
     {
         const std::lock_guard<CAudioLock> oGuard(pThis->m_oDirectoryLock);
@@ -106,7 +107,7 @@ void CAudioDir::WatchDirectory()
     bool bReadBefore = true; // since the watch was opened again for a failed read, once for each
     while (m_iThreadRun == 1)
     {
-        if (AUDIO_FAIL_IF(pThis->m_hDirectory == INVALID_HANDLE_VALUE, 6))
+        if (AUDIO_FAIL_IF(pThis->m_hDirectory == INVALID_HANDLE_VALUE, AUDIO_NO_HANDLE))
             return;
         std::fill(std::begin(aBuffer), std::end(aBuffer), BYTE{0});
         DWORD iReturned = 0;
@@ -199,8 +200,8 @@ bool CAudioDir::IsOwnName(const FILE_NOTIFY_INFORMATION& stNotification) const
 
 int CAudioDir::ProcessAddEvent(const FILE_NOTIFY_INFORMATION* pNotification)
 {
-    if (AUDIO_MISSING(pNotification, 13))
-        return 13;
+    if (AUDIO_MISSING(pNotification, AUDIO_BAD_DATA))
+        return AUDIO_BAD_DATA;
     // The folder itself is asked, for its coming may be told by a record behind the first.
     if (m_iDirExist == 0 && IsDirectory(m_strDirPath))
     {
@@ -214,8 +215,8 @@ int CAudioDir::ProcessAddEvent(const FILE_NOTIFY_INFORMATION* pNotification)
 
 int CAudioDir::ProcessRemoveEvent(const FILE_NOTIFY_INFORMATION* pNotification)
 {
-    if (AUDIO_MISSING(pNotification, 13))
-        return 13;
+    if (AUDIO_MISSING(pNotification, AUDIO_BAD_DATA))
+        return AUDIO_BAD_DATA;
     if (!IsOwnName(*pNotification))
         return 0;
     CloseDirectory(); // whatever is there now: the watch may be of a folder that is gone, or lies elsewhere

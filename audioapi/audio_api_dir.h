@@ -44,7 +44,7 @@ private:
     // Opens what is to be watched now. 0 or the error code.
     int CreateDirectoryHandle();
     int OpenDirectory(const std::string& strTarget);
-    // 0, 13 without a record, or the error code of a new watch.
+    // 0, AUDIO_BAD_DATA without a record, or the error code of a new watch.
     int ProcessAddEvent(const FILE_NOTIFY_INFORMATION* pNotification);
     int ProcessRemoveEvent(const FILE_NOTIFY_INFORMATION* pNotification);
     bool IsOwnName(const FILE_NOTIFY_INFORMATION& stNotification) const;

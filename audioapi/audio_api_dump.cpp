@@ -3,6 +3,7 @@
 
 #include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_monitor.h"
+#include "audioapi/audio_api_result.h"
 #include "audioapi/audio_api_settings.h"
 #include "audioapi/audio_api_system.h"
 
@@ -43,7 +44,7 @@ void CAudioDump::ReadSettings()
 void CAudioDump::CreatPCMThread()
 {
     m_hPCMEvent.Create();
-    if (AUDIO_MISSING(m_hPCMEvent, 6))
+    if (AUDIO_MISSING(m_hPCMEvent, AUDIO_NO_HANDLE))
         return;
     m_pPCMThreadWorker = CAudioMonitor::CreateMonitorThread(ProcessPCMWorkerThread, this, &m_iDumpThreadRun);
 }
@@ -52,7 +53,7 @@ void CAudioDump::CreatPCMThread()
 void CAudioDump::CreatDumpThread()
 {
     m_pDumpThreadWorker = CreateThreadpoolWork(ProcessDumpWorkerThread, this, nullptr);
-    if (AUDIO_MISSING(m_pDumpThreadWorker, 6))
+    if (AUDIO_MISSING(m_pDumpThreadWorker, AUDIO_NO_HANDLE))
         return;
     SubmitThreadpoolWork(m_pDumpThreadWorker);
 }
@@ -73,11 +74,11 @@ try
     CAudioDumpItem* const pItem = &oItem.front();
     pItem->iLen = static_cast<UINT32>(iLen);
     pItem->pData.reset(new (std::nothrow) BYTE[pItem->iLen]);
-    if (AUDIO_MISSING(pItem->pData, 13))
+    if (AUDIO_MISSING(pItem->pData, AUDIO_BAD_DATA))
         return;
     if (memcpy_s(pItem->pData.get(), pItem->iLen, pData, pItem->iLen) != 0)
     {
-        AUDIOLOG_ERROR(22, "memcpy_s(pItem->pData, iLen, pData, iLen)");
+        AUDIOLOG_ERROR(AUDIO_BAD_COPY, "memcpy_s(pItem->pData, iLen, pData, iLen)");
         return;
     }
     pItem->strName = GetItemName(strName);
@@ -88,7 +89,7 @@ try
 }
 catch (const std::exception&)
 {
-    AudioLogFailure(AUDIO_LOG_SITE, 87, "pItem"); // without memory the block is lost
+    AudioLogFailure(AUDIO_LOG_SITE, AUDIO_NO_POINTER, "pItem"); // without memory the block is lost
 }
 
 std::string CAudioDump::GetItemName(std::string_view strName) const

@@ -3,6 +3,7 @@
 
 #include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_queue.h"
+#include "audioapi/audio_api_result.h"
 #include "audioapi/audio_api_settings.h"
 #include "audioapi/audio_api_string.h"
 #include "audioapi/audio_api_time.h"
@@ -15,7 +16,7 @@
 void CALLBACK CAudioDump::ProcessPCMWorkerThread(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK)
 {
     auto* pThis = static_cast<CAudioDump*>(pContext);
-    if (AUDIO_MISSING(pThis, 87) || AUDIO_MISSING(pThis->m_hPCMEvent, 6))
+    if (AUDIO_MISSING(pThis, AUDIO_NO_POINTER) || AUDIO_MISSING(pThis->m_hPCMEvent, AUDIO_NO_HANDLE))
         return;
     RunQueueWorker(pThis->m_iDumpThreadRun, pThis->m_hPCMEvent, [pThis] { pThis->WriteBatch(); });
 }
@@ -88,7 +89,7 @@ FileInfo CAudioDump::GetFileInfo(const std::string& strKey) const
 void CALLBACK CAudioDump::ProcessDumpWorkerThread(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK)
 {
     auto* pThis = static_cast<CAudioDump*>(pContext);
-    if (AUDIO_MISSING(pThis, 87))
+    if (AUDIO_MISSING(pThis, AUDIO_NO_POINTER))
         return;
     CAudioSettings::Follow(
         AUDIO_DUMP_PATH, pThis->m_hRegistEvent, pThis->m_iDumpThreadRun, [pThis] { pThis->ReadSettings(); },

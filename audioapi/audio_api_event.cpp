@@ -5,6 +5,7 @@
 #include "audioapi/audio_api_log.h"
 #include "audioapi/audio_api_monitor.h"
 #include "audioapi/audio_api_queue.h"
+#include "audioapi/audio_api_result.h"
 #include "audioapi/audio_api_string.h"
 
 #include <algorithm>
@@ -38,7 +39,7 @@ void CAudioEvent::RegisterZvAudoEventSource(const std::string& strSourceName)
 void CAudioEvent::CreatEventThread()
 {
     m_hEvent.Create();
-    if (AUDIO_MISSING(m_hEvent, 6))
+    if (AUDIO_MISSING(m_hEvent, AUDIO_NO_HANDLE))
         return;
     m_pEventThreadWorker = CAudioMonitor::CreateMonitorThread(ProcessEventWorkerThread, this, &m_iEventThreadRun);
 }
@@ -65,13 +66,13 @@ try
 }
 catch (const std::exception&)
 {
-    AudioLogFailure(AUDIO_LOG_SITE, 87, "pSaveEvent"); // without memory the report is lost
+    AudioLogFailure(AUDIO_LOG_SITE, AUDIO_NO_POINTER, "pSaveEvent"); // without memory the report is lost
 }
 
 void CALLBACK CAudioEvent::ProcessEventWorkerThread(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK)
 {
     auto* pThis = static_cast<CAudioEvent*>(pContext);
-    if (AUDIO_MISSING(pThis, 87) || AUDIO_MISSING(pThis->m_hEvent, 6))
+    if (AUDIO_MISSING(pThis, AUDIO_NO_POINTER) || AUDIO_MISSING(pThis->m_hEvent, AUDIO_NO_HANDLE))
         return;
     RunQueueWorker(pThis->m_iEventThreadRun, pThis->m_hEvent, [pThis] { pThis->ReportBatch(); });
 }

@@ -3,6 +3,7 @@
 
 #include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_monitor.h"
+#include "audioapi/audio_api_result.h"
 #include "audioapi/audio_api_settings.h"
 #include "audioapi/audio_api_string.h"
 #include "audioapi/audio_api_system.h"
@@ -48,7 +49,7 @@ void CAudioLog::ReadSettings()
 void CAudioLog::CreatLogThread()
 {
     m_hLOGEvent.Create();
-    if (AUDIO_MISSING(m_hLOGEvent, 6))
+    if (AUDIO_MISSING(m_hLOGEvent, AUDIO_NO_HANDLE))
         return;
     m_pLOGThreadWorker = CAudioMonitor::CreateMonitorThread(ProcessLOGWorkerThread, this, &m_iLOGThreadRun);
 }
@@ -60,7 +61,7 @@ void CAudioLog::RecordItem(std::string_view strFunction, std::string_view strFil
         return;
     Queue oSaveLog = MakeItem(strFunction, strFile, iLine, iLevel, iErrorCode, strMessage, pObject);
     if (oSaveLog.empty() && IsRecorded(AUDIO_LEVEL_ERROR))
-        oSaveLog = MakeItem(__FUNCTION__, __FILE__, __LINE__, AUDIO_LEVEL_ERROR, 87, "pSaveLog", 0);
+        oSaveLog = MakeItem(__FUNCTION__, __FILE__, __LINE__, AUDIO_LEVEL_ERROR, AUDIO_NO_POINTER, "pSaveLog", 0);
     if (!oSaveLog.empty())
         PushItem(oSaveLog);
 }

@@ -3,6 +3,7 @@
 
 #include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_queue.h"
+#include "audioapi/audio_api_result.h"
 #include "audioapi/audio_api_settings.h"
 #include "audioapi/audio_api_string.h"
 #include "audioapi/audio_api_time.h"
@@ -40,9 +41,9 @@ UINT64 WriteItem(FILE* pFile, const CAudioLogItem& oItem)
 void CALLBACK CAudioLog::ProcessLOGWorkerThread(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK)
 {
     auto* pThis = static_cast<CAudioLog*>(pContext);
-    if (AUDIO_MISSING(pThis, 87))
+    if (AUDIO_MISSING(pThis, AUDIO_NO_POINTER))
         return;
-    if (AUDIO_MISSING(pThis->m_hLOGEvent, 6))
+    if (AUDIO_MISSING(pThis->m_hLOGEvent, AUDIO_NO_HANDLE))
         return;
     try
     {
@@ -116,7 +117,7 @@ int CAudioLog::GetFileInfo(Writer& oWriter) const
         return 0;
     if (const int iResult = fopen_s(&pFile, oFileInfo.strFileName.c_str(), "at+"))
         return HoldFailure(oWriter, AUDIO_LOG_SITE, iResult, "fopen_s(&pFile, oFileInfo.strFileName.c_str(), \"at+\")");
-    return pFile == nullptr ? HoldFailure(oWriter, AUDIO_LOG_SITE, 6, "pFile") : 0;
+    return pFile == nullptr ? HoldFailure(oWriter, AUDIO_LOG_SITE, AUDIO_NO_HANDLE, "pFile") : 0;
 }
 
 // Not by the queue: a line for each line lost would keep the worker busy for good.
@@ -137,7 +138,7 @@ std::string CAudioLog::GetLogFileName() const
 void CALLBACK CAudioLog::ProcessDebugWorkerThread(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK)
 {
     auto* pThis = static_cast<CAudioLog*>(pContext);
-    if (AUDIO_MISSING(pThis, 87))
+    if (AUDIO_MISSING(pThis, AUDIO_NO_POINTER))
         return;
     CAudioSettings::Follow(
         AUDIO_DEBUG_PATH, pThis->m_hRegistEvent, pThis->m_iDebugThreadRun, [pThis] { pThis->ReadSettings(); },

@@ -4,6 +4,7 @@
 #include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_log.h"
 #include "audioapi/audio_api_registry.h"
+#include "audioapi/audio_api_result.h"
 
 PTP_WORK CAudioMonitor::CreateMonitorThread(PTP_WORK_CALLBACK pfnWorker, PVOID pContext, CAudioFlag* piRunFlag)
 {
@@ -12,7 +13,7 @@ PTP_WORK CAudioMonitor::CreateMonitorThread(PTP_WORK_CALLBACK pfnWorker, PVOID p
     if (pWork == nullptr)
     {
         *piRunFlag = 0;
-        AUDIOLOG_ERROR(6, "Create Thread failed!");
+        AUDIOLOG_ERROR(AUDIO_NO_HANDLE, "Create Thread failed!");
         return nullptr;
     }
     SubmitThreadpoolWork(pWork);
@@ -47,9 +48,9 @@ void CAudioMonitor::SetGetCPUStatusEvent()
         return;
     const HANDLE hEvent = OpenEventW(EVENT_ALL_ACCESS, FALSE, AUDIO_CPU_STATUS_EVENT);
     if (hEvent == nullptr)
-        AUDIOLOG_ERROR(-1, "OpenEvent for 'Global\\MonitorCPUStatus' error");
+        AUDIOLOG_ERROR(AUDIO_FAILED, "OpenEvent for 'Global\\MonitorCPUStatus' error");
     if (!SetEvent(hEvent))
-        AUDIOLOG_ERROR(-1, "SetEvent(hEvent)");
+        AUDIOLOG_ERROR(AUDIO_FAILED, "SetEvent(hEvent)");
     if (hEvent != nullptr)
         CloseHandle(hEvent);
 }

@@ -4,6 +4,7 @@
 #include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_log.h"
 #include "audioapi/audio_api_registry.h"
+#include "audioapi/audio_api_result.h"
 #include "audioapi/audio_api_worker_loop.h"
 
 #include <algorithm>
@@ -125,7 +126,7 @@ CAudioMonitor::~CAudioMonitor()
 
 void CAudioMonitor::ProcessWatcherThread(CAudioMonitor* pThis, int iIndex) noexcept
 {
-    if (AUDIO_MISSING(pThis, 87))
+    if (AUDIO_MISSING(pThis, AUDIO_NO_POINTER))
         return;
     const Watcher& oWatcher = WATCHER_TABLE[iIndex];
     HKEY hKey = nullptr;
@@ -151,7 +152,7 @@ bool CAudioMonitor::StartWatch(const Watcher& oWatcher, HKEY& hKey)
 {
     if (oWatcher.pfnPrepare != nullptr && !(this->*oWatcher.pfnPrepare)())
         return false;
-    if (AudioCheckCondition(!(this->*oWatcher.phEvent).Create(), AUDIO_LOG_SITE, 6, oWatcher.pEventName))
+    if (AudioCheckCondition(!(this->*oWatcher.phEvent).Create(), AUDIO_LOG_SITE, AUDIO_NO_HANDLE, oWatcher.pEventName))
         return false;
     if (oWatcher.pfnIsNeeded != nullptr && !(this->*oWatcher.pfnIsNeeded)())
         return false;

@@ -2,6 +2,7 @@
 #include "audioapi/audio_api_registry.h"
 
 #include "audioapi/audio_api_log.h"
+#include "audioapi/audio_api_result.h"
 #include "audioapi/audio_api_string.h"
 
 #include <algorithm>
@@ -216,7 +217,7 @@ bool CAudioREG::RegKeyExists(const std::string& strFullPath)
     DWORD dwSzType = REG_NONE;
     if (oKey.Result() == 0 &&
         RegQueryValueExA(oKey.Handle(), strKeyName.c_str(), nullptr, &dwSzType, nullptr, nullptr) == 0 &&
-        !AUDIO_FAIL_IF(dwSzType == REG_NONE, 13))
+        !AUDIO_FAIL_IF(dwSzType == REG_NONE, AUDIO_BAD_DATA))
         return true;
     AUDIOLOG_WARN("Not exist RegKey:" + strFullPath);
     return false;

@@ -60,7 +60,8 @@ public:
     // Closes and nulls what is set.
     static void RegNotifyClose(HKEY& hKey, CAudioWorkerEvent& hEvent);
 
-    // Writes the class's keys, the platform's and the COM server's. The platform's result, or 13 without a record.
+    // Writes the class's keys, the platform's and the COM server's. The platform's result, or AUDIO_BAD_DATA without a
+    // record.
     static HRESULT RegisterAudioAPO(const APO_REG_PROPERTIES* pAPOReg, const std::string& strClassName,
                                     const std::string& strModuleName);
     // Removes them.

@@ -2,6 +2,7 @@
 #include "audioapi/audio_api_registry.h"
 
 #include "audioapi/audio_api_log.h"
+#include "audioapi/audio_api_result.h"
 #include "audioapi/audio_api_string.h"
 
 #include <baseaudioprocessingobject.h>
@@ -32,8 +33,8 @@ void WriteDefaultValue(const std::string& strPath, const std::string& strValue)
 HRESULT CAudioREG::RegisterAudioAPO(const APO_REG_PROPERTIES* pAPOReg, const std::string& strClassName,
                                     const std::string& strModuleName)
 {
-    if (AUDIO_MISSING(pAPOReg, 13))
-        return 13;
+    if (AUDIO_MISSING(pAPOReg, AUDIO_BAD_DATA))
+        return AUDIO_BAD_DATA;
     const HRESULT hrResult = RegisterAPO(pAPOReg);
     if (FAILED(hrResult))
     {

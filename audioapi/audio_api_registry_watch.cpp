@@ -2,6 +2,7 @@
 #include "audioapi/audio_api_registry.h"
 
 #include "audioapi/audio_api_log.h"
+#include "audioapi/audio_api_result.h"
 #include "audioapi/audio_api_worker_event.h"
 
 #include <utility>
@@ -19,8 +20,8 @@ DWORD CAudioREG::RegNotifyStart(const std::string& strPath, HKEY& hKey, CAudioWo
     {
         if (pEventHandle == nullptr)
             pEventHandle.Create();
-        if (AUDIO_MISSING(pEventHandle, 6))
-            dwResult = 6;
+        if (AUDIO_MISSING(pEventHandle, AUDIO_NO_HANDLE))
+            dwResult = AUDIO_NO_HANDLE;
         else
             dwResult =
                 static_cast<DWORD>(AUDIO_CHECK(RegNotifyChangeKeyValue(hKey, TRUE, dwFilter, pEventHandle, TRUE)));
@@ -37,7 +38,7 @@ DWORD CAudioREG::RegNotifyStart(const std::string& strPath, HKEY& hKey, CAudioWo
 
 void CAudioREG::RegNotifyReset(HKEY hKey, HANDLE hEvent)
 {
-    if (AUDIO_MISSING(hKey, 6) || AUDIO_MISSING(hEvent, 6))
+    if (AUDIO_MISSING(hKey, AUDIO_NO_HANDLE) || AUDIO_MISSING(hEvent, AUDIO_NO_HANDLE))
         return;
     ResetEvent(hEvent);
     AUDIO_CHECK(RegNotifyChangeKeyValue(hKey, TRUE, dwFilter, hEvent, TRUE));

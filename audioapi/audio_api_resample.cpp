@@ -2,6 +2,7 @@
 #include "audioapi/audio_api_data.h"
 
 #include "audioapi/audio_api_log.h"
+#include "audioapi/audio_api_result.h"
 #include "audioapi/audio_api_trace.h"
 
 #include <algorithm>
@@ -116,7 +117,7 @@ void FillReSampleData(const INT32& iSrcLen, const INT32& iDstLen, const INT32& i
         return;
     }
     const std::unique_ptr<FLOAT32[]> pSrcSmapleDistance(new (std::nothrow) FLOAT32[static_cast<size_t>(iSrcLen)]);
-    if (AUDIO_MISSING(pSrcSmapleDistance, 13))
+    if (AUDIO_MISSING(pSrcSmapleDistance, AUDIO_BAD_DATA))
         return;
     const FLOAT32 fSrcLen = static_cast<FLOAT32>(iSrcLen);
     const FLOAT32 fDstLen = static_cast<FLOAT32>(iDstLen);
@@ -146,7 +147,8 @@ void FillReSampleData(const INT32& iSrcLen, const INT32& iDstLen, const INT32& i
 std::unique_ptr<FLOAT32[]> Convert(const FLOAT32* pfInputData, INT32 iChannel, INT32 iFramelen, INT32 iFromRate,
                                    INT32 iToRate, ChannelConverter pfnConvert)
 {
-    if (AUDIO_FAIL_IF(pfInputData == nullptr || iChannel <= 0 || iFramelen <= 0, 13) || AUDIO_FAIL_IF(iChannel > 8, 13))
+    if (AUDIO_FAIL_IF(pfInputData == nullptr || iChannel <= 0 || iFramelen <= 0, AUDIO_BAD_DATA) ||
+        AUDIO_FAIL_IF(iChannel > 8, AUDIO_BAD_DATA))
         return nullptr;
     ChannelTable oInput;
     if (CAudioDATA::AllocatePointerArray(oInput.ppData, iChannel, iFramelen) != 0)
@@ -159,13 +161,13 @@ std::unique_ptr<FLOAT32[]> Convert(const FLOAT32* pfInputData, INT32 iChannel, I
     ChannelTable oOutput;
     const INT32 iResult = CAudioDATA::AllocatePointerArray(oOutput.ppData, iChannel, iDstLen);
     const INT64 iReSampleDataLen = static_cast<INT64>(iChannel) * iDstLen;
-    if (AUDIO_FAIL_IF(iReSampleDataLen <= 0, 13) || iResult != 0)
+    if (AUDIO_FAIL_IF(iReSampleDataLen <= 0, AUDIO_BAD_DATA) || iResult != 0)
         return nullptr;
     for (INT32 iIndex = 0; iIndex < iChannel; ++iIndex)
         pfnConvert(iFramelen, iDstLen, iIndex, oInput.ppData, oOutput.ppData);
 
     std::unique_ptr<FLOAT32[]> pfOutputData(new (std::nothrow) FLOAT32[static_cast<size_t>(iReSampleDataLen)]);
-    if (AUDIO_MISSING(pfOutputData, 13))
+    if (AUDIO_MISSING(pfOutputData, AUDIO_BAD_DATA))
         return nullptr;
     for (INT32 iIndex = 0; iIndex < iChannel; ++iIndex)
         for (INT32 i = 0; i < iDstLen; ++i)

@@ -2,6 +2,7 @@
 #include "audioapi/audio_api_settings.h"
 
 #include "audioapi/audio_api_registry.h"
+#include "audioapi/audio_api_result.h"
 #include "audioapi/audio_api_worker_loop.h"
 
 #include <algorithm>
@@ -50,7 +51,7 @@ void CAudioSettings::Follow(const char* pPath, CAudioWorkerEvent& hRegistEvent, 
                             const std::function<void()>& fnRead, const AudioLogSite& oSite,
                             const char* pStartText) noexcept
 {
-    if (AudioCheckCondition(!hRegistEvent.Create(), oSite, 6, "pThis->m_hRegistEvent"))
+    if (AudioCheckCondition(!hRegistEvent.Create(), oSite, AUDIO_NO_HANDLE, "pThis->m_hRegistEvent"))
         return;
     HKEY hKey = nullptr;
     try

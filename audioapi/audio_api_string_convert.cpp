@@ -2,6 +2,7 @@
 #include "audioapi/audio_api_string.h"
 
 #include "audioapi/audio_api_log.h"
+#include "audioapi/audio_api_result.h"
 
 #include <objbase.h>
 #include <shlwapi.h>
@@ -79,7 +80,7 @@ std::string CAudioSTR::ToString(const std::wstring& strText, UINT iCodePage)
     if (iLen > 0 &&
         WideCharToMultiByte(iCodePage, 0, strText.c_str(), iTextLen, &strResult[0], iLen, nullptr, nullptr) == iLen)
         return strResult;
-    AUDIOLOG_ERROR(13, "Turn wstring to string faild! CodePage[" + ToString(iCodePage) + "]");
+    AUDIOLOG_ERROR(AUDIO_BAD_DATA, "Turn wstring to string faild! CodePage[" + ToString(iCodePage) + "]");
     return {};
 }
 
@@ -92,7 +93,7 @@ std::wstring CAudioSTR::ToWString(const std::string& strText, UINT iCodePage)
     std::wstring strResult(static_cast<size_t>(std::max(iLen, 0)), L'\0');
     if (iLen > 0 && MultiByteToWideChar(iCodePage, 0, strText.c_str(), iTextLen, &strResult[0], iLen) == iLen)
         return strResult;
-    AUDIOLOG_ERROR(13, "Turn string to wstring faild! CodePage[" + ToString(iCodePage) + "]");
+    AUDIOLOG_ERROR(AUDIO_BAD_DATA, "Turn string to wstring faild! CodePage[" + ToString(iCodePage) + "]");
     return {};
 }
 

@@ -40,16 +40,16 @@ public:
 
     // --- Processes, by the executable's name in any letter case ---
 
-    // The first such process. 6, and the id 0, when there is none.
+    // The first such process. AUDIO_NO_HANDLE, and the id 0, when there is none.
     static DWORD GetProcessIDByName(const std::wstring& strProcessName, DWORD& dwProcessID);
-    // Appends every such process. 6 when the list is empty afterwards.
+    // Appends every such process. AUDIO_NO_HANDLE when the list is empty afterwards.
     static DWORD GetProcessIDByName(const std::wstring& strProcessName, std::vector<DWORD>& oVctProcessID);
     // The executable's name in the system's code page; empty when there is no such process.
     static std::string GetProcessNameByID(DWORD dwProcessID);
     // Appends those of the processes that the console user runs, once it is known who that is. Always 0.
     static DWORD GetProcessIDByUserName(const std::wstring& strProcessName, std::vector<DWORD>& oVctProcessID,
                                         INT32 iTryTimes = 100);
-    // The token of one of them, which the caller closes. 6 when the retries run out.
+    // The token of one of them, which the caller closes. AUDIO_NO_HANDLE when the retries run out.
     static DWORD GetTokenHandleByName(const std::wstring& strProcessName, HANDLE& hUserToken, INT32 iTryTimes);
     // "Invalid" by name alone: whether such a process exists.
     static bool CheckProcessInvalidByName(const std::wstring& strProcessName);
@@ -62,7 +62,7 @@ public:
 
     // The name without its domain.
     static DWORD GetTokenUserName(HANDLE hToken, std::wstring& strTokenUserName);
-    // 13 when the session at the console has no user.
+    // AUDIO_BAD_DATA when the session at the console has no user.
     static DWORD QueryConsoleUserName(std::wstring& strUserName);
     // The calling thread's user.
     static DWORD QueryLoginName(std::wstring& strLoginName);

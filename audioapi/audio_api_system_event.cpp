@@ -1,6 +1,7 @@
 // The system's event log: has an event happened just now.
 #include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_log.h"
+#include "audioapi/audio_api_result.h"
 #include "audioapi/audio_api_string.h"
 #include "audioapi/audio_api_system.h"
 #include "audioapi/audio_api_time.h"
@@ -12,7 +13,6 @@
 
 namespace
 {
-constexpr DWORD NO_OBJECT = 12;
 constexpr DWORD BLOCK_BYTES = 65536;
 
 struct CEventLogCloser
@@ -34,7 +34,7 @@ std::string FindNewestTime(HANDLE hEventLog, DWORD dwEventID)
     DWORD dwSize = BLOCK_BYTES;
     std::unique_ptr<BYTE[]> pBuffer(new (std::nothrow) BYTE[dwSize]);
     std::string strTime;
-    while (strTime.empty() && !AUDIO_MISSING(pBuffer, NO_OBJECT))
+    while (strTime.empty() && !AUDIO_MISSING(pBuffer, AUDIO_NO_OBJECT))
     {
         DWORD dwRead = 0;
         DWORD dwNeeded = 0;

@@ -1,5 +1,6 @@
 // Processes by name, by id and by the user at the console.
 #include "audioapi/audio_api_log.h"
+#include "audioapi/audio_api_result.h"
 #include "audioapi/audio_api_retry.h"
 #include "audioapi/audio_api_string.h"
 #include "audioapi/audio_api_system.h"
@@ -12,14 +13,13 @@
 
 namespace
 {
-constexpr DWORD NO_HANDLE = 6;
 
-// Shows each process to fVisit until it gives true. 0, or 6 without a list.
+// Shows each process to fVisit until it gives true. 0, or AUDIO_NO_HANDLE without a list.
 template <class Visit> DWORD VisitProcesses(Visit fVisit)
 {
     const HANDLE hSnapshot = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
-    if (AUDIO_FAIL_IF((hSnapshot == INVALID_HANDLE_VALUE), NO_HANDLE))
-        return NO_HANDLE;
+    if (AUDIO_FAIL_IF((hSnapshot == INVALID_HANDLE_VALUE), AUDIO_NO_HANDLE))
+        return AUDIO_NO_HANDLE;
     const CAudioHandle oSnapshot(hSnapshot);
     PROCESSENTRY32W stEntry{};
     stEntry.dwSize = sizeof(stEntry);
@@ -59,7 +59,7 @@ DWORD CAudioSYS::GetProcessIDByName(const std::wstring& strProcessName, DWORD& d
                    dwProcessID = dwID;
                    return true;
                });
-    return dwProcessID != 0 ? 0 : NO_HANDLE;
+    return dwProcessID != 0 ? 0 : AUDIO_NO_HANDLE;
 }
 
 DWORD CAudioSYS::GetProcessIDByName(const std::wstring& strProcessName, std::vector<DWORD>& oVctProcessID)
@@ -70,7 +70,7 @@ DWORD CAudioSYS::GetProcessIDByName(const std::wstring& strProcessName, std::vec
                                           oVctProcessID.push_back(dwID);
                                           return false;
                                       });
-    return oVctProcessID.empty() ? NO_HANDLE : dwResult;
+    return oVctProcessID.empty() ? AUDIO_NO_HANDLE : dwResult;
 }
 
 std::string CAudioSYS::GetProcessNameByID(DWORD dwProcessID)
@@ -90,7 +90,7 @@ std::string CAudioSYS::GetProcessNameByID(DWORD dwProcessID)
 CAudioHandle CAudioSYS::OpenUserToken(DWORD dwProcessID, std::wstring& strTokenUserName)
 {
     const HANDLE hProcess = OpenProcess(PROCESS_ALL_ACCESS, FALSE, dwProcessID);
-    if (AUDIO_MISSING(hProcess, NO_HANDLE))
+    if (AUDIO_MISSING(hProcess, AUDIO_NO_HANDLE))
         return nullptr;
     CAudioHandle oProcess(hProcess);
     HANDLE hToken = nullptr;
@@ -161,7 +161,7 @@ DWORD CAudioSYS::GetTokenHandleByName(const std::wstring& strProcessName, HANDLE
                                               GetProcessIDByName(strProcessName, vecNamed) == 0 &&
                                               WalkUserTokens(strProcessName, vecNamed, strConsoleUserName, fTake);
                                    });
-    return bFound ? 0 : NO_HANDLE;
+    return bFound ? 0 : AUDIO_NO_HANDLE;
 }
 
 bool CAudioSYS::CheckProcessInvalidByName(const std::wstring& strProcessName)
@@ -191,7 +191,7 @@ bool CAudioSYS::CheckProcessMemory(const std::wstring& strProcessName, UINT32 iM
     if (GetProcessIDByName(strProcessName, dwProcessID) != 0)
         return false;
     const HANDLE hProcess = OpenProcess(PROCESS_QUERY_INFORMATION | PROCESS_VM_READ, FALSE, dwProcessID);
-    if (AUDIO_MISSING(hProcess, NO_HANDLE))
+    if (AUDIO_MISSING(hProcess, AUDIO_NO_HANDLE))
         return false;
     const CAudioHandle oProcess(hProcess);
     PROCESS_MEMORY_COUNTERS pMemCountr{};

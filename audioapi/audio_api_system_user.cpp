@@ -1,5 +1,6 @@
 // Users: of a token, of the console, of the calling thread; sessions that nobody looks at.
 #include "audioapi/audio_api_log.h"
+#include "audioapi/audio_api_result.h"
 #include "audioapi/audio_api_retry.h"
 #include "audioapi/audio_api_string.h"
 #include "audioapi/audio_api_system.h"
@@ -13,9 +14,6 @@
 
 namespace
 {
-constexpr DWORD NO_HANDLE = 6;
-constexpr DWORD NO_OBJECT = 12;
-constexpr DWORD NO_DATA = 13;
 constexpr DWORD NAME_ROOM = 1024;          // characters
 constexpr DWORD RECORD_ROOM = 1024;        // bytes
 constexpr INT32 USER_TOKEN_TRY_TIMES = 29; // after the first attempt
@@ -71,18 +69,18 @@ bool LookUpSid(const std::wstring& strLoginName, PSID pSid)
 
 DWORD CAudioSYS::GetTokenUserName(HANDLE hToken, std::wstring& strTokenUserName)
 {
-    if (AUDIO_MISSING(hToken, NO_HANDLE))
-        return NO_HANDLE;
+    if (AUDIO_MISSING(hToken, AUDIO_NO_HANDLE))
+        return AUDIO_NO_HANDLE;
     const CAudioLocalMemory oMemory(LocalAlloc(LPTR, RECORD_ROOM));
     const auto pTokenUser = static_cast<PTOKEN_USER>(oMemory.get());
-    if (AUDIO_MISSING(pTokenUser, NO_OBJECT))
-        return NO_OBJECT;
+    if (AUDIO_MISSING(pTokenUser, AUDIO_NO_OBJECT))
+        return AUDIO_NO_OBJECT;
     DWORD dwNeedLen = RECORD_ROOM;
     if (const DWORD dwResult =
             AUDIO_CHECK_WIN(GetTokenInformation(hToken, TokenUser, pTokenUser, dwNeedLen, &dwNeedLen)))
         return dwResult;
-    if (AUDIO_MISSING(pTokenUser->User.Sid, NO_OBJECT))
-        return NO_OBJECT;
+    if (AUDIO_MISSING(pTokenUser->User.Sid, AUDIO_NO_OBJECT))
+        return AUDIO_NO_OBJECT;
     WCHAR szTokenName[NAME_ROOM] = {};
     WCHAR szDomainName[NAME_ROOM] = {};
     DWORD nNameLen = NAME_ROOM;
@@ -104,7 +102,7 @@ DWORD CAudioSYS::QueryConsoleUserName(std::wstring& strUserName)
         WTSQuerySessionInformation(WTS_CURRENT_SERVER_HANDLE, dwSessionID, WTSUserName, &szLogName, &dwSize));
     const std::unique_ptr<void, SessionMemory> oLogName(szLogName);
     if (dwResult == 0 && (szLogName == nullptr || szLogName[0] == 0))
-        dwResult = NO_DATA;
+        dwResult = AUDIO_BAD_DATA;
     if (dwResult == 0)
         strUserName = szLogName;
     else
@@ -153,7 +151,7 @@ std::wstring CAudioSYS::GetCurrentUserSidstr(INT32 iTryTimes)
         return {};
     const CAudioLocalMemory oMemory(LocalAlloc(LPTR, RECORD_ROOM));
     const PSID pSid = oMemory.get();
-    if (AUDIO_MISSING(pSid, NO_OBJECT))
+    if (AUDIO_MISSING(pSid, AUDIO_NO_OBJECT))
         return {};
     if (!AudioRetry(iTryTimes, [&] { return LookUpSid(strLoginName, pSid); }))
         return {};

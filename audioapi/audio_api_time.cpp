@@ -2,6 +2,7 @@
 #include "audioapi/audio_api_time.h"
 
 #include "audioapi/audio_api_log.h"
+#include "audioapi/audio_api_result.h"
 #include "audioapi/audio_api_string.h"
 
 #include <cstdint>
@@ -69,7 +70,7 @@ std::string CAudioTIME::GetStrTime(const SYSTEMTIME& stTime, const std::string& 
                                    stTime.wDay, stTime.wHour, stTime.wMinute, stTime.wSecond, stTime.wMilliseconds);
     if (iLen < 0 || iLen >= static_cast<int>(sizeof(strTime)))
     {
-        AUDIOLOG_ERROR(13, "systime trun to string time failed!");
+        AUDIOLOG_ERROR(AUDIO_BAD_DATA, "systime trun to string time failed!");
         return {};
     }
     return strTime;

@@ -65,8 +65,8 @@ public:
     // mode. E_INVALIDARG for any other; 0x887D0001 the second time.
     STDMETHODIMP Initialize(UINT32 cbDataSize, BYTE* pbyData) override;
 
-    // Hands format and system state to the engine. 13 for a missing connection, 12 without an engine, else the base's
-    // codes. All but S_OK leave the object unlocked, unless it was locked before.
+    // Hands format and system state to the engine. AUDIO_BAD_DATA for a missing connection, AUDIO_NO_OBJECT without an
+    // engine, else the base's codes. All but S_OK leave the object unlocked, unless it was locked before.
     STDMETHODIMP LockForProcess(UINT32 u32NumInputConnections, APO_CONNECTION_DESCRIPTOR** ppInputConnections,
                                 UINT32 u32NumOutputConnections,
                                 APO_CONNECTION_DESCRIPTOR** ppOutputConnections) override;
@@ -88,8 +88,8 @@ protected:
     virtual int IsNeedUpdataPara();
     virtual int GetRenderMode() = 0;
 
-    // The paths, and the choice between them: 0, 13 for a missing connection, 6 without an engine, or the failed step's
-    // code.
+    // The paths, and the choice between them: 0, AUDIO_BAD_DATA for a missing connection, AUDIO_NO_HANDLE without an
+    // engine, or the failed step's code.
     virtual int ProcessSilentMode(UINT32 u32NumInputConnections, APO_CONNECTION_PROPERTY** ppInputConnections,
                                   UINT32 u32NumOutputConnections, APO_CONNECTION_PROPERTY** ppOutputConnections);
     virtual int ProcessByPassMode(UINT32 u32NumInputConnections, APO_CONNECTION_PROPERTY** ppInputConnections,

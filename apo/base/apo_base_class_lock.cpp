@@ -6,6 +6,7 @@
 #include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_log.h"
 #include "audioapi/audio_api_monitor.h"
+#include "audioapi/audio_api_result.h"
 #include "audioapi/audio_api_string.h"
 
 #include <audiomediatype.h>
@@ -85,8 +86,8 @@ try
         return hResult;
     AUDIOLOG_EVENT_INFO(std::string(AUDIO_EVENT_LOCK_FORMAT) +
                         "Output format in LockForProcess:" + FormatText(m_pOutFormat));
-    if (AUDIO_MISSING(m_pEngine, 12))
-        return 12;
+    if (AUDIO_MISSING(m_pEngine, AUDIO_NO_OBJECT))
+        return AUDIO_NO_OBJECT;
     HandFormatToEngine();
     TakeSystemState();
     AUDIOLOG_EVENT_INFO(std::string(AUDIO_EVENT_LOCK_FORMAT) + AUDIO_APO_TYPE_TAG[m_pEngine->m_iAPOType] +

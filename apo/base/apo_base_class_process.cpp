@@ -6,6 +6,7 @@
 #include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_dump.h"
 #include "audioapi/audio_api_log.h"
+#include "audioapi/audio_api_result.h"
 
 #include <algorithm>
 #include <iterator>
@@ -64,7 +65,8 @@ RT_CODE STDMETHODIMP_(void) CBaseAPO::APOProcess(UINT32 u32NumInputConnections,
                                                  APO_CONNECTION_PROPERTY** ppOutputConnections)
 try
 {
-    if (CheckConnections(AUDIO_LOG_SITE, ppInputConnections, ppOutputConnections) != 0 || AUDIO_MISSING(m_pEngine, 12))
+    if (CheckConnections(AUDIO_LOG_SITE, ppInputConnections, ppOutputConnections) != 0 ||
+        AUDIO_MISSING(m_pEngine, AUDIO_NO_OBJECT))
         return;
     const int iSystemFrameLen = static_cast<int>(ppInputConnections[0]->u32ValidFrameCount);
     if (m_pEngine->m_iSystemFrameLen != iSystemFrameLen)
@@ -111,9 +113,9 @@ RT_CODE int CBaseAPO::ProcessAudioBuffer(UINT32, APO_CONNECTION_PROPERTY** ppInp
                                          APO_CONNECTION_PROPERTY** ppOutputConnections)
 {
     if (CheckConnections(AUDIO_LOG_SITE, ppInputConnections, ppOutputConnections) != 0)
-        return 13;
-    if (AUDIO_MISSING(m_pEngine, 6))
-        return 6;
+        return AUDIO_BAD_DATA;
+    if (AUDIO_MISSING(m_pEngine, AUDIO_NO_HANDLE))
+        return AUDIO_NO_HANDLE;
     const UINT32 u32FrameCount = ppInputConnections[0]->u32ValidFrameCount;
     const COutputAtEnd oOutput(ppOutputConnections[0], u32FrameCount, ppInputConnections[0]->u32BufferFlags);
     if (m_bNeedUpdataPara == 1)
@@ -145,9 +147,9 @@ RT_CODE int CBaseAPO::ProcessByPassMode(UINT32, APO_CONNECTION_PROPERTY** ppInpu
                                         UINT32 u32NumOutputConnections, APO_CONNECTION_PROPERTY** ppOutputConnections)
 {
     if (CheckConnections(AUDIO_LOG_SITE, ppInputConnections, ppOutputConnections) != 0)
-        return 13;
-    if (AUDIO_MISSING(m_pEngine, 6))
-        return 6;
+        return AUDIO_BAD_DATA;
+    if (AUDIO_MISSING(m_pEngine, AUDIO_NO_HANDLE))
+        return AUDIO_NO_HANDLE;
     if (IsRareLineDue())
         AUDIOLOG_DEBUG(std::string(AUDIO_APO_TYPE_TAG[m_pEngine->m_iAPOType]) + " Audio has been Bypass!");
     const FLOAT32* const pf32InputFrames = Samples(ppInputConnections[0]);
@@ -171,9 +173,9 @@ RT_CODE int CBaseAPO::ProcessSilentMode(UINT32, APO_CONNECTION_PROPERTY** ppInpu
                                         APO_CONNECTION_PROPERTY** ppOutputConnections)
 {
     if (CheckConnections(AUDIO_LOG_SITE, ppInputConnections, ppOutputConnections) != 0)
-        return 13;
-    if (AUDIO_MISSING(m_pEngine, 6))
-        return 6;
+        return AUDIO_BAD_DATA;
+    if (AUDIO_MISSING(m_pEngine, AUDIO_NO_HANDLE))
+        return AUDIO_NO_HANDLE;
     if (IsRareLineDue())
         AUDIOLOG_DEBUG(std::string(AUDIO_APO_TYPE_TAG[m_pEngine->m_iAPOType]) + " Audio has been Silent!");
     const UINT32 u32ValidFrameCount = ppInputConnections[0]->u32ValidFrameCount;
@@ -216,7 +218,7 @@ RT_CODE int CBaseAPO::IsNeedUpdataPara()
 {
     if (m_pEngine == nullptr)
     {
-        AUDIOLOG_ERROR(12, "m_pEngine is nullptr!");
+        AUDIOLOG_ERROR(AUDIO_NO_OBJECT, "m_pEngine is nullptr!");
         return 0;
     }
     const int iRenderMode = GetRenderMode();

@@ -3,6 +3,7 @@
 
 #include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_log.h"
+#include "audioapi/audio_api_result.h"
 
 #include <algorithm>
 #include <mutex>
@@ -25,7 +26,7 @@ int CBaseEngine::InputDataToQueue(const FLOAT32* pMicInputFrames, const int& iIn
 {
     InitAudioCacheBuffer(iInputChannelNum, ulFrameCount);
     if (!m_bCacheReady && m_iCacheFrameDataLen > 0)
-        return 13; // no memory; until the caches exist no frame may reach the worker, which uses them
+        return AUDIO_BAD_DATA; // no memory; until the caches exist no frame may reach the worker, which uses them
     const bool bStandard =
         ulFrameCount % static_cast<UINT32>(m_iStandardFrameLen) == 0 && GetSampleRate() == AUDIO_KELVANE_SAMPLE_RATE;
     const int iResult =
@@ -41,8 +42,8 @@ int CBaseEngine::InputStandardFrameToQueue(const FLOAT32* pMicInputFrames, const
                                            const int& iDataLen)
 {
     const int iAlgoDataLen = iInputChannelNum * m_iStandardFrameLen;
-    if (AUDIO_FAIL_IF(iAlgoDataLen <= 0, 13))
-        return 13;
+    if (AUDIO_FAIL_IF(iAlgoDataLen <= 0, AUDIO_BAD_DATA))
+        return AUDIO_BAD_DATA;
     int iResult = 0;
     {
         const std::lock_guard<CAudioLock> oGuard(m_csInputQueue);
@@ -57,8 +58,8 @@ int CBaseEngine::PushInputFrame(const FLOAT32* pMicInputFrames, int iAlgoDataLen
 {
     CAudioFrame oFrame{NewFloats(iAlgoDataLen), iAlgoDataLen};
     FLOAT32* const pInputDataIn = oFrame.pData.get();
-    if (AUDIO_MISSING(pInputDataIn, 13))
-        return 13;
+    if (AUDIO_MISSING(pInputDataIn, AUDIO_BAD_DATA))
+        return AUDIO_BAD_DATA;
     if (pMicInputFrames == nullptr)
         i = 0; // null has no frame i either; the copy refuses it
     const int iResult = AUDIO_CHECK(memmove_s(pInputDataIn, sizeof(FLOAT32) * iAlgoDataLen,
@@ -66,7 +67,7 @@ int CBaseEngine::PushInputFrame(const FLOAT32* pMicInputFrames, int iAlgoDataLen
     if (iResult != 0)
         std::fill_n(pInputDataIn, iAlgoDataLen, 0.0F);
     CalcInputFrameEnergy(pInputDataIn, iAlgoDataLen, AUDIO_ZERO_FRAME_LIMIT);
-    return AUDIO_FAIL_IF(!m_oInputQueue.Push(std::move(oFrame)), 13) ? 13 : iResult;
+    return AUDIO_FAIL_IF(!m_oInputQueue.Push(std::move(oFrame)), AUDIO_BAD_DATA) ? AUDIO_BAD_DATA : iResult;
 }
 
 int CBaseEngine::OutputDataFromQueue(FLOAT32* pf32OutputFrames, const int& iChannel, const UINT32& ulFrameCount)

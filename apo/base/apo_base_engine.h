@@ -39,8 +39,8 @@ public:
     virtual int InitAlgorithmParameter() = 0;
     virtual int RefreshAlgorithmParams() = 0;
 
-    // Takes one system frame of the stream's rate, iInputChannelNum * ulFrameCount floats. 13 for bad arguments, too
-    // small a gathering or no memory; the samples of a gathering stay for the next call.
+    // Takes one system frame of the stream's rate, iInputChannelNum * ulFrameCount floats. AUDIO_BAD_DATA for bad
+    // arguments, too small a gathering or no memory; the samples of a gathering stay for the next call.
     virtual int InputDataToQueue(const FLOAT32* pMicInputFrames, const int& iInputChannelNum,
                                  const UINT32& ulFrameCount);
     // Queues the whole standard frames in iDataLen floats of 48 kHz audio and wakes the worker. A rest is dropped.
@@ -95,8 +95,8 @@ public:
     // null when there is no whole block yet, or on failure.
     virtual std::unique_ptr<FLOAT32[]> FormatNonStandardFrame(const FLOAT32* pInputMicBuffer, const int& iChannel,
                                                               const UINT32& ulFrameCount, int& iReSampleDataLen);
-    // Gathers iChannel * iFrameLen floats of 48 kHz audio and queues the whole system frames that result. 6 when a
-    // frame can't be had, 13 when the caches can't; other codes are a copy's.
+    // Gathers iChannel * iFrameLen floats of 48 kHz audio and queues the whole system frames that result.
+    // AUDIO_NO_HANDLE when a frame can't be had, AUDIO_BAD_DATA when the caches can't; other codes are a copy's.
     virtual int FormatOutputFrameToQueue(const FLOAT32* pInputMicBuffer, const int& iChannel, const int& iFrameLen);
 
     // The engine's copy of a field of the status record; with iRefresh 1 renewed from the record first. Any thread.

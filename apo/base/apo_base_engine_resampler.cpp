@@ -3,6 +3,7 @@
 
 #include "audioapi/audio_api_dump.h"
 #include "audioapi/audio_api_log.h"
+#include "audioapi/audio_api_result.h"
 
 #include <algorithm>
 #include <iterator>
@@ -55,7 +56,7 @@ std::unique_ptr<FLOAT32[]> CBaseEngine::ReSamplerDataTo48K(const FLOAT32* pMicIn
 {
     const int iSampleRate = GetSampleRate();
     iReSampleDataLen = CAudioDATA::CalcReSampleLen(iFramelen, iSampleRate, AUDIO_KELVANE_SAMPLE_RATE);
-    if (AUDIO_FAIL_IF(iChannel <= 0 || iReSampleDataLen <= 0 || iFramelen <= 0, 13))
+    if (AUDIO_FAIL_IF(iChannel <= 0 || iReSampleDataLen <= 0 || iFramelen <= 0, AUDIO_BAD_DATA))
         return nullptr;
 
     std::unique_ptr<FLOAT32[]> pReSampleOwner;
@@ -92,7 +93,7 @@ std::unique_ptr<FLOAT32[]> CBaseEngine::ReSamplerDataFrom48K(const FLOAT32* pMic
 {
     const int iSampleRate = GetSampleRate();
     iReSampleDataLen = CAudioDATA::CalcReSampleLen(iFramelen, AUDIO_KELVANE_SAMPLE_RATE, iSampleRate);
-    if (AUDIO_FAIL_IF(iChannel <= 0 || iReSampleDataLen <= 0 || iFramelen <= 0, 13))
+    if (AUDIO_FAIL_IF(iChannel <= 0 || iReSampleDataLen <= 0 || iFramelen <= 0, AUDIO_BAD_DATA))
         return nullptr;
 
     std::unique_ptr<FLOAT32[]> pReSampleOwner;

@@ -2,6 +2,7 @@
 #include "apo/base/apo_base_engine.h"
 
 #include "audioapi/audio_api_log.h"
+#include "audioapi/audio_api_result.h"
 #include "audioapi/audio_api_trace.h"
 
 #include <algorithm>
@@ -36,12 +37,12 @@ void CBaseEngine::InitAudioCacheBuffer(const int& iChannel, const UINT32& ulFram
     if (iChannel <= 0 || ulFrameCount == 0 || m_iOutputBlockLen == 0)
         return;
     const int iSysDataLen = SystemDataLen(iChannel, ulFrameCount);
-    if (AUDIO_FAIL_IF(iSysDataLen <= 0, 13))
+    if (AUDIO_FAIL_IF(iSysDataLen <= 0, AUDIO_BAD_DATA))
         return;
     const int iSampleRate = GetSampleRate();
     const int iPerSampleFrameLen = PerSampleFrameLen(iSampleRate);
     const int iPerSampleDataLen = iChannel * iPerSampleFrameLen;
-    if (AUDIO_FAIL_IF(iPerSampleDataLen <= 0, 13))
+    if (AUDIO_FAIL_IF(iPerSampleDataLen <= 0, AUDIO_BAD_DATA))
         return;
     const bool bWholeBlocks = CAudioDATA::AlignProcessDataLen(iSysDataLen, iChannel, iSampleRate) == iSysDataLen;
     const int iAddition = bWholeBlocks ? 0 : iLeadInBlockCount * iPerSampleDataLen;
@@ -49,15 +50,15 @@ void CBaseEngine::InitAudioCacheBuffer(const int& iChannel, const UINT32& ulFram
     m_iInputCacheDataLen = iAddition;
     m_iCacheFrameDataLen = iPerSampleFrameLen + iAddition + iSysDataLen;
     m_pInputCacheBuffer.Allocate(m_iCacheFrameDataLen);
-    if (AUDIO_MISSING(m_pInputCacheBuffer, 13))
+    if (AUDIO_MISSING(m_pInputCacheBuffer, AUDIO_BAD_DATA))
         return;
     m_iAlgoOutputDataLen = 0;
     m_pAlgoOutputBuffer.Allocate(4 * m_iOutputBlockLen * iChannel);
-    if (AUDIO_MISSING(m_pAlgoOutputBuffer, 13))
+    if (AUDIO_MISSING(m_pAlgoOutputBuffer, AUDIO_BAD_DATA))
         return;
     m_iOutputCacheDataLen = 0;
     m_pOutputCacheBuffer.Allocate(m_iCacheFrameDataLen);
-    if (AUDIO_MISSING(m_pOutputCacheBuffer, 13))
+    if (AUDIO_MISSING(m_pOutputCacheBuffer, AUDIO_BAD_DATA))
         return;
     m_bCacheReady = true;
     AUDIOLOG_EVENT_INFO("SystemPerFrame Length:" + std::to_string(ulFrameCount) + ",FrameSample:" +
@@ -86,8 +87,8 @@ int CBaseEngine::InputNonStandardFrameToQueue(const FLOAT32* pMicInputFrames, co
     const std::unique_ptr<FLOAT32[]> pReSamplerOwner =
         FormatNonStandardFrame(pMicInputFrames, iInputChannelNum, ulFrameCount, iReSampleDataLen);
     const FLOAT32* const pReSamplerBuffer = pReSamplerOwner.get();
-    if (AUDIO_MISSING(pReSamplerBuffer, 13))
-        return 13;
+    if (AUDIO_MISSING(pReSamplerBuffer, AUDIO_BAD_DATA))
+        return AUDIO_BAD_DATA;
     return AUDIO_CHECK(InputStandardFrameToQueue(pReSamplerBuffer, iInputChannelNum, iReSampleDataLen));
 }
 
@@ -126,8 +127,8 @@ int CBaseEngine::FormatOutputFrameToQueue(const FLOAT32* pInputMicBuffer, const 
 {
     const int iOutChannelCount = GetOutChannelCount();
     const int iStandardDataLen = iOutChannelCount * m_iOutputBlockLen * (GetSampleRate() == 22050 ? 2 : 1);
-    if (AUDIO_FAIL_IF(iStandardDataLen <= 0, 13))
-        return 13;
+    if (AUDIO_FAIL_IF(iStandardDataLen <= 0, AUDIO_BAD_DATA))
+        return AUDIO_BAD_DATA;
     if (const int iResult = AppendAlgoOutput(pInputMicBuffer, iChannel * iFrameLen))
         return iResult;
     if (m_iAlgoOutputDataLen < iStandardDataLen)
@@ -146,13 +147,13 @@ int CBaseEngine::FormatOutputFrameToQueue(const FLOAT32* pInputMicBuffer, const 
     return CutSystemFrames(iSystemDataLen);
 }
 
-// 13 without memory: the frame is lost.
+// AUDIO_BAD_DATA without memory: the frame is lost.
 int CBaseEngine::AppendAlgoOutput(const FLOAT32* pInputMicBuffer, int iAlgoDataLen)
 {
     const int iDataLen = m_iAlgoOutputDataLen + iAlgoDataLen;
     if (iDataLen > m_pAlgoOutputBuffer.GetCapacity() &&
         !GrowCache(m_pAlgoOutputBuffer, iDataLen, m_iAlgoOutputDataLen, "m_pAlgoOutputBuffer"))
-        return 13;
+        return AUDIO_BAD_DATA;
     if (AUDIO_CHECK(memmove_s(m_pAlgoOutputBuffer + m_iAlgoOutputDataLen, sizeof(FLOAT32) * iAlgoDataLen,
                               pInputMicBuffer, sizeof(FLOAT32) * iAlgoDataLen)) != 0)
         std::fill_n(m_pAlgoOutputBuffer + m_iAlgoOutputDataLen, iAlgoDataLen, 0.0F);
@@ -160,14 +161,14 @@ int CBaseEngine::AppendAlgoOutput(const FLOAT32* pInputMicBuffer, int iAlgoDataL
     return 0;
 }
 
-// A block that couldn't be converted goes out as silence. 13 without memory: the block is lost.
+// A block that couldn't be converted goes out as silence. AUDIO_BAD_DATA without memory: the block is lost.
 int CBaseEngine::AppendOutputCache(const FLOAT32* pReSamplerBuffer, int iReSampleDataLen, int iSystemDataLen)
 {
     if (m_pOutputCacheBuffer == nullptr || m_iOutputCacheDataLen + iReSampleDataLen > m_iCacheFrameDataLen)
     {
         const int iDataLen = std::max(m_iOutputCacheDataLen, iSystemDataLen) + iReSampleDataLen;
         if (!GrowCache(m_pOutputCacheBuffer, iDataLen, m_iOutputCacheDataLen, "m_pOutputCacheBuffer"))
-            return 13;
+            return AUDIO_BAD_DATA;
         m_iCacheFrameDataLen = iDataLen;
     }
     if (AUDIO_CHECK(memmove_s(m_pOutputCacheBuffer + m_iOutputCacheDataLen, sizeof(FLOAT32) * m_iCacheFrameDataLen,
@@ -177,7 +178,8 @@ int CBaseEngine::AppendOutputCache(const FLOAT32* pReSamplerBuffer, int iReSampl
     return 0;
 }
 
-// Queues every whole system frame of the output cache. The last copy's code, or 6 when a frame can't be had.
+// Queues every whole system frame of the output cache. The last copy's code, or AUDIO_NO_HANDLE when a frame can't be
+// had.
 int CBaseEngine::CutSystemFrames(int iSystemDataLen)
 {
     int iResult = 0;
@@ -185,8 +187,8 @@ int CBaseEngine::CutSystemFrames(int iSystemDataLen)
     {
         CAudioFrame oFrame{NewFloats(iSystemDataLen), iSystemDataLen};
         FLOAT32* const pFloatFrameData = oFrame.pData.get();
-        if (AUDIO_MISSING(pFloatFrameData, 6))
-            return 6;
+        if (AUDIO_MISSING(pFloatFrameData, AUDIO_NO_HANDLE))
+            return AUDIO_NO_HANDLE;
         iResult = AUDIO_CHECK(memmove_s(pFloatFrameData, sizeof(FLOAT32) * iSystemDataLen, m_pOutputCacheBuffer,
                                         sizeof(FLOAT32) * iSystemDataLen));
         m_iOutputCacheDataLen -= iSystemDataLen;
@@ -197,8 +199,8 @@ int CBaseEngine::CutSystemFrames(int iSystemDataLen)
         AUDIOLOG_DEBUG("iSystemDataLen=" + std::to_string(iSystemDataLen) +
                        ", left m_iOutputDataLen=" + std::to_string(m_iOutputCacheDataLen));
         const std::lock_guard<CAudioLock> oGuard(m_csOutputQueue);
-        if (AUDIO_FAIL_IF(!m_oOutputQueue.Push(std::move(oFrame)), 6))
-            return 6;
+        if (AUDIO_FAIL_IF(!m_oOutputQueue.Push(std::move(oFrame)), AUDIO_NO_HANDLE))
+            return AUDIO_NO_HANDLE;
     }
     return iResult;
 }
@@ -208,7 +210,7 @@ bool CBaseEngine::GrowCache(CAudioFloatCache& oCache, int iDataLen, int iKeepDat
 {
     if (!oCache.Grow(iDataLen, iKeepDataLen))
     {
-        AUDIOLOG_ERROR(13, pName);
+        AUDIOLOG_ERROR(AUDIO_BAD_DATA, pName);
         return false;
     }
     AUDIOLOG_INFO(std::string(pName) + " grown, SystemPerFrame Length:" + std::to_string(m_iSystemFrameLen) +

@@ -6,6 +6,7 @@
 #include "audioapi/audio_api_lock.h"
 #include "audioapi/audio_api_log.h"
 #include "audioapi/audio_api_monitor.h"
+#include "audioapi/audio_api_result.h"
 
 #include <atomic>
 #include <chrono>
@@ -15,9 +16,6 @@
 namespace
 {
 using CClock = std::chrono::steady_clock; // as the waits' own
-
-constexpr DWORD NO_HANDLE = 6;
-constexpr HRESULT NO_OBJECT = 12;
 
 std::atomic<int> g_iLeftBehind{0}; // threads without an owner
 } // namespace
@@ -86,16 +84,16 @@ DWORD CKelvaneCallThread::Start(std::function<void()> fEnd)
     if (g_iLeftBehind != 0)
         return ERROR_TIMEOUT;
     m_pState = std::make_shared<State>();
-    if (AUDIO_MISSING(m_pState->hCallEvent, NO_HANDLE) || AUDIO_MISSING(m_pState->hDoneEvent, NO_HANDLE) ||
-        AUDIO_MISSING(m_pState->hEndEvent, NO_HANDLE))
-        return NO_HANDLE;
+    if (AUDIO_MISSING(m_pState->hCallEvent, AUDIO_NO_HANDLE) || AUDIO_MISSING(m_pState->hDoneEvent, AUDIO_NO_HANDLE) ||
+        AUDIO_MISSING(m_pState->hEndEvent, AUDIO_NO_HANDLE))
+        return AUDIO_NO_HANDLE;
     m_pState->fEnd = std::move(fEnd);
     m_pState->pSelf = m_pState;
     m_pWork = CAudioMonitor::CreateMonitorThread(ProcessCallThread, m_pState.get(), &m_pState->iRunFlag);
     if (m_pWork != nullptr)
         return 0;
     m_pState->pSelf.reset();
-    return NO_HANDLE;
+    return AUDIO_NO_HANDLE;
 }
 
 bool CKelvaneCallThread::IsOut() const
@@ -111,7 +109,7 @@ bool CKelvaneCallThread::IsLate() const
 HRESULT CKelvaneCallThread::Run(std::function<HRESULT()> fCall, DWORD dwWait)
 {
     if (m_pWork == nullptr)
-        return NO_HANDLE;
+        return AUDIO_NO_HANDLE;
     if (IsOut())
         return ERROR_TIMEOUT;
     m_pState->fCall = std::move(fCall);
@@ -164,7 +162,7 @@ void CKelvaneCallThread::ProcessCall(State& oState) noexcept
     }
     catch (...)
     {
-        oState.hResult = NO_OBJECT;
+        oState.hResult = AUDIO_NO_OBJECT;
     }
     oState.fCall = nullptr;
     oState.bLate = CClock::now() - oState.oCallTime >= std::chrono::milliseconds(DEVICE_CALL_WAIT);

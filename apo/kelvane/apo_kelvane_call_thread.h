@@ -18,11 +18,12 @@ public:
     CKelvaneCallThread(const CKelvaneCallThread&) = delete;
     CKelvaneCallThread& operator=(const CKelvaneCallThread&) = delete;
 
-    // Once, or again after ERROR_TIMEOUT. fEnd runs on the thread, behind its last call. 0; 6 without a thread;
-    // ERROR_TIMEOUT, and no thread, while one that was left behind is there still.
+    // Once, or again after ERROR_TIMEOUT. fEnd runs on the thread, behind its last call. 0; AUDIO_NO_HANDLE without a
+    // thread; ERROR_TIMEOUT, and no thread, while one that was left behind is there still.
     DWORD Start(std::function<void()> fEnd);
-    // The call's result; 6 without a thread; ERROR_TIMEOUT when it doesn't return within so many milliseconds, or at
-    // once while an earlier one is out. fCall owns what it uses; an exception gives 12.
+    // The call's result; AUDIO_NO_HANDLE without a thread; ERROR_TIMEOUT when it doesn't return within so many
+    // milliseconds, or at once while an earlier one is out. fCall owns what it uses; an exception gives
+    // AUDIO_NO_OBJECT.
     HRESULT Run(std::function<HRESULT()> fCall, DWORD dwWait);
     // Whether a call hasn't returned, or the last one took DEVICE_CALL_WAIT and more.
     bool IsLate() const;

@@ -3,14 +3,12 @@
 
 #include "audioapi/audio_api_handle.h"
 #include "audioapi/audio_api_log.h"
+#include "audioapi/audio_api_result.h"
 
 #include <mutex>
 
 namespace
 {
-constexpr INT64 NO_HANDLE = 6;
-constexpr DWORD NO_OBJECT = 12;
-constexpr DWORD BAD_ARGUMENT = 13;
 static_assert(sizeof(SP_DEVICE_INTERFACE_DATA) == 32 && sizeof(SP_DEVINFO_DATA) == 32 &&
               sizeof(SP_DEVICE_INTERFACE_DETAIL_DATA_W) == 8);
 } // namespace
@@ -43,13 +41,13 @@ DWORD CCodecGainConfig::FindTargetGuid(const GUID& guidInterface, PSP_DEVICE_INT
                                        DWORD& ulSize)
 {
     m_hDevInfo = SetupDiGetClassDevsW(&guidInterface, nullptr, nullptr, DIGCF_PRESENT | DIGCF_DEVICEINTERFACE);
-    if (AUDIO_FAIL_IF((INVALID_HANDLE_VALUE == m_hDevInfo), NO_HANDLE))
-        return NO_HANDLE;
+    if (AUDIO_FAIL_IF((INVALID_HANDLE_VALUE == m_hDevInfo), AUDIO_NO_HANDLE))
+        return AUDIO_NO_HANDLE;
     DWORD index = 0;
     while (SetupDiEnumDeviceInterfaces(m_hDevInfo, nullptr, &guidInterface, index, pDevInterfaceData))
         ++index;
     if (index == 0)
-        return NO_OBJECT;
+        return AUDIO_NO_OBJECT;
     index = 0;
     if (const DWORD dwResult = AUDIO_CHECK_WIN(
             SetupDiEnumDeviceInterfaces(m_hDevInfo, nullptr, (LPGUID)&guidInterface, index, pDevInterfaceData)))
@@ -63,12 +61,12 @@ DWORD CCodecGainConfig::FindTargetGuid(const GUID& guidInterface, PSP_DEVICE_INT
 DWORD CCodecGainConfig::OpenDeviceInterface(SP_DEVICE_INTERFACE_DATA& oDevInterfaceData, SP_DEVINFO_DATA& oDevInfoData,
                                             const DWORD& ulSize)
 {
-    if (AUDIO_FAIL_IF((ulSize == 0), BAD_ARGUMENT))
-        return BAD_ARGUMENT;
+    if (AUDIO_FAIL_IF((ulSize == 0), AUDIO_BAD_DATA))
+        return AUDIO_BAD_DATA;
     const CAudioLocalMemory pMemory(LocalAlloc(LPTR, ulSize));
     auto* const pDevInterfaceDetailData = static_cast<PSP_DEVICE_INTERFACE_DETAIL_DATA_W>(pMemory.get());
-    if (AUDIO_MISSING(pDevInterfaceDetailData, NO_OBJECT))
-        return NO_OBJECT;
+    if (AUDIO_MISSING(pDevInterfaceDetailData, AUDIO_NO_OBJECT))
+        return AUDIO_NO_OBJECT;
     pDevInterfaceDetailData->cbSize = sizeof(*pDevInterfaceDetailData);
     if (const DWORD dwResult =
             AudioCheckWin(SetupDiGetDeviceInterfaceDetailW(m_hDevInfo, &oDevInterfaceData, pDevInterfaceDetailData,
@@ -82,7 +80,7 @@ DWORD CCodecGainConfig::OpenDeviceInterface(SP_DEVICE_INTERFACE_DATA& oDevInterf
         CreateFileW(pDevInterfaceDetailData->DevicePath, GENERIC_READ | GENERIC_WRITE,
                     FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, FILE_FLAG_OVERLAPPED, nullptr);
     m_oDevice.Open(m_hDevicePath);
-    return AUDIO_FAIL_IF((INVALID_HANDLE_VALUE == m_hDevicePath), NO_HANDLE) ? NO_HANDLE : 0;
+    return AUDIO_FAIL_IF((INVALID_HANDLE_VALUE == m_hDevicePath), AUDIO_NO_HANDLE) ? AUDIO_NO_HANDLE : 0;
 }
 
 DWORD CCodecGainConfig::SetHWGain(ULONG ulGain, const char* pDone)

@@ -33,8 +33,8 @@ struct CodecDesign
 class CCodecGainConfig
 {
 public:
-    // 12, without a line, when there is no device of the class; else leaves the first one in pDevInterfaceData and the
-    // size of its detail record, in bytes, in ulSize.
+    // AUDIO_NO_OBJECT, without a line, when there is no device of the class; else leaves the first one in
+    // pDevInterfaceData and the size of its detail record, in bytes, in ulSize.
     DWORD FindTargetGuid(const GUID& guidInterface, PSP_DEVICE_INTERFACE_DATA pDevInterfaceData, DWORD& ulSize);
     DWORD OpenDeviceInterface(SP_DEVICE_INTERFACE_DATA& oDevInterfaceData, SP_DEVINFO_DATA& oDevInfoData,
                               const DWORD& ulSize);

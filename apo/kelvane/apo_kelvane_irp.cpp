@@ -2,6 +2,7 @@
 #include "apo/kelvane/apo_kelvane_irp.h"
 
 #include "audioapi/audio_api_log.h"
+#include "audioapi/audio_api_result.h"
 #include "audioapi/audio_api_string.h"
 
 #include <mutex>
@@ -11,7 +12,6 @@ namespace
 constexpr int OPEN_ATTEMPTS = 4;
 constexpr DWORD OPEN_PAUSE = 3;    // milliseconds
 constexpr DWORD CANCEL_WAIT = 200; // milliseconds
-constexpr INT64 NO_HANDLE = 6;
 
 // What the driver takes: a reserved word, the status.
 constexpr size_t STATUS_WORD = 1;
@@ -38,7 +38,7 @@ CKelvaneIRP::CKelvaneIRP(const std::string& strDeviceName)
     }
     AUDIOLOG_INFO("Success to Initialize IRP interface:" + strDeviceName);
     m_hEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    if (AUDIO_MISSING(m_hEvent, NO_HANDLE))
+    if (AUDIO_MISSING(m_hEvent, AUDIO_NO_HANDLE))
         return;
     AUDIO_CHECK(SetKelvaneStatus(KELVANE_STATUS_ACTIVE));
 }
@@ -98,7 +98,7 @@ DWORD CKelvaneIRP::WaitForCompletion(CKelvaneRequest& oRequest)
     if (!m_oDevice.IsPending())
         return dwResult;
     const HANDLE hEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    if (AUDIO_MISSING(hEvent, NO_HANDLE))
+    if (AUDIO_MISSING(hEvent, AUDIO_NO_HANDLE))
         return dwResult; // with the old one a wait may end early, as a failure
     CloseHandle(m_hEvent);
     m_hEvent = hEvent;

@@ -8,6 +8,7 @@
 #include "audioapi/audio_api_log.h"
 #include "audioapi/audio_api_monitor.h"
 #include "audioapi/audio_api_registry.h"
+#include "audioapi/audio_api_result.h"
 #include "audioapi/audio_api_string.h"
 
 #include <cstdio>
@@ -43,7 +44,7 @@ template <class Step> void RunStep(const char* pStep, Step fStep)
     }
     catch (const std::exception& oException)
     {
-        AUDIOLOG_ERROR(13, std::string(pStep) + " failed:" + oException.what());
+        AUDIOLOG_ERROR(AUDIO_BAD_DATA, std::string(pStep) + " failed:" + oException.what());
     }
 }
 } // namespace
@@ -82,14 +83,13 @@ template <class Function> void FindExport(HMODULE hDll, Function& fMember, const
 } // namespace
 
 // Looks one entry point up; a missing one is logged under its member's name.
-#define FIND_EXPORT(fMember, pExport)                                                                                  \
-    (FindExport(m_hDll, fMember, pExport), !AUDIO_MISSING(fMember, KELVANE_ERROR_NO_EXPORT))
+#define FIND_EXPORT(fMember, pExport) (FindExport(m_hDll, fMember, pExport), !AUDIO_MISSING(fMember, AUDIO_NO_EXPORT))
 
 void CKelvaneManager::LoadProcessDll()
 {
-    INT32 iResult = KELVANE_ERROR_NOT_LOADED;
+    INT32 iResult = AUDIO_NO_LIBRARY;
     m_hDll = LoadLibraryA(AUDIO_KELVANE_DLL_PATH);
-    if (!AUDIO_MISSING(m_hDll, KELVANE_ERROR_NOT_LOADED))
+    if (!AUDIO_MISSING(m_hDll, AUDIO_NO_LIBRARY))
         iResult = FindExports();
     m_bLoadDLL = iResult == 0;
     if (!m_bLoadDLL)
@@ -100,7 +100,7 @@ void CKelvaneManager::LoadProcessDll()
 INT32 CKelvaneManager::FindExports()
 {
     if (!FIND_EXPORT(m_fAudioKelvaneGetVersion, "AudioKelvaneGetVersion"))
-        return KELVANE_ERROR_NO_EXPORT;
+        return AUDIO_NO_EXPORT;
     const INT32 iResult = AUDIO_CHECK(AudioKelvaneGetVersion());
     const bool bFound = FIND_EXPORT(m_fAudioKelvaneGetSize, "AudioKelvaneGetSize") &&
                         FIND_EXPORT(m_fAudioKelvaneInit, "AudioKelvaneInit") &&
@@ -111,7 +111,7 @@ INT32 CKelvaneManager::FindExports()
                         FIND_EXPORT(m_fAudioKelvaneSetBatteryInfo, "AudioKelvaneSetBatteryInformation") &&
                         FIND_EXPORT(m_fAudioKelvaneClearStatus, "AudioKelvaneClearStatus") &&
                         FIND_EXPORT(m_fAudioKelvaneTemperature, "AudioKelvaneSetTemperatureInformation");
-    return bFound ? iResult : KELVANE_ERROR_NO_EXPORT;
+    return bFound ? iResult : AUDIO_NO_EXPORT;
 }
 
 INT32 CKelvaneManager::AudioKelvaneGetVersion()

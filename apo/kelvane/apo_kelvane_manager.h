@@ -2,8 +2,8 @@
 #pragma once
 
 #include "apo/kelvane/apo_kelvane_irp.h"
-#include "apo/kelvane/apo_kelvane_records.h"
 #include "audioapi/audio_api_singleton.h"
+#include "protection/kelvane_protection.h"
 
 #include <windows.h>
 

@@ -4,6 +4,7 @@
 
 #include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_log.h"
+#include "audioapi/audio_api_result.h"
 #include "audioapi/audio_api_string.h"
 #include "audioapi/audio_api_system.h"
 #include "platform/hostpath.h"
@@ -16,15 +17,13 @@
 
 namespace
 {
-constexpr INT64 TAG_MISSING = 1465;
 constexpr UINT32 VOLUME_LIMIT_MAX = 100; // percent
-constexpr INT64 NO_DATA = 13;
 
 // An element without which the file is of no use; the second line tells which file.
 void ReportMissingTag(const char* pText, const std::string& strPath, const AudioLogSite& oSite)
 {
-    AUDIO_LOG_AT(oSite, AUDIO_LEVEL_ERROR, TAG_MISSING, pText);
-    AUDIO_LOG_AT(oSite, AUDIO_LEVEL_ERROR, TAG_MISSING, "Tag missing in xml file:" + strPath);
+    AUDIO_LOG_AT(oSite, AUDIO_LEVEL_ERROR, AUDIO_NO_TAG, pText);
+    AUDIO_LOG_AT(oSite, AUDIO_LEVEL_ERROR, AUDIO_NO_TAG, "Tag missing in xml file:" + strPath);
 }
 
 // Parses the file; its root element, or null with the failure logged at the caller's site. The element lives as long as
@@ -57,7 +56,7 @@ const tinyxml2::XMLElement* FindTag(const tinyxml2::XMLElement* pXmlElement, con
 bool ReadIntegerList(const tinyxml2::XMLElement* pXmlElement, const std::string& strTag, std::vector<INT32>& oValues,
                      const AudioLogSite& oSite)
 {
-    if (AudioCheckCondition(pXmlElement == nullptr, oSite, NO_DATA, "pXmlElement"))
+    if (AudioCheckCondition(pXmlElement == nullptr, oSite, AUDIO_BAD_DATA, "pXmlElement"))
         return false;
     const tinyxml2::XMLElement* pXmlTag = FindTag(pXmlElement, strTag, oSite);
     if (pXmlTag == nullptr)
@@ -89,7 +88,7 @@ void CKelvaneManager::LoadConfigFile()
     }
     catch (const std::bad_alloc&)
     {
-        AUDIOLOG_ERROR(NO_DATA, "Failed to load xml file:" + strPath);
+        AUDIOLOG_ERROR(AUDIO_BAD_DATA, "Failed to load xml file:" + strPath);
     }
 }
 
@@ -155,7 +154,7 @@ try
 }
 catch (const std::bad_alloc&)
 {
-    AUDIOLOG_ERROR(NO_DATA, "Failed to load xml file:" + strPath);
+    AUDIOLOG_ERROR(AUDIO_BAD_DATA, "Failed to load xml file:" + strPath);
     return false;
 }
 

@@ -3,13 +3,13 @@
 #include "apo/kelvane/apo_kelvane_tuning_text.h"
 #include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_log.h"
+#include "audioapi/audio_api_result.h"
 
 #include <cstring>
 #include <new>
 
 namespace
 {
-constexpr INT64 NO_DATA = 13;
 constexpr size_t SHORT_TOKEN_LEN = 6; // "0x" and four digits
 
 // A scan that doesn't fill its one value is logged with its result; the value keeps what it was.
@@ -23,7 +23,7 @@ void CheckScan(int iScanned, const AudioLogSite& oSite, const char* pText)
 
 void CKelvaneManager::LoadAlgorithmConfig(const tinyxml2::XMLElement* pXmlElement)
 {
-    if (AUDIO_MISSING(pXmlElement, NO_DATA))
+    if (AUDIO_MISSING(pXmlElement, AUDIO_BAD_DATA))
         return;
     const std::string strKey = AttributeText(pXmlElement, "ID");
     const std::string strValue = AttributeText(pXmlElement, "VALUE");
@@ -40,10 +40,10 @@ std::unique_ptr<KelvaneStruParam> CKelvaneManager::ParseAlgorithmPara(const std:
     const size_t iParaCount = oVctPara.size();
     // Their names are those of the log's texts.
     const std::unique_ptr<INT16[]> g_pShortData(new (std::nothrow) INT16[iParaCount]());
-    if (AUDIO_FAIL_IF(g_pShortData == nullptr, NO_DATA))
+    if (AUDIO_FAIL_IF(g_pShortData == nullptr, AUDIO_BAD_DATA))
         return nullptr;
     const std::unique_ptr<double[]> g_pDoubleData(new (std::nothrow) double[iParaCount]());
-    if (AUDIO_FAIL_IF(g_pDoubleData == nullptr, NO_DATA))
+    if (AUDIO_FAIL_IF(g_pDoubleData == nullptr, AUDIO_BAD_DATA))
         return nullptr;
 
     size_t iShortCount = 0;
@@ -66,7 +66,7 @@ std::unique_ptr<KelvaneStruParam> CKelvaneManager::ParseAlgorithmPara(const std:
                       " has more tokens than its record, ignored:" + std::to_string(iIgnored));
 
     std::unique_ptr<KelvaneStruParam> pStruParam(new (std::nothrow) KelvaneStruParam());
-    if (AUDIO_MISSING(pStruParam, NO_DATA))
+    if (AUDIO_MISSING(pStruParam, AUDIO_BAD_DATA))
         return nullptr;
     memcpy(pStruParam.get(), g_pShortData.get(), iShortCount * sizeof(INT16));
     memcpy(pStruParam->sLSMTvcCoef0, g_pDoubleData.get(), iDoubleCount * sizeof(double));
@@ -83,7 +83,7 @@ const KelvaneStruParam* CKelvaneManager::GetAlgorithmStruct(const std::string& s
     }
     if (m_mapAlgoParam.empty())
     {
-        AUDIOLOG_EVENT_ERROR(NO_DATA, std::string(AUDIO_EVENT_PARAM_EMPTY) + "Parameter list is empty!");
+        AUDIOLOG_EVENT_ERROR(AUDIO_BAD_DATA, std::string(AUDIO_EVENT_PARAM_EMPTY) + "Parameter list is empty!");
         return nullptr;
     }
     const auto& [strFirstKey, pFirst] = *m_mapAlgoParam.begin();

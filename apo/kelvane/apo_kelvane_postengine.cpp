@@ -6,6 +6,7 @@
 #include "audioapi/audio_api_dump.h"
 #include "audioapi/audio_api_log.h"
 #include "audioapi/audio_api_monitor.h"
+#include "audioapi/audio_api_result.h"
 #include "audioapi/audio_api_time.h"
 
 #include <algorithm>
@@ -16,7 +17,6 @@
 
 namespace
 {
-constexpr int iNoInstance = KELVANE_ERROR_NO_MEMORY;
 constexpr int iReportFrameCount = 1000; // a timing period has one frame more
 constexpr INT64 i64GapTimeLimit = 10;   // milliseconds for two frames, which is their playing time
 
@@ -47,8 +47,8 @@ int CKelvanePostEngine::InputStandardFrameToQueue(const FLOAT32* pMicInputFrames
                                                   const int& iDataLen)
 {
     const int iAlgoDataLen = iInputChannelNum * AUDIO_KELVANE_FRAME_LEN;
-    if (AUDIO_FAIL_IF(iAlgoDataLen <= 0, 13))
-        return 13;
+    if (AUDIO_FAIL_IF(iAlgoDataLen <= 0, AUDIO_BAD_DATA))
+        return AUDIO_BAD_DATA;
     int iResult = 0;
     {
         const std::lock_guard<CAudioLock> oGuard(m_csInputQueue);
@@ -121,7 +121,7 @@ int CKelvanePostEngine::SplitInputDataItem()
         oFrame = m_oInputQueue.Pop();
     } while (oFrame.pData != nullptr && oFrame.iDataLen != n * AUDIO_KELVANE_FRAME_LEN);
     if (oFrame.pData == nullptr)
-        return 13;
+        return AUDIO_BAD_DATA;
 
     // In DIV mode and with four channels, two stream channels drive four of the library's.
     const bool bDIVMode = CKelvaneManager::Instance()->m_iDIVMode == 1;
@@ -171,8 +171,8 @@ bool CKelvanePostEngine::HasChannel(int iChannel)
 
 int CKelvanePostEngine::AudioKelvaneApply()
 {
-    if (AUDIO_MISSING(m_pRunBuf, iNoInstance) || AUDIO_MISSING(m_pScratchBuf, iNoInstance))
-        return iNoInstance;
+    if (AUDIO_MISSING(m_pRunBuf, AUDIO_NO_INSTANCE) || AUDIO_MISSING(m_pScratchBuf, AUDIO_NO_INSTANCE))
+        return AUDIO_NO_INSTANCE;
     SYSTEMTIME stStart;
     GetLocalTime(&stStart);
     const UINT32 iSysPower = m_iSysPower;
@@ -231,8 +231,8 @@ catch (...)
 int CKelvanePostEngine::MergerOutputDataItem()
 {
     const int iChannelCount = GetOutChannelCount();
-    if (AUDIO_FAIL_IF(iChannelCount > KELVANE_MAX_CHANNELS, 13))
-        return 13;
+    if (AUDIO_FAIL_IF(iChannelCount > KELVANE_MAX_CHANNELS, AUDIO_BAD_DATA))
+        return AUDIO_BAD_DATA;
     if (iChannelCount == 4)
         SwapOutputChannelData();
     FLOAT32 pOutBuf[KELVANE_MAX_CHANNELS * AUDIO_KELVANE_FRAME_LEN];

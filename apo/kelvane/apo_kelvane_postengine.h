@@ -2,9 +2,9 @@
 #pragma once
 
 #include "apo/kelvane/apo_kelvane_engine.h"
-#include "apo/kelvane/apo_kelvane_records.h"
 #include "apo/kelvane/apo_kelvane_sensor_queue.h"
 #include "audioapi/audio_api_log.h"
+#include "protection/kelvane_protection.h"
 
 #include <windows.h>
 
@@ -64,11 +64,11 @@ public:
     KelvaneDataStruct* InitDataStruct(const int& iChannelCount);
     void ReleaseDataStruct(KelvaneDataStruct** pDataStruct);
 
-    // Takes the oldest input frame apart into psDataIn. 13 when there is none.
+    // Takes the oldest input frame apart into psDataIn. AUDIO_BAD_DATA when there is none.
     int SplitInputDataItem();
     // Records the frame in psDataIn, interleaved, at dump level 3.
     void DumpInputDataItem(const KelvaneDataStruct* pDataStruct, int iDataLen);
-    // Runs the library on the frame in psDataIn. The library's code, 1001 without an instance.
+    // Runs the library on the frame in psDataIn. The library's code, AUDIO_NO_INSTANCE without an instance.
     int AudioKelvaneApply();
     // A tick of the slow clock, after every second frame: 10 ms of audio. Inline mode runs the periodic jobs at once.
     void ParameterRelease();

@@ -3,6 +3,7 @@
 #include "apo/kelvane/apo_kelvane_postengine.h"
 #include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_log.h"
+#include "audioapi/audio_api_result.h"
 
 #include <string>
 #include <utility>
@@ -89,7 +90,7 @@ void CKelvanePostEngine::FollowTicks(JobThread eThread, const CAudioFlag& bRun, 
     int iTick = 0;
     while (bRun == 1)
     {
-        if (AudioCheckCondition(hEvent == nullptr, oSite, 6, pEventText))
+        if (AudioCheckCondition(hEvent == nullptr, oSite, AUDIO_NO_HANDLE, pEventText))
             return;
         if (WaitForSingleObject(hEvent, INFINITE) != WAIT_OBJECT_0)
         {
@@ -109,7 +110,7 @@ void CKelvanePostEngine::FollowTicks(JobThread eThread, const CAudioFlag& bRun, 
 void CALLBACK CKelvanePostEngine::ProcessTemperatureThread(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK)
 {
     CKelvanePostEngine* const pThis = static_cast<CKelvanePostEngine*>(pContext);
-    if (AUDIO_MISSING(pThis, 87) || pThis->m_bInlineMode != 0)
+    if (AUDIO_MISSING(pThis, AUDIO_NO_POINTER) || pThis->m_bInlineMode != 0)
         return;
     pThis->FollowTicks(JobThread::Temperature, pThis->m_bTemperatureRun, pThis->m_hTemperatureEvent,
                        pThis->m_iTemperatureTicks, AUDIO_LOG_SITE, "pThis->m_hTemperatureEvent");
@@ -118,7 +119,7 @@ void CALLBACK CKelvanePostEngine::ProcessTemperatureThread(PTP_CALLBACK_INSTANCE
 void CALLBACK CKelvanePostEngine::ProcessParameterThread(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK)
 {
     CKelvanePostEngine* const pThis = static_cast<CKelvanePostEngine*>(pContext);
-    if (AUDIO_MISSING(pThis, 87) || pThis->m_bInlineMode != 0)
+    if (AUDIO_MISSING(pThis, AUDIO_NO_POINTER) || pThis->m_bInlineMode != 0)
         return;
     pThis->FollowTicks(JobThread::Parameter, pThis->m_bParameterRun, pThis->m_hParameterEvent, pThis->m_iParameterTicks,
                        AUDIO_LOG_SITE, "pThis->m_hParameterEvent");

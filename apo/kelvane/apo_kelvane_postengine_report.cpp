@@ -2,13 +2,13 @@
 #include "apo/kelvane/apo_kelvane_manager.h"
 #include "apo/kelvane/apo_kelvane_postengine.h"
 #include "audioapi/audio_api_log.h"
+#include "audioapi/audio_api_result.h"
 
 #include <cstdio>
 #include <string>
 
 namespace
 {
-constexpr int iNoText = 13;
 
 struct PrintItem
 {
@@ -43,7 +43,7 @@ std::string PrintField(const PrintItem& oItem, const KelvaneStruParam& oStruPara
         snprintf(szText, sizeof(szText), "%s[8]=%.2f,%.2f,%.2f,%.2f,%.2f,%.2f,%.2f,%.2f;", oItem.pName, fValues[0],
                  fValues[1], fValues[2], fValues[3], fValues[4], fValues[5], fValues[6], fValues[7]);
     if (iLen < 1)
-        AUDIOLOG_ERROR(iNoText, oItem.pFailure);
+        AUDIOLOG_ERROR(AUDIO_BAD_DATA, oItem.pFailure);
     return szText;
 }
 } // namespace
@@ -64,7 +64,7 @@ std::string CKelvanePostEngine::PrintSingleItemPara(const KelvaneStruParam& pStr
         CAudioMonitor::Instance()->GetSpeakerVolumeDB(), CAudioMonitor::Instance()->GetSpeakerVolume(),
         m_oSysPower.BatteryLifePercent, m_oSysPower.ACLineStatus);
     if (iLen < 1)
-        AUDIOLOG_ERROR(iNoText, "Print kelvane Single Item Param failed!");
+        AUDIOLOG_ERROR(AUDIO_BAD_DATA, "Print kelvane Single Item Param failed!");
     return szText;
 }
 

@@ -7,6 +7,7 @@
 #include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_data.h"
 #include "audioapi/audio_api_log.h"
+#include "audioapi/audio_api_result.h"
 
 #include <algorithm>
 #include <cstring>
@@ -16,7 +17,6 @@
 namespace
 {
 constexpr int iDataMode = 3; // what the library expects in the frame record
-constexpr int iBadSize = static_cast<int>(0x80E7000E);
 } // namespace
 
 // The manager is fully initialised by now. Nothing is started here.
@@ -75,10 +75,10 @@ int CKelvanePostEngine::InitAlgorithmParameter()
 int CKelvanePostEngine::StartInstance()
 try
 {
-    if (AUDIO_FAIL_IF(FALSE == CKelvaneManager::Instance()->GetLoadDLLStatus(), 6))
-        return 6;
-    if (AUDIO_FAIL_IF(m_iStreamChannelCount > KELVANE_MAX_CHANNELS, 13))
-        return 13;
+    if (AUDIO_FAIL_IF(FALSE == CKelvaneManager::Instance()->GetLoadDLLStatus(), AUDIO_NO_HANDLE))
+        return AUDIO_NO_HANDLE;
+    if (AUDIO_FAIL_IF(m_iStreamChannelCount > KELVANE_MAX_CHANNELS, AUDIO_BAD_DATA))
+        return AUDIO_BAD_DATA;
     if (const int iResult = AUDIO_CHECK(AudioKelvaneGetSize()))
         return iResult;
     if (const int iResult = AUDIO_CHECK(AudioKelvaneInit()))
@@ -89,7 +89,7 @@ try
 }
 catch (...)
 {
-    return KELVANE_ERROR_NO_MEMORY;
+    return AUDIO_NO_INSTANCE;
 }
 
 // Stops the workers and gives back what the instance holds.
@@ -139,20 +139,20 @@ int CKelvanePostEngine::AudioKelvaneGetSize()
 int CKelvanePostEngine::AllocateMemory()
 {
     m_pMemSize.Allocate(sizeof(KelvaneMemSize));
-    if (AUDIO_MISSING(m_pMemSize, KELVANE_ERROR_NO_MEMORY))
-        return KELVANE_ERROR_NO_MEMORY;
+    if (AUDIO_MISSING(m_pMemSize, AUDIO_NO_INSTANCE))
+        return AUDIO_NO_INSTANCE;
     *m_pMemSize = {};
     if (const int iResult = AUDIO_CHECK(m_fAudioKelvaneGetSize(m_pMemSize)))
         return iResult;
-    if (AUDIO_FAIL_IF((m_pMemSize->iRunBufSize <= 0), iBadSize))
-        return iBadSize;
+    if (AUDIO_FAIL_IF((m_pMemSize->iRunBufSize <= 0), AUDIO_BAD_SIZE))
+        return AUDIO_BAD_SIZE;
     m_pRunBuf.Allocate(m_pMemSize->iRunBufSize);
-    if (AUDIO_MISSING(m_pRunBuf, KELVANE_ERROR_NO_MEMORY))
-        return KELVANE_ERROR_NO_MEMORY;
-    if (AUDIO_FAIL_IF((m_pMemSize->iScratchSize <= 0), iBadSize))
-        return iBadSize;
+    if (AUDIO_MISSING(m_pRunBuf, AUDIO_NO_INSTANCE))
+        return AUDIO_NO_INSTANCE;
+    if (AUDIO_FAIL_IF((m_pMemSize->iScratchSize <= 0), AUDIO_BAD_SIZE))
+        return AUDIO_BAD_SIZE;
     m_pScratchBuf.Allocate(m_pMemSize->iScratchSize);
-    return AUDIO_MISSING(m_pScratchBuf, KELVANE_ERROR_NO_MEMORY) ? KELVANE_ERROR_NO_MEMORY : 0;
+    return AUDIO_MISSING(m_pScratchBuf, AUDIO_NO_INSTANCE) ? AUDIO_NO_INSTANCE : 0;
 }
 
 void CKelvanePostEngine::ReleaseMemory()
@@ -164,8 +164,8 @@ void CKelvanePostEngine::ReleaseMemory()
 
 int CKelvanePostEngine::AudioKelvaneInit()
 {
-    if (AUDIO_MISSING(m_pRunBuf, KELVANE_ERROR_NO_MEMORY) || AUDIO_MISSING(m_pScratchBuf, KELVANE_ERROR_NO_MEMORY))
-        return KELVANE_ERROR_NO_MEMORY;
+    if (AUDIO_MISSING(m_pRunBuf, AUDIO_NO_INSTANCE) || AUDIO_MISSING(m_pScratchBuf, AUDIO_NO_INSTANCE))
+        return AUDIO_NO_INSTANCE;
     return AUDIO_CHECK(m_fAudioKelvaneInit(m_pRunBuf, m_pScratchBuf));
 }
 
@@ -173,24 +173,24 @@ int CKelvanePostEngine::AudioKelvaneSetPara()
 {
     m_strParamID = GetEffectParamsID(0);
     const KelvaneStruParam* const pStruParam = CKelvaneManager::Instance()->GetAlgorithmStruct(m_strParamID.load());
-    if (AUDIO_MISSING(pStruParam, 1171))
-        return 1171;
+    if (AUDIO_MISSING(pStruParam, AUDIO_NO_PARAMETERS))
+        return AUDIO_NO_PARAMETERS;
     if (m_pDataStruct == nullptr)
         m_pDataStruct = InitDataStruct(pStruParam->sChannelNum);
-    if (AUDIO_MISSING(m_pDataStruct, KELVANE_ERROR_NO_MEMORY))
-        return KELVANE_ERROR_NO_MEMORY;
+    if (AUDIO_MISSING(m_pDataStruct, AUDIO_NO_INSTANCE))
+        return AUDIO_NO_INSTANCE;
     return AUDIO_CHECK(m_fAudioKelvaneSetPara(m_pRunBuf, m_pScratchBuf, pStruParam));
 }
 
 int CKelvanePostEngine::AudioKelvaneSetBatteryInfo()
 {
-    if (AUDIO_MISSING(m_fAudioKelvaneSetBatteryInfo, 6))
-        return 6;
+    if (AUDIO_MISSING(m_fAudioKelvaneSetBatteryInfo, AUDIO_NO_HANDLE))
+        return AUDIO_NO_HANDLE;
     SYSTEM_POWER_STATUS oSysPower;
     if (!GetSystemPowerStatus(&oSysPower))
     {
-        AUDIOLOG_ERROR(12, "GetSystemPowerStatus(&oSysPower)");
-        return 12;
+        AUDIOLOG_ERROR(AUDIO_NO_OBJECT, "GetSystemPowerStatus(&oSysPower)");
+        return AUDIO_NO_OBJECT;
     }
     if (oSysPower.BatteryLifePercent > 100)
         oSysPower.BatteryLifePercent = 0;
@@ -233,10 +233,10 @@ catch (...)
 KelvaneDataStruct* CKelvanePostEngine::InitDataStruct(const int& iChannelCount)
 {
     const int iRealChannlCount = std::max(GetInChannelCount(), iChannelCount);
-    if (AUDIO_FAIL_IF(iRealChannlCount > KELVANE_MAX_CHANNELS, 13))
+    if (AUDIO_FAIL_IF(iRealChannlCount > KELVANE_MAX_CHANNELS, AUDIO_BAD_DATA))
         return nullptr;
     KelvaneDataStruct* pDataStruct = new (std::nothrow) KelvaneDataStruct{};
-    if (AUDIO_MISSING(pDataStruct, KELVANE_ERROR_NO_MEMORY))
+    if (AUDIO_MISSING(pDataStruct, AUDIO_NO_INSTANCE))
         return nullptr;
     pDataStruct->iFrameLen = AUDIO_KELVANE_FRAME_LEN;
     pDataStruct->iDataMode = iDataMode;

@@ -4,6 +4,7 @@
 #include "apo/kelvane/apo_kelvane_wmi.h"
 #include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_log.h"
+#include "audioapi/audio_api_result.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -65,7 +66,7 @@ void CKelvanePostEngine::InitializeWMI()
 try
 {
     m_pWMIHandle.reset(new (std::nothrow) CKelvaneWMI);
-    if (AUDIO_MISSING(m_pWMIHandle, 6))
+    if (AUDIO_MISSING(m_pWMIHandle, AUDIO_NO_HANDLE))
         return;
     AUDIO_CHECK(m_pWMIHandle->Initialize());
 }
@@ -127,8 +128,8 @@ int CKelvanePostEngine::AudioKelvaneSetAlgoTemperature()
 {
     if (m_pWMIHandle == nullptr)
         return 0;
-    if (AUDIO_MISSING(m_fAudioKelvaneTemperature, 6))
-        return 6;
+    if (AUDIO_MISSING(m_fAudioKelvaneTemperature, AUDIO_NO_HANDLE))
+        return AUDIO_NO_HANDLE;
     const CKelvaneManager* const pManager = CKelvaneManager::Instance();
     const INT64 iCommond = QueryCommond(pManager->GetAlgoCtrlParam(7));
     INT32 iTemperature = iAssumedTemperature;

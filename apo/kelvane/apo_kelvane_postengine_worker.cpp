@@ -1,6 +1,7 @@
 // The engine's workers: the start of all three, and the one that runs the algorithm on queued frames.
 #include "apo/kelvane/apo_kelvane_postengine.h"
 #include "audioapi/audio_api_log.h"
+#include "audioapi/audio_api_result.h"
 
 namespace
 {
@@ -23,10 +24,10 @@ private:
 void CKelvanePostEngine::CreateAlgorithmThread()
 {
     m_hApplyEvent.Create();
-    if (!AUDIO_MISSING(m_hApplyEvent, 6))
+    if (!AUDIO_MISSING(m_hApplyEvent, AUDIO_NO_HANDLE))
     {
         m_pThreadWorker = CAudioMonitor::CreateMonitorThread(ProcessAlgorithmThread, this, &m_bThreadRun);
-        if (!AUDIO_MISSING(m_pThreadWorker, 6))
+        if (!AUDIO_MISSING(m_pThreadWorker, AUDIO_NO_HANDLE))
             return;
     }
     SetSilentStatus(1); // rather silent than unprotected
@@ -37,26 +38,26 @@ void CKelvanePostEngine::CreateTemperatureThread()
 {
     m_iTemperatureTicks = 0;
     m_hTemperatureEvent.Create();
-    if (AUDIO_MISSING(m_hTemperatureEvent, 6))
+    if (AUDIO_MISSING(m_hTemperatureEvent, AUDIO_NO_HANDLE))
         return;
     m_pTemperatureWorker = CAudioMonitor::CreateMonitorThread(ProcessTemperatureThread, this, &m_bTemperatureRun);
-    AUDIO_MISSING(m_pTemperatureWorker, 6);
+    AUDIO_MISSING(m_pTemperatureWorker, AUDIO_NO_HANDLE);
 }
 
 void CKelvanePostEngine::CreateParameterThread()
 {
     m_iParameterTicks = 0;
     m_hParameterEvent.Create();
-    if (AUDIO_MISSING(m_hParameterEvent, 6))
+    if (AUDIO_MISSING(m_hParameterEvent, AUDIO_NO_HANDLE))
         return;
     m_pParameterWorker = CAudioMonitor::CreateMonitorThread(ProcessParameterThread, this, &m_bParameterRun);
-    AUDIO_MISSING(m_pParameterWorker, 6);
+    AUDIO_MISSING(m_pParameterWorker, AUDIO_NO_HANDLE);
 }
 
 void CALLBACK CKelvanePostEngine::ProcessAlgorithmThread(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK)
 {
     CKelvanePostEngine* const pThis = static_cast<CKelvanePostEngine*>(pContext);
-    if (AUDIO_MISSING(pThis, 87) || pThis->m_bInlineMode != 0)
+    if (AUDIO_MISSING(pThis, AUDIO_NO_POINTER) || pThis->m_bInlineMode != 0)
         return;
     const CTimeCritical oPriority;
     while (pThis->m_bThreadRun == 1)

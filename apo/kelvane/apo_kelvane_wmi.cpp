@@ -1,14 +1,14 @@
 // The embedded controller's operations: their words checked, their calls handed to the thread that may wait.
 #include "apo/kelvane/apo_kelvane_wmi.h"
 
+#include "audioapi/audio_api_result.h"
+
 #include <exception>
 #include <functional>
 #include <utility>
 
 namespace
 {
-constexpr HRESULT NO_OBJECT = 12;
-constexpr HRESULT BAD_ARGUMENT = 13;
 
 constexpr INT64 QUERY_WORD_LIMIT = 0x202; // a query word lies above it
 constexpr INT64 SET_WORD_MIN = 1;
@@ -54,14 +54,14 @@ try
 }
 catch (const std::exception&)
 {
-    return NO_OBJECT;
+    return AUDIO_NO_OBJECT;
 }
 
 HRESULT CKelvaneWMI::QueryTemperature(const INT64& ulCmd, INT32& iTemperature)
 try
 {
     if (ulCmd <= QUERY_WORD_LIMIT)
-        return BAD_ARGUMENT;
+        return AUDIO_BAD_DATA;
     const auto pValue = std::make_shared<INT32>(); // an answer that comes too late has a place to go to
     const HRESULT hResult =
         Call([ulCmd, pValue](CKelvaneWMIMethod& oMethod) { return oMethod.QueryTemperature(ulCmd, *pValue); },
@@ -72,17 +72,17 @@ try
 }
 catch (const std::exception&)
 {
-    return NO_OBJECT;
+    return AUDIO_NO_OBJECT;
 }
 
 HRESULT CKelvaneWMI::SetECTemperature(const INT64& ulCmd)
 try
 {
     if (ulCmd < SET_WORD_MIN)
-        return BAD_ARGUMENT;
+        return AUDIO_BAD_DATA;
     return Call([ulCmd](CKelvaneWMIMethod& oMethod) { return oMethod.SetECTemperature(ulCmd); }, AUDIO_LOG_SITE);
 }
 catch (const std::exception&)
 {
-    return NO_OBJECT;
+    return AUDIO_NO_OBJECT;
 }

@@ -7,12 +7,12 @@
 
 #include <memory>
 
-// Codes: 0; 6 not connected; 12 no memory, or a pointer stayed null; 13 word out of range, or the controller's refusal;
-// 22 no output; ERROR_TIMEOUT; else the platform's HRESULT. The calls run on a thread of this object's own, in the
-// multithreaded apartment, whatever apartment the caller's thread has. One that the controller doesn't answer within
-// DEVICE_CALL_WAIT goes on there, and until it has ended every further one gives ERROR_TIMEOUT at once. The next one
-// then is handed over without a wait, with ERROR_TIMEOUT: its time tells whether the controller is waited for again.
-// One thread at a time; throws nothing.
+// Codes: 0; AUDIO_NO_HANDLE not connected; AUDIO_NO_OBJECT no memory, or a pointer stayed null; AUDIO_BAD_DATA word out
+// of range, or the controller's refusal; AUDIO_BAD_COPY no output; ERROR_TIMEOUT; else the platform's HRESULT. The
+// calls run on a thread of this object's own, in the multithreaded apartment, whatever apartment the caller's thread
+// has. One that the controller doesn't answer within DEVICE_CALL_WAIT goes on there, and until it has ended every
+// further one gives ERROR_TIMEOUT at once. The next one then is handed over without a wait, with ERROR_TIMEOUT: its
+// time tells whether the controller is waited for again. One thread at a time; throws nothing.
 class CKelvaneWMI
 {
 public:
@@ -21,8 +21,9 @@ public:
     CKelvaneWMI(const CKelvaneWMI&) = delete;
     CKelvaneWMI& operator=(const CKelvaneWMI&) = delete;
 
-    // Connects to the method, once. After a failure both operations below give 6; after ERROR_TIMEOUT because a thread
-    // of an earlier object is out still, the first of them behind its end has the connection made in the background.
+    // Connects to the method, once. After a failure both operations below give AUDIO_NO_HANDLE; after ERROR_TIMEOUT
+    // because a thread of an earlier object is out still, the first of them behind its end has the connection made in
+    // the background.
     HRESULT Initialize();
     // Hundredths of a degree Celsius of the sensor in the word; iTemperature is written on success only.
     HRESULT QueryTemperature(const INT64& ulCmd, INT32& iTemperature);

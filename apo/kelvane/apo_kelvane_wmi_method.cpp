@@ -3,6 +3,7 @@
 
 #include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_log.h"
+#include "audioapi/audio_api_result.h"
 
 #include <cstring>
 #include <string>
@@ -10,10 +11,6 @@
 
 namespace
 {
-constexpr HRESULT NOT_CONNECTED = 6;
-constexpr HRESULT NO_OBJECT = 12;
-constexpr HRESULT BAD_ARGUMENT = 13;
-constexpr HRESULT NO_DATA = 22;
 
 // A call that may take for ever: its text, which names it in the log, is noted before. A failure of the first is none.
 #define CONTROLLER_ASK(expression) (m_pStep = #expression, (expression))
@@ -76,16 +73,16 @@ HRESULT CKelvaneWMIMethod::Connect()
         return hResult;
     if (const HRESULT hResult = CONTROLLER_STEP(m_pServices->GetObject(m_pWmiClassName, 0, NULL, &m_pObject, NULL)))
         return hResult;
-    if (AUDIO_MISSING(m_pObject, NO_OBJECT))
-        return NO_OBJECT;
+    if (AUDIO_MISSING(m_pObject, AUDIO_NO_OBJECT))
+        return AUDIO_NO_OBJECT;
     if (const HRESULT hResult = CONTROLLER_STEP(m_pObject->GetMethod(m_pWmiMethodName, 0, &m_pDefinition, nullptr)))
         return hResult;
-    if (AUDIO_MISSING(m_pDefinition, NO_OBJECT))
-        return NO_OBJECT;
+    if (AUDIO_MISSING(m_pDefinition, AUDIO_NO_OBJECT))
+        return AUDIO_NO_OBJECT;
     if (const HRESULT hResult = CONTROLLER_STEP(m_pDefinition->SpawnInstance(0, &m_pObjectInst)))
         return hResult;
-    if (AUDIO_MISSING(m_pObjectInst, NO_OBJECT))
-        return NO_OBJECT;
+    if (AUDIO_MISSING(m_pObjectInst, AUDIO_NO_OBJECT))
+        return AUDIO_NO_OBJECT;
     AUDIOLOG_INFO("Kelvane WMI interface initial success!");
     return 0;
 }
@@ -99,27 +96,27 @@ HRESULT CKelvaneWMIMethod::ConnectNamespace()
                             "CoCreateInstance(CLSID_WbemLocator, 0, CLSCTX_INPROC_SERVER, IID_IWbemLocator, "
                             "(LPVOID *)&m_pLocator)"))
         return hResult;
-    if (AUDIO_MISSING(m_pLocator, NO_OBJECT))
-        return NO_OBJECT;
+    if (AUDIO_MISSING(m_pLocator, AUDIO_NO_OBJECT))
+        return AUDIO_NO_OBJECT;
     if (const HRESULT hResult = CONTROLLER_CALL(
             m_pLocator->ConnectServer(m_pWmiRootName, nullptr, nullptr, nullptr, 0, nullptr, nullptr, &m_pServices),
             "m_pLocator->ConnectServer(m_pWmiRootName, NULL, NULL, 0, NULL, 0, 0, &m_pServices)"))
         return hResult;
-    if (AUDIO_MISSING(m_pServices, NO_OBJECT))
-        return NO_OBJECT;
+    if (AUDIO_MISSING(m_pServices, AUDIO_NO_OBJECT))
+        return AUDIO_NO_OBJECT;
     return CONTROLLER_STEP(CoSetProxyBlanket(m_pServices, RPC_C_AUTHN_WINNT, RPC_C_AUTHZ_NONE, nullptr,
                                              RPC_C_AUTHN_LEVEL_CALL, RPC_C_IMP_LEVEL_IMPERSONATE, NULL, EOAC_NONE));
 }
 
 HRESULT CKelvaneWMIMethod::PutCommond(const INT64& ulCmd)
 {
-    if (AUDIO_MISSING(m_pObjectInst, NO_OBJECT))
-        return NO_OBJECT;
+    if (AUDIO_MISSING(m_pObjectInst, AUDIO_NO_OBJECT))
+        return AUDIO_NO_OBJECT;
     CVariant oVar;
     oVar.vt = VT_BSTR;
     oVar.bstrVal = SysAllocString(std::to_wstring(ulCmd).c_str());
-    if (AUDIO_MISSING(oVar.bstrVal, NO_OBJECT))
-        return NO_OBJECT;
+    if (AUDIO_MISSING(oVar.bstrVal, AUDIO_NO_OBJECT))
+        return AUDIO_NO_OBJECT;
     const HRESULT hResult = CONTROLLER_ASK(m_pObjectInst->Put(L"u64Input", 0, &oVar, CIM_UINT64));
     return hResult == 0 ? 0 : PutByteArray(ulCmd, hResult);
 }
@@ -165,18 +162,18 @@ HRESULT CKelvaneWMIMethod::ExecuteCommond(const INT64& ulCmd, BYTE (&uOutValue)[
 {
     if (m_pLocator == nullptr || m_pServices == nullptr || m_pObject == nullptr || m_pObjectInst == nullptr ||
         m_pDefinition == nullptr)
-        return NOT_CONNECTED;
+        return AUDIO_NO_HANDLE;
     if (const HRESULT hResult = AUDIO_CHECK(PutCommond(ulCmd)))
         return hResult;
     CKelvaneComPointer<IWbemClassObject> pOutParams;
     if (const HRESULT hResult = CONTROLLER_STEP(m_pServices->ExecMethod(m_pWmiObjectName, m_pWmiMethodName, 0, nullptr,
                                                                         m_pObjectInst, &pOutParams, nullptr)))
         return hResult;
-    if (AUDIO_MISSING(pOutParams, NO_OBJECT))
-        return NO_OBJECT;
+    if (AUDIO_MISSING(pOutParams, AUDIO_NO_OBJECT))
+        return AUDIO_NO_OBJECT;
     if (const HRESULT hResult = ReadOutput(pOutParams, uOutValue))
         return hResult;
-    return AUDIO_FAIL_IF(S_OK != uOutValue[WMI_ERRORCODE_LOCATION], BAD_ARGUMENT) ? BAD_ARGUMENT : 0;
+    return AUDIO_FAIL_IF(S_OK != uOutValue[WMI_ERRORCODE_LOCATION], AUDIO_BAD_DATA) ? AUDIO_BAD_DATA : 0;
 }
 
 // Anything but a whole output is no data.
@@ -197,6 +194,7 @@ HRESULT CKelvaneWMIMethod::ReadOutput(IWbemClassObject* pOutParams, BYTE (&uOutV
     SafeArrayUnaccessData(pSafeArray);
     if (bWhole)
         return 0;
-    AUDIOLOG_ERROR(NO_DATA, "memcpy_s(uOutValue, WMI_OUTPUT_BUFF_LENGTH, ulRetureValue, WMI_OUTPUT_BUFF_LENGTH)");
-    return NO_DATA;
+    AUDIOLOG_ERROR(AUDIO_BAD_COPY,
+                   "memcpy_s(uOutValue, WMI_OUTPUT_BUFF_LENGTH, ulRetureValue, WMI_OUTPUT_BUFF_LENGTH)");
+    return AUDIO_BAD_COPY;
 }
