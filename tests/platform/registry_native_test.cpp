@@ -1,6 +1,6 @@
 // The registry of the native machine: values and keys, rights, the file's text, watches.
 #include "platform/linux/machine.h"
-#include "platform/linux/registry_follower.h"
+#include "platform/linux/registry/registry_follower.h"
 #include "tests/support/machine_test.h"
 
 #include <atomic>

@@ -1,0 +1,79 @@
+// The registry of this process: its open keys, their rights and watches, over the machine's file.
+#pragma once
+
+#include "registry/registry_follower.h"
+#include "registry/registry_store.h"
+#include "threads/kernel.h"
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+// A key as one handle has it open.
+struct OpenRegistryKey
+{
+    std::string strFolded; // canonical path, folded
+    REGSAM samRights = 0;
+    bool bDeleted = false;
+
+    // The watch, from its first arming until the key is closed. A change that comes while no event is armed is kept
+    // for the next arming, so that none is lost between two.
+    bool bWatched = false;
+    bool bSubtree = false;
+    DWORD dwFilter = 0;
+    bool bPending = false;
+    std::vector<std::shared_ptr<CKernelEvent>> vecArmed;
+
+    bool Sees(const RegistryChange& oChange) const;
+    void Signal();
+};
+
+// Every operation may come on any thread. Codes are the platform's.
+class CRegistry
+{
+public:
+    static CRegistry& Instance();
+
+    // Opens strSubKey below the key; strSubKey may be empty.
+    LSTATUS Open(HKEY hKey, const std::string& strSubKey, REGSAM samRights, HKEY* phResult);
+    LSTATUS Create(HKEY hKey, const std::string& strSubKey, REGSAM samRights, HKEY* phResult, bool& bCreated);
+    LSTATUS Close(HKEY hKey);
+    LSTATUS DeleteKey(HKEY hKey, const std::string& strSubKey);
+
+    // Lets the function look at an open key's content. The key must have the right.
+    LSTATUS Read(HKEY hKey, REGSAM samRight,
+                 const std::function<LSTATUS(const CRegistryTree&, const RegistryKey&)>& fnRead);
+    // Lets the function change its values. Its watches wake even if it sets what was set before.
+    LSTATUS Write(HKEY hKey, const std::function<LSTATUS(RegistryKey&)>& fnWrite);
+
+    // The event is signalled once; at once if a change is pending.
+    LSTATUS Watch(HKEY hKey, bool bSubtree, DWORD dwFilter, std::shared_ptr<CKernelEvent> pEvent);
+
+    // Ends the thread that follows the file. Watches see this process's changes alone from then on.
+    void StopFollowing();
+
+    std::string File();
+    std::vector<RegistryFileError> Errors();
+
+private:
+    CRegistry();
+    void UseMachine();
+    void Refresh(bool bForce);
+    int FollowChange();
+    void Tell(const std::vector<RegistryChange>& vecChanges);
+    // The open key, if it still exists.
+    LSTATUS Find(HKEY hKey, OpenRegistryKey*& pKey);
+    // The whole path of what is below it.
+    LSTATUS Locate(HKEY hKey, const std::string& strSubKey, std::string& strPath);
+    HKEY Add(const std::string& strPath, REGSAM samRights);
+
+    std::mutex m_oLock; // guards all below
+    unsigned m_iGeneration = 0;
+    std::unique_ptr<CRegistryStore> m_pStore;
+    CRegistryFollower m_oFollower;
+    std::unordered_map<ULONG_PTR, OpenRegistryKey> m_mapOpen; // roots enter with their first use
+    ULONG_PTR m_iNextHandle = 0x1004;                         // a closed one never comes again
+};
