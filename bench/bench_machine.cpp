@@ -3,7 +3,7 @@
 
 #include "host/registration.h"
 #include "host/registry_text.h"
-#include "platform/linux/machine.h"
+#include "platform/control/machine_native.h"
 
 #include <cstdlib>
 #include <filesystem>

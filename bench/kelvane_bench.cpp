@@ -3,7 +3,7 @@
 #include "bench/heap_count.h"
 #include "host/apo_stream.h"
 #include "host/play_result.h"
-#include "platform/linux/machine.h"
+#include "platform/control/machine.h"
 
 #include <benchmark/benchmark.h>
 

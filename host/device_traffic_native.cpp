@@ -1,7 +1,7 @@
 // Requests and command words in their devices' terms.
 #include "host/device_traffic.h"
 
-#include "platform/linux/machine_devices.h"
+#include "platform/control/devices_native.h"
 
 #include <algorithm>
 #include <cstdio>

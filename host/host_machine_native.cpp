@@ -1,8 +1,8 @@
 // The machine that the native platform layer stands for.
 #include "host/host_machine.h"
 
-#include "platform/linux/machine.h"
-#include "platform/linux/machine_devices.h"
+#include "platform/control/devices_native.h"
+#include "platform/control/machine_native.h"
 
 bool host::CanSettle()
 {

@@ -6,8 +6,8 @@
 #include "host/apo_stream.h"
 #include "host/play_result.h"
 #include "host/reg_commands.h"
+#include "platform/control/machine.h"
 #include "platform/hostpath.h"
-#include "platform/linux/machine.h"
 
 #include <benchmark/benchmark.h>
 

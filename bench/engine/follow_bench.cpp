@@ -2,7 +2,7 @@
 #include "audioapi/audio_api_monitor.h"
 #include "host/play_result.h"
 #include "host/registry_text.h"
-#include "platform/linux/machine.h"
+#include "platform/control/machine_native.h"
 
 #include <benchmark/benchmark.h>
 

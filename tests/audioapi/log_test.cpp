@@ -1,6 +1,6 @@
 // The log from the call to the file: line forms, filter, settings, rotation, faults, and the stop.
 #include "audioapi/audio_api_trace.h"
-#include "platform/control/control.h"
+#include "platform/control/machine.h"
 #include "tests/support/logged_machine_test.h"
 
 #include <map>
@@ -101,7 +101,7 @@ TEST_F(LogTest, ChangesTheFileBehindTheLineThatFillsIt)
         WaitForWorkers();
     };
     fRecord(3);
-    control::AdvanceClock(2000);
+    machine::AdvanceClock(2000);
     EXPECT_EQ(ListFiles(LogFolder()), std::vector<std::string>{FileOfSecond("53")});
     fRecord(3);
     // The name of a second that goes on is taken again: the next file is the same one.
@@ -112,7 +112,7 @@ TEST_F(LogTest, ChangesTheFileBehindTheLineThatFillsIt)
 
     // A file taken away is made again under its name.
     ASSERT_TRUE(DeleteFileA((LogFolder() + "\\" + FileOfSecond("55")).c_str()));
-    control::AdvanceClock(2000);
+    machine::AdvanceClock(2000);
     fRecord(1);
     EXPECT_EQ(CountLines(FileOfSecond("55")), 1u);
 
@@ -150,18 +150,18 @@ TEST_F(LogTest, LosesNothingAndKeepsEachThreadsOrder)
 TEST_F(LogTest, WithoutAFileItDropsItsLinesRestsAndSaysSoOnce)
 {
     StartLog();
-    control::FailNext("fopen_s", 13, -1);
+    machine::FailNext("fopen_s", 13, -1);
     const auto fRecord = []
     {
         for (int i = 0; i < 1000; ++i)
             Record(AUDIO_LEVEL_INFO, "nowhere to go");
         WaitForWorkers();
-        return control::GetFootprint().iBytes;
+        return machine::GetFootprint().iBytes;
     };
     const size_t iBytes = fRecord();
     fRecord();
     EXPECT_LE(SANITIZED ? 0 : fRecord(), iBytes + 100000);
-    control::ClearFailures();
+    machine::ClearFailures();
     Record(AUDIO_LEVEL_INFO, "found");
     const std::vector<LogLine> vecFailures = FindLog("fopen_s(&pFile, oFileInfo.strFileName.c_str(), \"at+\")");
     ASSERT_EQ(vecFailures.size(), 1u);
@@ -176,11 +176,11 @@ TEST_F(LogTest, ALineKeepsTheTimeOfItsCall)
     FreezeClock();
     StartLog(AUDIO_LEVEL_FATA);
     CAudioLog::DeleteInstance();
-    control::FailNext("WaitForSingleObject", 6, -1); // no worker gets to its work
+    machine::FailNext("WaitForSingleObject", 6, -1); // no worker gets to its work
     CAudioLog::Instance()->Initialize(nullptr);
     Record(AUDIO_LEVEL_FATA, "early");
-    control::AdvanceClock(2000);
-    control::ClearFailures();
+    machine::AdvanceClock(2000);
+    machine::ClearFailures();
     EXPECT_EQ(FindLog("early").at(0).strTime, "03-14 09:26:53.007");
 }
 
@@ -202,7 +202,7 @@ TEST_F(LogTest, GoesOnWithoutWhatThePlatformRefuses)
     };
     for (const auto& oCase : oCases)
     {
-        control::FailNext(oCase.pCall, 8, oCase.iTimes, oCase.iSkip);
+        machine::FailNext(oCase.pCall, 8, oCase.iTimes, oCase.iSkip);
         StartLog(AUDIO_LEVEL_ERROR);
         const std::string strCase = oCase.pText != nullptr ? oCase.pText : oCase.pCall;
         if (oCase.pText == nullptr)
@@ -229,7 +229,7 @@ TEST_F(LogTest, TimesAScope)
     const auto fScope = [](UINT32 iLevel, const std::string& strExtra)
     {
         const CTraceLog oTraceLog("Scope", "a\\scope.cpp", 7, iLevel, strExtra);
-        control::AdvanceClock(250);
+        machine::AdvanceClock(250);
     };
     fScope(AUDIO_LEVEL_TRACE, "below the level");
     fScope(AUDIO_LEVEL_DEBUG, "");

@@ -2,7 +2,7 @@
 #include "audioapi/audio_api_registry.h"
 #include "audioapi/audio_api_string.h"
 #include "audioapi/audio_api_worker_event.h"
-#include "platform/control/control.h"
+#include "platform/control/machine.h"
 #include "tests/support/logged_machine_test.h"
 
 #include <functional>
@@ -193,14 +193,14 @@ TEST_F(RegistryTest, FailedWatchLeavesNothingOpen)
     EXPECT_EQ(CAudioREG::RegNotifyStart(MISSING, hKey, oEvent), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
     EXPECT_EQ(oEvent, nullptr);
 
-    control::FailNext("RegNotifyChangeKeyValue", 1234);
+    machine::FailNext("RegNotifyChangeKeyValue", 1234);
     EXPECT_EQ(CAudioREG::RegNotifyStart(BASE, hKey, oEvent), 1234U);
     EXPECT_EQ(hKey, nullptr);
     EXPECT_EQ(oEvent, nullptr);
     ExpectErrors({"RegNotifyChangeKeyValue(hKey, TRUE, dwFilter, pEventHandle, TRUE)"}, 1234);
     EXPECT_EQ(CountLog("Fail to Regist Notify Change KeyPath:"), 2U);
 
-    control::FailNext("CreateEventW", 8);
+    machine::FailNext("CreateEventW", 8);
     SetRegistry("HKEY_LOCAL_MACHINE\\SOFTWARE\\Other", "Number", 1);
     EXPECT_EQ(CAudioREG::RegNotifyStart("HKEY_LOCAL_MACHINE\\SOFTWARE\\Other", hKey, oEvent), 6U);
     EXPECT_EQ(hKey, nullptr);

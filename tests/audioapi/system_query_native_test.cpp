@@ -3,8 +3,8 @@
 #include "audioapi/audio_api_registry.h"
 #include "audioapi/audio_api_string.h"
 #include "audioapi/audio_api_system.h"
+#include "platform/control/machine_native.h"
 #include "platform/hostpath.h"
-#include "platform/linux/machine.h"
 #include "tests/support/logged_machine_test.h"
 
 #include <objbase.h>

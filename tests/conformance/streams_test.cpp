@@ -1,5 +1,5 @@
 // Periods on every path, and rounds without end: nothing faults, grows or leaves a sample that isn't a number.
-#include "platform/control/control.h"
+#include "platform/control/machine.h"
 #include "tests/conformance/module_fixture.h"
 
 #include <algorithm>
@@ -94,15 +94,15 @@ TEST_F(StreamsTest, RandomCallsEndInACodeWithoutGrowth)
     const std::set<HRESULT> aLockCodes = {OK, NOT_INITIALIZED, FORMAT_NOT_SUPPORTED, BAD_CONNECTION_FORMAT, LOCKED};
     BYTE aInit[128] = {};
     Free();
-    const size_t iObjects = control::GetFootprint().iObjects;
+    const size_t iObjects = machine::GetFootprint().iObjects;
     Load();
     // The pool's threads go when they have had nothing to do for a while.
     const auto fReload = [&]
     {
         EXPECT_EQ(CanUnload(), OK);
         Free();
-        EXPECT_TRUE(WaitFor([&] { return control::GetFootprint().iObjects <= iObjects; }, 30000));
-        const size_t iBytes = control::GetFootprint().iBytes;
+        EXPECT_TRUE(WaitFor([&] { return machine::GetFootprint().iObjects <= iObjects; }, 30000));
+        const size_t iBytes = machine::GetFootprint().iBytes;
         Load();
         return iBytes;
     };

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "audioapi/audio_api_dump.h"
-#include "platform/control/control.h"
+#include "platform/control/machine.h"
 #include "platform/hostpath.h"
 #include "tests/engine/engine_test.h"
 
@@ -62,7 +62,7 @@ protected:
     static std::vector<std::string> ReadEvents()
     {
         WaitForWorkers();
-        return control::ReportedEvents();
+        return machine::ReportedEvents();
     }
 
     static std::string HostFolder() { return HostPath(LogFolder()); }

@@ -100,7 +100,7 @@ TEST_F(DirTest, StopsWithoutItsFolderOrRoomInIt)
     StopDespite("folder gone unseen",
                 []
                 {
-                    control::FailNext("ReadDirectoryChangesW", 5, -1);
+                    machine::FailNext("ReadDirectoryChangesW", 5, -1);
                     RemoveFolder(Folder());
                 });
     StopDespite("folder read-only", [] { fs::permissions(Folder(), fs::perms::owner_read | fs::perms::owner_exec); });

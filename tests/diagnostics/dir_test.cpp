@@ -38,7 +38,7 @@ TEST_F(DirTest, ABadFolderTurnsDiagnosticsOffAndNothingElse)
     fs::remove(Folder());
     fs::create_directory(Folder());
     // A watch that fails: the line comes first, then the switch.
-    control::FailNext("ReadDirectoryChangesW", 5, 2); // the first is answered by a new watch
+    machine::FailNext("ReadDirectoryChangesW", 5, 2); // the first is answered by a new watch
     SetRegistry(AUDIO_DEBUG_PATH, AUDIO_DEBUG_LEVEL, AUDIO_LEVEL_INFO);
     CAudioLog::Instance()->Initialize(nullptr);
     EXPECT_TRUE(WaitFor([] { return !IsLogOn(); }));
@@ -46,7 +46,7 @@ TEST_F(DirTest, ABadFolderTurnsDiagnosticsOffAndNothingElse)
     CAudioLog::DeleteInstance();
 
     // A folder that can't be opened for its changes is still there.
-    control::FailNext("CreateFileA", 5, 4);
+    machine::FailNext("CreateFileA", 5, 4);
     CAudioLog::Instance()->Initialize(nullptr);
     EXPECT_EQ(CountLog("Fail to Create File for monitor Directory:" + LogFolder()), 1u);
     EXPECT_EQ(CountLog("pThis->CreateDirectoryHandle()"), 1u);
@@ -56,7 +56,7 @@ TEST_F(DirTest, ABadFolderTurnsDiagnosticsOffAndNothingElse)
     // Each read that was good makes up for one that fails.
     CAudioLog::Instance()->Initialize(nullptr);
     WaitForWorkers();
-    control::FailNext("ReadDirectoryChangesW", 5, 1);
+    machine::FailNext("ReadDirectoryChangesW", 5, 1);
     std::ofstream(Folder() / "another.log").put('x');
     EXPECT_TRUE(WaitFor([] { return CountLog("Read Directory Changes failed!") == 3u; }));
     WaitForWorkers();
@@ -90,7 +90,7 @@ TEST_F(DirTest, AFileThatStaysIsTriedAgainAtTheNextEvent)
     MakeFiles(3, ".log");
     SetRegistry(AUDIO_DEBUG_PATH, AUDIO_DEBUG_LEVEL, AUDIO_LEVEL_ERROR);
     SetRegistry(AUDIO_DEBUG_PATH, AUDIO_DEBUG_NUM, 3);
-    control::FailNext("DeleteFileA", 32, 1);
+    machine::FailNext("DeleteFileA", 32, 1);
     CAudioLog::Instance()->Initialize(nullptr);
     int iFile = 3; // one that comes before the watch is seen with the next one only
     EXPECT_TRUE(WaitFor(
@@ -107,7 +107,7 @@ TEST_F(DirTest, AFileThatStaysIsTriedAgainAtTheNextEvent)
 TEST_F(DirTest, StopsWhateverHoldsItsWorkersUp)
 {
     StopDespite("at rest", [] {});
-    StopDespite("files can't be opened", [] { control::FailNext("fopen_s", 13, -1); });
+    StopDespite("files can't be opened", [] { machine::FailNext("fopen_s", 13, -1); });
     // Files rain in, faster than the folder is looked through, and on until the stop is through.
     std::atomic<bool> bStop{false};
     std::atomic<int> iFiles{0};

@@ -72,8 +72,8 @@ protected:
         }
         CAudioDump::DeleteInstance();
         CAudioLog::DeleteInstance();
-        EXPECT_EQ(control::LiveWork(), 0u) << pTrouble;
-        control::ClearFailures();
+        EXPECT_EQ(machine::LiveWork(), 0u) << pTrouble;
+        machine::ClearFailures();
     }
 
     static inline int m_iProbe = 0;

@@ -69,9 +69,9 @@ TEST_F(DumpTest, ChangesTheFileBehindTheBlockThatFillsItAndFollowsTheRegistry)
     FreezeClock();
     StartDump(1, 1);
     fRecord();
-    control::AdvanceClock(1000);
+    machine::AdvanceClock(1000);
     fRecord(); // to the limit and past it: still the first file
-    control::AdvanceClock(1000);
+    machine::AdvanceClock(1000);
     fRecord();
     EXPECT_EQ(fSizeAt("53"), 1200000u);
     EXPECT_EQ(fSizeAt("54"), 0u);
@@ -85,7 +85,7 @@ TEST_F(DumpTest, ChangesTheFileBehindTheBlockThatFillsItAndFollowsTheRegistry)
     fRecord();
     SetDump(1, 0);
     WaitForWorkers();
-    control::AdvanceClock(1000);
+    machine::AdvanceClock(1000);
     for (int i = 0; i < 3; ++i)
         fRecord();
     EXPECT_EQ(fSizeAt("55"), 3600000u);
@@ -97,11 +97,11 @@ TEST_F(DumpTest, BoundsItsQueueAndCountsWhatIsLost)
     const std::string strBlock(BLOCK, 'x');
     StartLog(AUDIO_LEVEL_WARN);
     SetDump(1);
-    control::FailNext("WaitForSingleObject", 6, -1); // no worker gets to its work
+    machine::FailNext("WaitForSingleObject", 6, -1); // no worker gets to its work
     Dump().Initialize(nullptr);
     for (int i = 0; i < 8 + 4; ++i)
         Dump().RecordItemByName(strBlock.data(), BLOCK, "Item");
-    control::ClearFailures();
+    machine::ClearFailures();
     WaitForWorkers();
     Dump().RecordItemByName("room", 4, "Item");
     WaitForWorkers();

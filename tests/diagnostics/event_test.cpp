@@ -96,7 +96,7 @@ TEST_F(EventTest, ARefusalIsLoggedAndTheNextReportGoesOn)
     for (const auto& oCase : oCases)
     {
         const size_t iBefore = ReadEvents().size();
-        control::FailNext(oCase.pCall, 0, 1, oCase.iSkip);
+        machine::FailNext(oCase.pCall, 0, 1, oCase.iSkip);
         StartLog(AUDIO_LEVEL_ERROR);
         for (int i = 0; i < 3; ++i)
             Report("report");

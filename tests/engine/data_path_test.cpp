@@ -1,7 +1,7 @@
 // The data path: what the library is given and what comes back, in both ways of running.
 #include "tests/engine/engine_test.h"
 
-#include "platform/control/control.h"
+#include "platform/control/machine.h"
 
 #include <limits>
 
@@ -96,7 +96,7 @@ TEST_F(DataPathTest, FailedFramesPassOnAndUnusableOnesAreSilenced)
 TEST_F(DataPathTest, WorkerPlaysTheStreamThreePeriodsLateAndRenewsTheBattery)
 {
     StartLog(AUDIO_LEVEL_WARN);
-    control::SetPowerStatus({255, 0, 255, 0, 0, 0});
+    machine::SetPowerStatus({255, 0, 255, 0, 0, 0});
     std::atomic<int> iPriority{0};
     m_oLibrary.fnApply = [&](KelvaneDataStruct&) { iPriority = GetThreadPriority(GetCurrentThread()); };
     MakeEngine();
@@ -108,7 +108,7 @@ TEST_F(DataPathTest, WorkerPlaysTheStreamThreePeriodsLateAndRenewsTheBattery)
         {
             EXPECT_EQ(m_oLibrary.iBattery, 0); // unknown
             EXPECT_EQ(m_oLibrary.iACLine, 0);
-            control::SetPowerStatus({1, 0, 88, 0, 0, 0});
+            machine::SetPowerStatus({1, 0, 88, 0, 0, 0});
         }
         vecIn.push_back(Ramp(480));
         ASSERT_EQ(Input(vecIn.back()), 0);

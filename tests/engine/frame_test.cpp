@@ -3,7 +3,7 @@
 #include "tests/engine/engine_test.h"
 
 #include "audioapi/audio_api_const.h"
-#include "platform/control/control.h"
+#include "platform/control/machine.h"
 
 #include <map>
 
@@ -42,15 +42,15 @@ TEST_F(FrameTest, EachTimingPeriodCountsItsOwnTimes)
     StartLog(AUDIO_LEVEL_WARN);
     MakeFolder(AUDIO_VOICE_LOG_DIR);
     CKelvaneManager::Instance()->m_iDebugMode = 1;
-    control::SetClock({2026, 3, 2, 17, 12, 0, 0, 0});
-    control::FreezeClock();
+    machine::SetClock({2026, 3, 2, 17, 12, 0, 0, 0});
+    machine::FreezeClock();
     MakeHandEngine();
     int iFrame = 0;
     m_oLibrary.fnApply = [&](const KelvaneDataStruct&)
     {
         const std::map<int, int> mapTimes = {{500, 9}, {600, 7}, {700, 1}, {1500, 5}}; // of the others 3, then 2
         const auto itTime = mapTimes.find(iFrame);
-        control::AdvanceClock(itTime != mapTimes.end() ? itTime->second : iFrame < 1001 ? 3 : 2);
+        machine::AdvanceClock(itTime != mapTimes.end() ? itTime->second : iFrame < 1001 ? 3 : 2);
         ++iFrame;
     };
     for (int i = 0; i < 1001; ++i)
@@ -114,7 +114,7 @@ TEST_F(FrameTest, TheInlineStreamTellsEachJobThatFails)
     pManager->m_fAudioKelvaneTemperature = [](void*, int32_t) { return 21; };
     MakeEngine(2, 48000, true);
     ASSERT_EQ(m_pEngine->InitAlgorithmParameter(), 0);
-    control::FailNext("GetSystemPowerStatus", 31, -1);
+    machine::FailNext("GetSystemPowerStatus", 31, -1);
     for (int i = 0; i < 1000; ++i) // ten seconds
         Input(Ramp(480));
     // Each second, each five, each ten.
@@ -133,8 +133,8 @@ TEST_F(FrameTest, AWaitThatFailsEndsNoWorker)
     m_pEngine->CreateTemperatureThread();
     m_pEngine->CreateParameterThread();
     WaitForWorkers();
-    control::FailNext("WaitForSingleObject", 6, 10);
-    control::SetPowerStatus({1, 0, 100, 0, 0, 0});
+    machine::FailNext("WaitForSingleObject", 6, 10);
+    machine::SetPowerStatus({1, 0, 100, 0, 0, 0});
     for (int i = 1; i <= 1000; ++i) // ten seconds
     {
         Input(Ramp(480));

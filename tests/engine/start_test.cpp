@@ -1,7 +1,7 @@
 // Start-up, its failures, the second start, and the choice of parameter sets.
 #include "tests/engine/engine_test.h"
 
-#include "platform/control/control.h"
+#include "platform/control/machine.h"
 
 using StartTest = EngineTest;
 
@@ -25,7 +25,7 @@ TEST_F(StartTest, EachFailedStepIsNamedAndTakesTheStreamOffTheAlgorithm)
         {"iRealChannlCount > KELVANE_MAX_CHANNELS", 13, [] { SetRecordChannels(9); }},
         {"pStruParam", 1171, [&] { pManager->m_mapAlgoParam.clear(); }},
         {"m_fAudioKelvaneSetPara(m_pRunBuf, m_pScratchBuf, pStruParam)", 8, [&] { m_oLibrary.iSetParaCode = 8; }},
-        {"GetSystemPowerStatus(&oSysPower)", 12, [] { control::FailNext("GetSystemPowerStatus", 31, 2); }},
+        {"GetSystemPowerStatus(&oSysPower)", 12, [] { machine::FailNext("GetSystemPowerStatus", 31, 2); }},
     };
     StartLog(AUDIO_LEVEL_WARN);
     for (const Row& oRow : vecRows)
@@ -61,7 +61,7 @@ TEST_F(StartTest, StreamWithoutItsWorkerIsSilent)
     for (const auto& [pCall, pText] :
          {std::pair("CreateThreadpoolWork", "m_pThreadWorker"), std::pair("CreateEventW", "m_hApplyEvent")})
     {
-        control::FailNext(pCall, 8, 1);
+        machine::FailNext(pCall, 8, 1);
         MakeEngine();
         EXPECT_EQ(m_pEngine->InitAlgorithmParameter(), 0);
         EXPECT_EQ(CountLog(pText), 1U);

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "audioapi/audio_api_string.h"
-#include "platform/linux/machine.h"
+#include "platform/control/machine_native.h"
 #include "tests/engine/engine_test.h"
 
 #include <string>

@@ -6,7 +6,7 @@
 #include "host/reg_commands.h"
 #include "host/registry_text.h"
 #include "host/report.h"
-#include "platform/linux/machine.h"
+#include "platform/control/machine_native.h"
 #include "tests/support/machine_test.h"
 
 #include <cmath>

@@ -1,7 +1,7 @@
 // The program as a person runs it, on a machine of its own, with the module and the default tuning file.
 #include "host/audio_file.h"
 #include "host/registry_text.h"
-#include "platform/linux/machine.h"
+#include "platform/control/machine_native.h"
 #include "tests/support/machine_test.h"
 
 #include <nlohmann/json.hpp>

@@ -1,7 +1,7 @@
 // The manager's start where the native machine's means are wanted: a step that throws, devices on the way down, times
 // of files, a locale with a comma.
+#include "platform/control/machine_native.h"
 #include "platform/hostpath.h"
-#include "platform/linux/machine.h"
 #include "tests/manager/manager_test.h"
 #include "tests/platform/machine_file.h"
 

@@ -1,6 +1,6 @@
 // The whole module as the audio engine meets it: found through the registry, built through COM, fed period by period.
 #include "apo/kelvane/apo_kelvane_guid.h"
-#include "platform/linux/machine.h"
+#include "platform/control/machine_native.h"
 #include "tests/platform/machine_file.h"
 #include "tests/support/apo_connections.h"
 #include "tests/support/machine_test.h"

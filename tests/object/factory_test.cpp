@@ -4,7 +4,7 @@
 #include "apo/kelvane/apo_kelvane_guid.h"
 #include "audioapi/audio_api_registry.h"
 #include "audioapi/audio_api_string.h"
-#include "platform/control/control.h"
+#include "platform/control/machine.h"
 
 namespace
 {
@@ -48,14 +48,14 @@ TEST_F(FactoryTest, WhatCantBeBuiltIsReported)
 TEST_F(FactoryTest, AFailedRegistrationIsUndone)
 {
     CKelvaneManager* const pManager = CKelvaneManager::Instance();
-    control::FailNext("GetModuleFileNameA", ERROR_INSUFFICIENT_BUFFER);
+    machine::FailNext("GetModuleFileNameA", ERROR_INSUFFICIENT_BUFFER);
     EXPECT_EQ(pManager->RegisterAllFX(), E_FAIL);
     EXPECT_EQ(CountKeys(KELVANE_RENDER_EFX_GUID), 0);
     EXPECT_EQ(LinesOf("ERROR").back(), std::to_string(0x80004005) + " strModuleName.empty()");
 
     // Half of the first class's values.
     EXPECT_EQ(CAudioREG::RegisterAudioAPO(nullptr, "class", "module"), 13);
-    control::FailNext("RegSetValueExW", ERROR_ACCESS_DENIED, 1, 5);
+    machine::FailNext("RegSetValueExW", ERROR_ACCESS_DENIED, 1, 5);
     EXPECT_EQ(CAudioREG::RegisterAudioAPO(CKelvaneClassFactory::KelvanePostEFX_Property, "class", "module"),
               HRESULT_FROM_WIN32(ERROR_ACCESS_DENIED));
     EXPECT_EQ(CountKeys(KELVANE_RENDER_EFX_GUID), 0);

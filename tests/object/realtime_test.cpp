@@ -1,6 +1,6 @@
 // The real-time contract of one call, counted on the processing thread with the log off: heap blocks, and calls that
 // may wait. And what a call does without a block.
-#include "platform/control/control.h"
+#include "platform/control/machine.h"
 #include "tests/engine/engine_test.h"
 #include "tests/support/own_heap.h"
 
@@ -20,7 +20,7 @@ protected:
     void SetUp() override
     {
         EngineTest::SetUp();
-        control::SetPowerStatus({1, 0, 100, 0, 0, 0}); // the real one costs the layer blocks of its own
+        machine::SetPowerStatus({1, 0, 100, 0, 0, 0}); // the real one costs the layer blocks of its own
     }
 };
 
@@ -85,10 +85,10 @@ TEST_F(RealtimeTest, ALateWorkerIsNotWaitedFor)
     {
         const std::lock_guard<std::mutex> oGuard(oHold);
         oPeriod.Run(*pObject);
-        const size_t iBefore = control::CallsThatMayWait();
+        const size_t iBefore = machine::CallsThatMayWait();
         for (int i = 0; i < 8; ++i)
             oPeriod.Run(*pObject);
-        EXPECT_EQ(control::CallsThatMayWait(), iBefore);
+        EXPECT_EQ(machine::CallsThatMayWait(), iBefore);
         EXPECT_TRUE(CPeriod::IsAll(oPeriod.m_vecOutput, 0));
     }
     WaitForWorkers();
@@ -119,10 +119,10 @@ TEST_F(RealtimeTest, ACallTakesABlockForEachFrameItQueuesBuildsNoTextAndWaitsFor
         for (int i = 0; i < 520; ++i) // a whole round of the periodic lines
         {
             iTaken = 0;
-            const size_t iBefore = control::CallsThatMayWait();
+            const size_t iBefore = machine::CallsThatMayWait();
             oPeriod.Run(*pObject);
             const int iTakenHere = iTaken;
-            iMayWait += control::CallsThatMayWait() - iBefore;
+            iMayWait += machine::CallsThatMayWait() - iBefore;
             if (!oCase.bInline)
                 WaitForWorkers();
             iMost = i < 8 ? 0 : std::max(iMost, iTakenHere); // behind lead-in and caches

@@ -1,5 +1,5 @@
 // The machine's clock.
-#include "platform/linux/machine.h"
+#include "platform/control/machine_native.h"
 #include "tests/support/machine_test.h"
 
 namespace

@@ -1,7 +1,7 @@
 // Writes the machine.xml of the test's machine and has it read.
 #pragma once
 
-#include "platform/linux/machine.h"
+#include "platform/control/machine_native.h"
 
 #include <fstream>
 

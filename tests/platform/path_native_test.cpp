@@ -1,6 +1,6 @@
 // Paths of the machine.
+#include "platform/control/machine_native.h"
 #include "platform/hostpath.h"
-#include "platform/linux/machine.h"
 #include "tests/support/machine_test.h"
 
 namespace

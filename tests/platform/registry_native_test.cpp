@@ -1,5 +1,5 @@
 // The registry of the native machine: values and keys, rights, the file's text, watches.
-#include "platform/linux/machine.h"
+#include "platform/control/machine_native.h"
 #include "platform/linux/registry/registry_follower.h"
 #include "tests/support/machine_test.h"
 

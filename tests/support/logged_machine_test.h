@@ -5,7 +5,7 @@
 #include "audioapi/audio_api_log.h"
 #include "audioapi/audio_api_monitor.h"
 #include "audioapi/audio_api_system.h"
-#include "platform/control/control.h"
+#include "platform/control/machine.h"
 #include "tests/support/machine_test.h"
 
 #include <algorithm>
@@ -66,8 +66,8 @@ protected:
     // Stands the clock still at 2024-03-14 09:26:53.007.
     static void FreezeClock()
     {
-        control::FreezeClock();
-        control::SetClock({2024, 3, 0, 14, 9, 26, 53, 7});
+        machine::FreezeClock();
+        machine::SetClock({2024, 3, 0, 14, 9, 26, 53, 7});
     }
 
     // Starts the log at the level, with the defaults beside it, and returns when its workers wait.

@@ -1,7 +1,7 @@
 // The fixture's half that is written in the platform's own calls.
 #include "tests/support/machine_test.h"
 
-#include "platform/control/control.h"
+#include "platform/control/machine.h"
 
 #include <algorithm>
 #include <chrono>
@@ -56,21 +56,21 @@ void MachineTest::SetUp()
 
 void MachineTest::TearDown()
 {
-    control::ClearFailures();
+    machine::ClearFailures();
     EXPECT_TRUE(WaitFor([this] { return CountResources() == m_iResources; }))
         << "handles or thread pool work left open: " << CountResources() << " after " << m_iResources;
-    control::Reset();
+    machine::Reset();
     RemoveMachine();
 }
 
 void MachineTest::WaitForWorkers()
 {
-    ASSERT_TRUE(control::WaitUntilIdle(10000)) << "a worker never comes to rest";
+    ASSERT_TRUE(machine::WaitUntilIdle(10000)) << "a worker never comes to rest";
 }
 
 size_t MachineTest::CountResources()
 {
-    return control::LiveHandles() + control::LiveWork();
+    return machine::LiveHandles() + machine::LiveWork();
 }
 
 void MachineTest::SetRegistry(const std::string& strPath, const std::string& strName, DWORD dwValue)

@@ -1,5 +1,5 @@
 // The fixture's half that makes and removes the machine: a temporary folder that the native layer stands for.
-#include "platform/linux/machine.h"
+#include "platform/control/machine_native.h"
 #include "tests/support/machine_test.h"
 
 #include <cstdlib>

@@ -1,8 +1,7 @@
 // The heat tests' fixture: a protection engine whose library's state and whose embedded controller are scripted.
 #pragma once
 
-#include "platform/linux/machine.h"
-#include "platform/linux/machine_devices.h"
+#include "platform/control/machine_native.h"
 #include "tests/engine/engine_test.h"
 
 #include <map>

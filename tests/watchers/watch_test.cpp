@@ -1,5 +1,5 @@
 // The fourteen watchers: what each follows, how they start without their keys, what stops them.
-#include "platform/control/control.h"
+#include "platform/control/machine.h"
 #include "tests/watchers/watcher_test.h"
 
 #include <set>
@@ -119,9 +119,9 @@ TEST_F(WatchTest, WithoutItsKeyOrEventAWatcherEndsForGood)
     EXPECT_EQ(Status().m_iKelvaneBypass, 0) << "a watcher that ended came back";
     CAudioMonitor::DeleteInstance();
 
-    control::FailNext("CreateEventW", 8, -1);
+    machine::FailNext("CreateEventW", 8, -1);
     StartAll();
-    control::ClearFailures();
+    machine::ClearFailures();
     EXPECT_EQ(CountLog("pThis->m_hModeEvent"), 2U);
     EXPECT_EQ(CountLog("pThis->m_h"), 11U + 14U);
 }
@@ -130,10 +130,10 @@ TEST_F(WatchTest, WithoutItsKeyOrEventAWatcherEndsForGood)
 TEST_F(WatchTest, NoChangeIsMissed)
 {
     SetRegistry(AUDIO_SPEAKER_VOLUME_PATH, AUDIO_VOLUME_NUM, 1);
-    control::FailNext("WaitForSingleObject", 6, -1); // a wait that fails is begun again
+    machine::FailNext("WaitForSingleObject", 6, -1); // a wait that fails is begun again
     Monitor().StartMonitor(2);
     EXPECT_TRUE(WaitFor([] { return Status().m_iSpeakerVolume == 1; }));
-    control::ClearFailures();
+    machine::ClearFailures();
     WaitForWorkers();
     for (int iRound = 1; iRound <= 300; ++iRound)
     {

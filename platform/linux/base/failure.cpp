@@ -1,7 +1,7 @@
 // Armed failures of system calls, and the count of those that may wait.
 #include "base/failure.h"
 
-#include "platform/linux/machine.h"
+#include "platform/control/machine.h"
 
 #include <atomic>
 #include <map>

@@ -1,7 +1,7 @@
 // What a declared embedded controller answers: sensors whose temperature follows a curve over the machine's clock.
 #pragma once
 
-#include "platform/linux/machine_devices.h"
+#include "platform/control/devices_native.h"
 
 struct CSensorPoint
 {

@@ -2,8 +2,9 @@
 #include "devices/device_bus.h"
 
 #include "devices/device_file.h"
+#include "machine/folder.h"
 #include "machine/machine_xml.h"
-#include "platform/linux/machine.h"
+#include "platform/control/machine_native.h"
 #include "threads/kernel.h"
 
 #include <combaseapi.h>
@@ -45,7 +46,7 @@ CDeviceBus& CDeviceBus::Instance()
 
 void CDeviceBus::LoadIfOther(const CLock&)
 {
-    const unsigned iGeneration = machine::Generation();
+    const unsigned iGeneration = MachineGeneration();
     if (m_bLoaded && iGeneration == m_iGeneration)
         return;
     if (iGeneration != m_iGeneration)

@@ -1,7 +1,7 @@
 // The machine's devices as they stand: declared, attached, open, and what they were sent.
 #pragma once
 
-#include "platform/linux/machine_devices.h"
+#include "platform/control/devices_native.h"
 
 #include <condition_variable>
 #include <deque>

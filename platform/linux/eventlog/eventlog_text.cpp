@@ -1,9 +1,10 @@
 // The form of eventlog.txt.
 #include "eventlog/eventlog_text.h"
 
-#include "platform/linux/machine.h"
+#include "platform/control/machine_native.h"
 
 #include <cstring>
+#include <fstream>
 
 namespace
 {
@@ -63,4 +64,13 @@ std::string UnescapeEventField(const std::string& strField)
         strText += pName != nullptr ? LETTERS[pName - NAMES] : strField[i];
     }
     return strText;
+}
+
+std::vector<std::string> machine::ReportedEvents()
+{
+    std::vector<std::string> vecRecords;
+    std::ifstream oFile(EventLogFile());
+    for (std::string strLine; std::getline(oFile, strLine);)
+        vecRecords.push_back(strLine.substr(strLine.find('\t') + 1)); // behind the time
+    return vecRecords;
 }

@@ -1,6 +1,6 @@
 // Paths of the platform and where they lie on this host: drives are folders of the machine, Z: is the host's root.
+#include "platform/control/machine_native.h"
 #include "platform/hostpath.h"
-#include "platform/linux/machine.h"
 
 #include <cctype>
 #include <dirent.h>

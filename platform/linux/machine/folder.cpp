@@ -1,5 +1,9 @@
 // The machine's folder: chosen by the environment or by a test.
-#include "platform/linux/machine.h"
+#include "machine/folder.h"
+
+#include "machine/power.h"
+#include "platform/control/machine_native.h"
+#include "time/clock.h"
 
 #include <atomic>
 #include <cstdlib>
@@ -64,13 +68,18 @@ void machine::UseFolder(const std::string& strFolder)
         oFolder.strFolder = AbsoluteFolder(strFolder);
     }
     ++g_iGeneration;
-    ResetClock();
+    Reset();
     DivideTimeouts(1);
-    ResetPowerStatus();
     ClearFailures();
 }
 
-unsigned machine::Generation()
+void machine::Reset()
+{
+    ResetClock();
+    ResetPowerStatus();
+}
+
+unsigned MachineGeneration()
 {
     return g_iGeneration;
 }

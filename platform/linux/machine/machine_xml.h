@@ -1,7 +1,7 @@
 // machine.xml: the devices that a machine declares.
 #pragma once
 
-#include "platform/linux/machine_devices.h"
+#include "platform/control/devices_native.h"
 
 #include <optional>
 

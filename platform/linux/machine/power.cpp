@@ -3,7 +3,7 @@
 
 #include "base/failure.h"
 #include "devices/device_bus.h"
-#include "platform/linux/machine.h"
+#include "platform/control/machine.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -93,7 +93,7 @@ void machine::SetPowerStatus(const SYSTEM_POWER_STATUS& stStatus)
     g_oSetStatus = stStatus;
 }
 
-void machine::ResetPowerStatus()
+void ResetPowerStatus()
 {
     const std::lock_guard<std::mutex> oLock(g_oPowerMutex);
     g_oSetStatus.reset();

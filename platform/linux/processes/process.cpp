@@ -3,6 +3,7 @@
 
 #include "base/error.h"
 #include "base/failure.h"
+#include "platform/control/machine.h"
 
 #include <psapi.h>
 
@@ -108,4 +109,11 @@ BOOL K32GetProcessMemoryInfo(HANDLE Process, PPROCESS_MEMORY_COUNTERS ppsmemCoun
     ppsmemCounters->PeakWorkingSetSize = iPeak * 1024;
     ppsmemCounters->PagefileUsage = iOwn * 1024;
     return TRUE;
+}
+
+machine::Footprint machine::GetFootprint()
+{
+    unsigned long long iResident = 0;
+    CProcessFolder(GetCurrentProcessId()).Field("VmRSS", iResident);
+    return {iResident * 1024, LiveHandles() + LiveWork()};
 }

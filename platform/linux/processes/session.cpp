@@ -1,7 +1,7 @@
 // Sessions of this system: the session manager's files, or those in the machine's own folder "sessions".
 #include "base/error.h"
 #include "base/failure.h"
-#include "platform/linux/machine.h"
+#include "platform/control/machine_native.h"
 #include "processes/account.h"
 #include "processes/token.h"
 #include "text/wide.h"

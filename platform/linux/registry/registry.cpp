@@ -1,6 +1,6 @@
 // The registry's calls: arguments, buffers and text forms in front of the open keys.
 #include "base/failure.h"
-#include "platform/linux/machine.h"
+#include "platform/control/machine_native.h"
 #include "registry/registry_keys.h"
 #include "registry/registry_text.h"
 

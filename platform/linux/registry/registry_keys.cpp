@@ -2,7 +2,8 @@
 #include "registry/registry_keys.h"
 
 #include "base/failure.h"
-#include "platform/linux/machine.h"
+#include "machine/folder.h"
+#include "platform/control/machine_native.h"
 
 #include <algorithm>
 
@@ -70,14 +71,14 @@ CRegistry& CRegistry::Instance()
     return *pRegistry;
 }
 
-CRegistry::CRegistry() : m_iGeneration(machine::Generation() - 1), m_oFollower([this] { return FollowChange(); })
+CRegistry::CRegistry() : m_iGeneration(MachineGeneration() - 1), m_oFollower([this] { return FollowChange(); })
 {
 }
 
 // Another machine has another file, and none of the keys that were open.
 void CRegistry::UseMachine()
 {
-    const unsigned iGeneration = machine::Generation();
+    const unsigned iGeneration = MachineGeneration();
     if (iGeneration == m_iGeneration)
         return;
     m_iGeneration = iGeneration;

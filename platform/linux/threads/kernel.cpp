@@ -1,7 +1,7 @@
 // Kernel objects: the handle table, waiting and releasing, and the count of busy pool callbacks.
 #include "threads/kernel.h"
 
-#include "platform/linux/machine.h"
+#include "platform/control/machine.h"
 #include "threads/timeout.h"
 
 #include <algorithm>

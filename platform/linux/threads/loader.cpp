@@ -1,8 +1,8 @@
 // Modules: shared objects found by the platform's rules, told of attach and detach, gone when the last user frees them.
 #include "base/error.h"
 #include "base/failure.h"
+#include "platform/control/machine_native.h"
 #include "platform/hostpath.h"
-#include "platform/linux/machine.h"
 
 #include <dlfcn.h>
 #include <link.h>

@@ -1,6 +1,6 @@
 // The default thread pool: every callback gets a thread at once, threads that are done wait for the next.
 #include "base/failure.h"
-#include "platform/linux/machine.h"
+#include "platform/control/machine.h"
 #include "threads/kernel.h"
 
 #include <atomic>

@@ -1,7 +1,7 @@
 // Time-outs and sleeps: shortened as a test told, and counted when they are over.
 #include "threads/timeout.h"
 
-#include "platform/linux/machine.h"
+#include "platform/control/machine_native.h"
 
 #include <atomic>
 

@@ -1,5 +1,7 @@
 // The machine's clock: this system's, moved and stopped as told.
-#include "platform/linux/machine.h"
+#include "time/clock.h"
+
+#include "platform/control/machine_native.h"
 #include "time/filetime.h"
 
 #include <atomic>
@@ -65,7 +67,7 @@ void machine::RunClock()
     g_iFrozenTicks = -1;
 }
 
-void machine::ResetClock()
+void ResetClock()
 {
     const std::lock_guard<std::mutex> oLock(g_oSetMutex);
     g_iFrozenTicks = -1;

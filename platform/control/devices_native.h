@@ -1,4 +1,4 @@
-// The machine's devices: what machine.xml declares, what tests attach, and what they were sent. Native builds only.
+// The native machine's devices: what machine.xml declares, what tests attach, and what they were sent.
 #pragma once
 
 #include <windows.h>
