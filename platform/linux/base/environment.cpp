@@ -1,4 +1,4 @@
-// The environment, which is this process's own, and the constants of the GUID header.
+// The environment, which is this process's own.
 #include "base/error.h"
 
 #include <strings.h>
@@ -6,8 +6,6 @@
 
 #include <cstdlib>
 #include <cstring>
-
-const GUID GUID_NULL = {0, 0, 0, {0, 0, 0, 0, 0, 0, 0, 0}};
 
 namespace
 {

@@ -61,11 +61,6 @@ EXTERN_C HRESULT WINAPI StringFromCLSID(REFCLSID rclsid, LPOLESTR* lplpsz)
     return S_OK;
 }
 
-EXTERN_C HRESULT WINAPI StringFromIID(REFIID rclsid, LPOLESTR* lplpsz)
-{
-    return StringFromCLSID(rclsid, lplpsz);
-}
-
 EXTERN_C HRESULT WINAPI CoCreateGuid(GUID* pguid)
 {
     if (IsToldToFail("CoCreateGuid"))

@@ -79,12 +79,6 @@ void GetSystemTimeAsFileTime(LPFILETIME lpSystemTimeAsFileTime)
     *lpSystemTimeAsFileTime = FileTimeOf(NowTicks());
 }
 
-void GetSystemTime(LPSYSTEMTIME lpSystemTime)
-{
-    const FILETIME stNow = FileTimeOf(NowTicks());
-    FileTimeToSystemTime(&stNow, lpSystemTime);
-}
-
 void GetLocalTime(LPSYSTEMTIME lpSystemTime)
 {
     const long long iNow = NowTicks();

@@ -6,7 +6,6 @@
 
 typedef LONGLONG HNSTIME; // 100 ns
 typedef float FLOAT32;
-typedef double FLOAT64;
 
 typedef enum APO_BUFFER_FLAGS
 {

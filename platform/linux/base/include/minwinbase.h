@@ -44,7 +44,7 @@ typedef struct _SYSTEMTIME
     WORD wMinute;
     WORD wSecond;
     WORD wMilliseconds;
-} SYSTEMTIME, *PSYSTEMTIME, *LPSYSTEMTIME;
+} SYSTEMTIME, *LPSYSTEMTIME;
 
 typedef struct _WIN32_FIND_DATAA
 {
@@ -58,4 +58,4 @@ typedef struct _WIN32_FIND_DATAA
     DWORD dwReserved1;
     CHAR cFileName[MAX_PATH];
     CHAR cAlternateFileName[14];
-} WIN32_FIND_DATAA, *PWIN32_FIND_DATAA, *LPWIN32_FIND_DATAA;
+} WIN32_FIND_DATAA, *LPWIN32_FIND_DATAA;

@@ -10,7 +10,6 @@
 #define INVALID_FILE_ATTRIBUTES static_cast<DWORD>(-1)
 #define INFINITE 0xFFFFFFFF
 #define WAIT_OBJECT_0 0x00000000
-#define WAIT_ABANDONED 0x00000080
 #define WAIT_TIMEOUT 258
 #define WAIT_FAILED 0xFFFFFFFF
 
@@ -42,7 +41,6 @@ typedef struct _SYSTEM_POWER_STATUS
     DWORD BatteryFullLifeTime;
 } SYSTEM_POWER_STATUS, *LPSYSTEM_POWER_STATUS;
 
-#define TIME_ZONE_ID_UNKNOWN 0
 #define TIME_ZONE_ID_STANDARD 1
 #define TIME_ZONE_ID_DAYLIGHT 2
 #define TIME_ZONE_ID_INVALID 0xFFFFFFFF
@@ -99,7 +97,6 @@ extern "C"
 
     // All times are those of the machine's clock.
     void GetLocalTime(LPSYSTEMTIME lpSystemTime);
-    void GetSystemTime(LPSYSTEMTIME lpSystemTime);
     void GetSystemTimeAsFileTime(LPFILETIME lpSystemTimeAsFileTime);
     BOOL SystemTimeToFileTime(const SYSTEMTIME* lpSystemTime, LPFILETIME lpFileTime);
     BOOL FileTimeToSystemTime(const FILETIME* lpFileTime, LPSYSTEMTIME lpSystemTime);
@@ -184,13 +181,4 @@ inline LONG InterlockedIncrement(LONG volatile* lpAddend)
 inline LONG InterlockedDecrement(LONG volatile* lpAddend)
 {
     return __atomic_sub_fetch(lpAddend, 1, __ATOMIC_SEQ_CST);
-}
-inline LONG InterlockedExchange(LONG volatile* lpTarget, LONG lValue)
-{
-    return __atomic_exchange_n(lpTarget, lValue, __ATOMIC_SEQ_CST);
-}
-inline LONG InterlockedCompareExchange(LONG volatile* lpDestination, LONG lExchange, LONG lComparand)
-{
-    __atomic_compare_exchange_n(lpDestination, &lComparand, lExchange, false, __ATOMIC_SEQ_CST, __ATOMIC_SEQ_CST);
-    return lComparand;
 }

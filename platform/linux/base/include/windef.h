@@ -10,7 +10,6 @@
 #define APIENTRY
 #define STDMETHODCALLTYPE
 #define NTAPI
-#define DECLSPEC_NOVTABLE
 #define EXTERN_C extern "C"
 #ifndef CONST
 #define CONST const
@@ -31,7 +30,6 @@
 typedef void VOID;
 typedef void* PVOID;
 typedef void* LPVOID;
-typedef const void* LPCVOID;
 
 typedef char CHAR;
 typedef unsigned char UCHAR;
@@ -53,9 +51,6 @@ typedef LONG HRESULT;
 // 64-bit values are `long long` as on the platform, so that one number format serves both builds.
 typedef long long LONGLONG;
 typedef unsigned long long ULONGLONG;
-typedef unsigned long long DWORDLONG;
-typedef unsigned long long DWORD64;
-typedef signed char INT8;
 typedef unsigned char UINT8;
 typedef short INT16;
 typedef unsigned short UINT16;
@@ -67,40 +62,25 @@ typedef long long INT_PTR;
 typedef unsigned long long UINT_PTR;
 typedef long long LONG_PTR;
 typedef unsigned long long ULONG_PTR;
-typedef ULONG_PTR DWORD_PTR;
 typedef ULONG_PTR SIZE_T;
 
-typedef BYTE* PBYTE;
 typedef BYTE* LPBYTE;
-typedef BOOL* PBOOL;
 typedef BOOL* LPBOOL;
-typedef INT* PINT;
-typedef UINT* PUINT;
-typedef LONG* PLONG;
-typedef LONG* LPLONG;
 typedef ULONG* PULONG;
-typedef WORD* PWORD;
-typedef WORD* LPWORD;
 typedef DWORD* PDWORD;
 typedef DWORD* LPDWORD;
 
 typedef wchar_t WCHAR;
-typedef CHAR* PCHAR;
-typedef CHAR* PSTR;
 typedef CHAR* LPSTR;
-typedef const CHAR* PCSTR;
 typedef const CHAR* LPCSTR;
 typedef const CHAR* LPCCH;
-typedef WCHAR* PWSTR;
 typedef WCHAR* LPWSTR;
-typedef WCHAR* PWCHAR;
 typedef const WCHAR* PCWSTR;
 typedef const WCHAR* LPCWSTR;
 typedef const WCHAR* LPCWCH;
 
 typedef void* HANDLE;
 typedef HANDLE* PHANDLE;
-typedef HANDLE* LPHANDLE;
 typedef HANDLE HLOCAL;
 DECLARE_HANDLE(HINSTANCE);
 DECLARE_HANDLE(HKEY);
@@ -113,4 +93,4 @@ typedef struct _FILETIME
 {
     DWORD dwLowDateTime;
     DWORD dwHighDateTime;
-} FILETIME, *PFILETIME, *LPFILETIME;
+} FILETIME, *LPFILETIME;

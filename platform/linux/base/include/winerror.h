@@ -4,7 +4,6 @@
 #include <windef.h>
 
 #define ERROR_SUCCESS 0
-#define NO_ERROR 0
 #define ERROR_INVALID_FUNCTION 1
 #define ERROR_FILE_NOT_FOUND 2
 #define ERROR_PATH_NOT_FOUND 3
@@ -17,14 +16,11 @@
 #define ERROR_NO_MORE_FILES 18
 #define ERROR_WRITE_PROTECT 19
 #define ERROR_BAD_LENGTH 24
-#define ERROR_WRITE_FAULT 29
 #define ERROR_GEN_FAILURE 31
 #define ERROR_SHARING_VIOLATION 32
 #define ERROR_HANDLE_EOF 38
-#define ERROR_HANDLE_DISK_FULL 39
 #define ERROR_NOT_SUPPORTED 50
 #define ERROR_FILE_EXISTS 80
-#define ERROR_CANNOT_MAKE 82
 #define ERROR_INVALID_PARAMETER 87
 #define ERROR_DISK_FULL 112
 #define ERROR_INSUFFICIENT_BUFFER 122
@@ -41,15 +37,11 @@
 #define ERROR_FILE_TOO_LARGE 223
 #define ERROR_MORE_DATA 234
 #define ERROR_NO_MORE_ITEMS 259
-#define ERROR_DIRECTORY 267
 #define ERROR_OPERATION_ABORTED 995
 #define ERROR_IO_INCOMPLETE 996
 #define ERROR_IO_PENDING 997
 #define ERROR_NOACCESS 998
-#define ERROR_INVALID_FLAGS 1004
 #define ERROR_NO_TOKEN 1008
-#define ERROR_BADDB 1009
-#define ERROR_BADKEY 1010
 #define ERROR_KEY_DELETED 1018
 #define ERROR_DLL_INIT_FAILED 1114
 #define ERROR_NO_UNICODE_TRANSLATION 1113
@@ -66,14 +58,10 @@
 #define E_NOTIMPL static_cast<HRESULT>(0x80004001U)
 #define E_NOINTERFACE static_cast<HRESULT>(0x80004002U)
 #define E_POINTER static_cast<HRESULT>(0x80004003U)
-#define E_ABORT static_cast<HRESULT>(0x80004004U)
 #define E_FAIL static_cast<HRESULT>(0x80004005U)
-#define E_ACCESSDENIED static_cast<HRESULT>(0x80070005U)
-#define E_HANDLE static_cast<HRESULT>(0x80070006U)
 #define E_OUTOFMEMORY static_cast<HRESULT>(0x8007000EU)
 #define E_INVALIDARG static_cast<HRESULT>(0x80070057U)
 #define CLASS_E_NOAGGREGATION static_cast<HRESULT>(0x80040110U)
-#define CLASS_E_CLASSNOTAVAILABLE static_cast<HRESULT>(0x80040111U)
 #define REGDB_E_CLASSNOTREG static_cast<HRESULT>(0x80040154U)
 #define CO_E_NOTINITIALIZED static_cast<HRESULT>(0x800401F0U)
 #define CO_E_CLASSSTRING static_cast<HRESULT>(0x800401F3U)
@@ -81,17 +69,14 @@
 #define CO_E_ERRORINDLL static_cast<HRESULT>(0x800401F9U)
 #define RPC_E_CHANGED_MODE static_cast<HRESULT>(0x80010106U)
 #define RPC_E_TOO_LATE static_cast<HRESULT>(0x80010119U)
-#define DISP_E_TYPEMISMATCH static_cast<HRESULT>(0x80020005U)
 #define DISP_E_BADVARTYPE static_cast<HRESULT>(0x80020008U)
 #define DISP_E_BADINDEX static_cast<HRESULT>(0x8002000BU)
 #define DISP_E_ARRAYISLOCKED static_cast<HRESULT>(0x8002000DU)
 
 #define FACILITY_WIN32 7
-#define SEVERITY_SUCCESS 0
 #define SEVERITY_ERROR 1
 #define SUCCEEDED(hr) (static_cast<HRESULT>(hr) >= 0)
 #define FAILED(hr) (static_cast<HRESULT>(hr) < 0)
-#define HRESULT_CODE(hr) ((hr)&0xFFFF)
 #define MAKE_HRESULT(sev, fac, code)                                                                                   \
     static_cast<HRESULT>((static_cast<UINT32>(sev) << 31) | (static_cast<UINT32>(fac) << 16) |                         \
                          static_cast<UINT32>(code))

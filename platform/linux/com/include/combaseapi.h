@@ -10,12 +10,9 @@
 #define STDMETHOD(method) virtual HRESULT STDMETHODCALLTYPE method
 #define STDMETHOD_(type, method) virtual type STDMETHODCALLTYPE method
 #define STDAPI EXTERN_C HRESULT STDMETHODCALLTYPE
-#define STDAPI_(type) EXTERN_C type STDMETHODCALLTYPE
 #define PURE = 0
 
 #define CLSCTX_INPROC_SERVER 0x1
-#define CLSCTX_LOCAL_SERVER 0x4
-#define CLSCTX_ALL 0x17
 
 #define COINIT_MULTITHREADED 0x0
 #define COINIT_APARTMENTTHREADED 0x2
@@ -26,7 +23,6 @@ EXTERN_C void WINAPI CoTaskMemFree(LPVOID pv);
 
 // Text of an id in braces, upper-case; the caller frees it with CoTaskMemFree.
 EXTERN_C HRESULT WINAPI StringFromCLSID(REFCLSID rclsid, LPOLESTR* lplpsz);
-EXTERN_C HRESULT WINAPI StringFromIID(REFIID rclsid, LPOLESTR* lplpsz);
 // Number of characters with the end's zero, 39, or 0 if the room is too small.
 EXTERN_C int WINAPI StringFromGUID2(REFGUID rguid, LPOLESTR lpsz, int cchMax);
 // A new random id.

@@ -10,7 +10,7 @@ typedef struct tagSAFEARRAYBOUND
 {
     ULONG cElements;
     LONG lLbound;
-} SAFEARRAYBOUND, *LPSAFEARRAYBOUND;
+} SAFEARRAYBOUND;
 
 typedef struct tagSAFEARRAY
 {
@@ -20,7 +20,7 @@ typedef struct tagSAFEARRAY
     ULONG cLocks;
     PVOID pvData;
     SAFEARRAYBOUND rgsabound[1];
-} SAFEARRAY, *LPSAFEARRAY;
+} SAFEARRAY;
 
 typedef struct tagVARIANT
 {

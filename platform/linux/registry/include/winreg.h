@@ -17,14 +17,10 @@ typedef DWORD REGSAM;
 // Rights of an open key.
 #define KEY_QUERY_VALUE 0x0001
 #define KEY_SET_VALUE 0x0002
-#define KEY_CREATE_SUB_KEY 0x0004
 #define KEY_ENUMERATE_SUB_KEYS 0x0008
 #define KEY_NOTIFY 0x0010
-#define KEY_CREATE_LINK 0x0020
 #define KEY_WOW64_64KEY 0x0100
-#define KEY_WOW64_32KEY 0x0200
 #define KEY_READ 0x20019
-#define KEY_WRITE 0x20006
 #define KEY_ALL_ACCESS 0xF003F
 
 // Types of a value.
@@ -33,13 +29,10 @@ typedef DWORD REGSAM;
 #define REG_EXPAND_SZ 2
 #define REG_BINARY 3
 #define REG_DWORD 4
-#define REG_DWORD_BIG_ENDIAN 5
-#define REG_LINK 6
 #define REG_MULTI_SZ 7
 #define REG_QWORD 11
 
 #define REG_OPTION_NON_VOLATILE 0x0
-#define REG_OPTION_VOLATILE 0x1
 
 #define REG_CREATED_NEW_KEY 1
 #define REG_OPENED_EXISTING_KEY 2
