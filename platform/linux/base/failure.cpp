@@ -65,6 +65,14 @@ bool IsToldToFail(const char* pCall, bool bMayWait)
     return true;
 }
 
+bool IsToldToFailWith(const char* pCall, LONG& lResult)
+{
+    if (!IsToldToFail(pCall))
+        return false;
+    lResult = static_cast<LONG>(GetLastError());
+    return true;
+}
+
 void machine::FailNext(const std::string& strCall, DWORD dwError, int iTimes, int iSkip)
 {
     CArmedFailures& oFailures = ArmedFailures();

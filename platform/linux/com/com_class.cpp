@@ -1,5 +1,6 @@
 // Component object model: apartments, and classes found through the registry.
 #include "com/wmi_objects.h"
+#include "text/wide.h"
 
 #include <windows.h>
 
@@ -52,10 +53,7 @@ std::string ServerName(REFCLSID rclsid)
 {
     OLECHAR strId[40] = {};
     StringFromGUID2(rclsid, strId, 40);
-    std::string strPath = "CLSID\\";
-    for (const OLECHAR* p = strId; *p != 0; p++)
-        strPath += static_cast<char>(*p);
-    strPath += "\\InprocServer32";
+    const std::string strPath = "CLSID\\" + NarrowOf(strId) + "\\InprocServer32";
 
     HKEY hKey = nullptr;
     if (RegOpenKeyExA(HKEY_CLASSES_ROOT, strPath.c_str(), 0, KEY_QUERY_VALUE | KEY_WOW64_64KEY, &hKey) != ERROR_SUCCESS)

@@ -5,6 +5,7 @@
 #include "machine/folder.h"
 #include "machine/machine_xml.h"
 #include "platform/control/machine_native.h"
+#include "text/wide.h"
 #include "threads/kernel.h"
 
 #include <combaseapi.h>
@@ -78,7 +79,7 @@ std::vector<CDevicePointer> CDeviceBus::OfInterface(const GUID& oInterface)
 {
     OLECHAR strWide[40] = {};
     StringFromGUID2(oInterface, strWide, 40);
-    const std::string strInterface(std::begin(strWide), std::find(std::begin(strWide), std::end(strWide), L'\0'));
+    const std::string strInterface = NarrowOf(strWide);
 
     const CLock oLock(m_oMutex);
     LoadIfOther(oLock);

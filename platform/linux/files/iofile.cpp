@@ -4,6 +4,7 @@
 #include "base/error.h"
 #include "base/failure.h"
 #include "files/folder_watch.h"
+#include "text/wide.h"
 
 namespace
 {
@@ -13,24 +14,13 @@ HANDLE OpenByName(const char* pCall, const COpenCall& oCall)
 {
     if (IsToldToFail(pCall))
         return INVALID_HANDLE_VALUE;
-    if (oCall.dwDisposition < CREATE_NEW || oCall.dwDisposition > TRUNCATE_EXISTING)
-        SetLastError(ERROR_INVALID_PARAMETER);
-    else if (IsDeviceName(oCall.strName))
+    if (IsDeviceName(oCall.strName))
         return OpenDevice(oCall);
     else if (!oCall.strName.empty())
         return OpenFolder(oCall);
     else
         SetLastError(ERROR_PATH_NOT_FOUND);
     return INVALID_HANDLE_VALUE;
-}
-
-std::string Narrow(LPCWSTR pName)
-{
-    const int iSize = WideCharToMultiByte(CP_UTF8, 0, pName, -1, nullptr, 0, nullptr, nullptr);
-    std::string strName(static_cast<size_t>(iSize > 0 ? iSize : 1), '\0');
-    WideCharToMultiByte(CP_UTF8, 0, pName, -1, strName.data(), iSize, nullptr, nullptr);
-    strName.pop_back();
-    return strName;
 }
 } // namespace
 
@@ -64,9 +54,8 @@ HANDLE CreateFileA(LPCSTR lpFileName, DWORD dwDesiredAccess, DWORD dwShareMode, 
 HANDLE CreateFileW(LPCWSTR lpFileName, DWORD dwDesiredAccess, DWORD dwShareMode, LPSECURITY_ATTRIBUTES,
                    DWORD dwCreationDisposition, DWORD dwFlagsAndAttributes, HANDLE)
 {
-    const std::string strName = lpFileName == nullptr ? "" : Narrow(lpFileName);
     return OpenByName("CreateFileW",
-                      {strName, dwDesiredAccess, dwShareMode, dwCreationDisposition, dwFlagsAndAttributes});
+                      {NarrowOf(lpFileName), dwDesiredAccess, dwShareMode, dwCreationDisposition, dwFlagsAndAttributes});
 }
 
 BOOL GetOverlappedResult(HANDLE hFile, LPOVERLAPPED lpOverlapped, LPDWORD lpNumberOfBytesTransferred, BOOL bWait)

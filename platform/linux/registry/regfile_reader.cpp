@@ -107,7 +107,8 @@ void ParseData(const std::string& strData, RegistryValue& oValue)
         return;
     if (oValue.vecData.size() % 2 != 0)
         throw LineError("text in UTF-16 has an odd number of bytes");
-    oValue.vecData = Utf8FromUtf16(oValue.vecData);
+    const std::string strText = Utf8FromUtf16(oValue.vecData);
+    oValue.vecData.assign(strText.begin(), strText.end());
 }
 
 class CRegFileReader
@@ -249,6 +250,5 @@ CRegistryTree ParseRegistryFile(const std::string& strText, std::vector<Registry
         return oReader.Read(strText.substr(3));
     if (!StartsWith(strText, "\xFF\xFE"))
         return oReader.Read(strText);
-    const std::vector<BYTE> vecText = Utf8FromUtf16({strText.begin() + 2, strText.end()});
-    return oReader.Read({vecText.begin(), vecText.end()});
+    return oReader.Read(Utf8FromUtf16({strText.begin() + 2, strText.end()}));
 }

@@ -3,6 +3,7 @@
 #include "platform/control/machine_native.h"
 #include "registry/registry_keys.h"
 #include "registry/registry_text.h"
+#include "text/wide.h"
 
 #include <algorithm>
 #include <cstring>
@@ -12,23 +13,9 @@ namespace
 constexpr DWORD c_dwLegalFilter = 0xF;
 constexpr DWORD c_dwThreadAgnostic = 0x10000000;
 
-std::string Narrow(LPCSTR pText)
+std::string TextOf(LPCSTR pText)
 {
     return pText == nullptr ? "" : pText;
-}
-
-std::string Narrow(LPCWSTR pText)
-{
-    return pText == nullptr ? "" : Utf8FromWide(pText, wcslen(pText));
-}
-
-// Whether the call was told to fail, and the code.
-bool IsToldTo(const char* pCall, LSTATUS& lResult)
-{
-    if (!IsToldToFail(pCall))
-        return false;
-    lResult = static_cast<LSTATUS>(GetLastError());
-    return true;
 }
 
 // Hands a value's data to the caller's buffer, or its size alone.
@@ -72,8 +59,8 @@ LSTATUS CreateKey(HKEY hKey, const std::string& strSubKey, REGSAM samDesired, PH
 
 LSTATUS SetValue(HKEY hKey, const std::string& strName, DWORD dwType, std::vector<BYTE> vecData)
 {
-    if (std::any_of(strName.begin(), strName.end(), [](char c) { return c > 0 && c < 0x20; }))
-        return ERROR_INVALID_PARAMETER; // the file's lines can't hold it
+    if (HasControls(strName))
+        return ERROR_INVALID_PARAMETER;
     const auto fnSet = [&](RegistryKey& oKey) -> LSTATUS
     {
         const auto [it, bNew] = oKey.mapValues.try_emplace(FoldName(strName));
@@ -90,30 +77,30 @@ LSTATUS SetValue(HKEY hKey, const std::string& strName, DWORD dwType, std::vecto
 EXTERN_C LSTATUS WINAPI RegOpenKeyExA(HKEY hKey, LPCSTR lpSubKey, DWORD, REGSAM samDesired, PHKEY phkResult)
 {
     LSTATUS lResult = ERROR_SUCCESS;
-    if (IsToldTo("RegOpenKeyExA", lResult))
+    if (IsToldToFailWith("RegOpenKeyExA", lResult))
         return lResult;
     if (phkResult == nullptr)
         return ERROR_INVALID_PARAMETER;
     *phkResult = nullptr;
-    return CRegistry::Instance().Open(hKey, Narrow(lpSubKey), samDesired, phkResult);
+    return CRegistry::Instance().Open(hKey, TextOf(lpSubKey), samDesired, phkResult);
 }
 
 EXTERN_C LSTATUS WINAPI RegCreateKeyExA(HKEY hKey, LPCSTR lpSubKey, DWORD, LPSTR, DWORD, REGSAM samDesired,
                                         const LPSECURITY_ATTRIBUTES, PHKEY phkResult, LPDWORD lpdwDisposition)
 {
     LSTATUS lResult = ERROR_SUCCESS;
-    if (IsToldTo("RegCreateKeyExA", lResult))
+    if (IsToldToFailWith("RegCreateKeyExA", lResult))
         return lResult;
-    return CreateKey(hKey, Narrow(lpSubKey), samDesired, phkResult, lpdwDisposition);
+    return CreateKey(hKey, TextOf(lpSubKey), samDesired, phkResult, lpdwDisposition);
 }
 
 EXTERN_C LSTATUS WINAPI RegCreateKeyExW(HKEY hKey, LPCWSTR lpSubKey, DWORD, LPWSTR, DWORD, REGSAM samDesired,
                                         const LPSECURITY_ATTRIBUTES, PHKEY phkResult, LPDWORD lpdwDisposition)
 {
     LSTATUS lResult = ERROR_SUCCESS;
-    if (IsToldTo("RegCreateKeyExW", lResult))
+    if (IsToldToFailWith("RegCreateKeyExW", lResult))
         return lResult;
-    return CreateKey(hKey, Narrow(lpSubKey), samDesired, phkResult, lpdwDisposition);
+    return CreateKey(hKey, NarrowOf(lpSubKey), samDesired, phkResult, lpdwDisposition);
 }
 
 EXTERN_C LSTATUS WINAPI RegCloseKey(HKEY hKey)
@@ -125,11 +112,11 @@ EXTERN_C LSTATUS WINAPI RegQueryValueExA(HKEY hKey, LPCSTR lpValueName, LPDWORD,
                                          LPDWORD lpcbData)
 {
     LSTATUS lResult = ERROR_SUCCESS;
-    if (IsToldTo("RegQueryValueExA", lResult))
+    if (IsToldToFailWith("RegQueryValueExA", lResult))
         return lResult;
     if (lpData != nullptr && lpcbData == nullptr)
         return ERROR_INVALID_PARAMETER;
-    const std::string strFolded = FoldName(Narrow(lpValueName));
+    const std::string strFolded = FoldName(TextOf(lpValueName));
     const auto fnQuery = [&](const CRegistryTree&, const RegistryKey& oKey) -> LSTATUS
     {
         const auto it = oKey.mapValues.find(strFolded);
@@ -142,18 +129,18 @@ EXTERN_C LSTATUS WINAPI RegSetValueExA(HKEY hKey, LPCSTR lpValueName, DWORD, DWO
                                        DWORD cbData)
 {
     LSTATUS lResult = ERROR_SUCCESS;
-    if (IsToldTo("RegSetValueExA", lResult))
+    if (IsToldToFailWith("RegSetValueExA", lResult))
         return lResult;
     if (lpData == nullptr && cbData > 0)
         return ERROR_NOACCESS;
-    return SetValue(hKey, Narrow(lpValueName), dwType, {lpData, lpData + cbData});
+    return SetValue(hKey, TextOf(lpValueName), dwType, {lpData, lpData + cbData});
 }
 
 EXTERN_C LSTATUS WINAPI RegSetValueExW(HKEY hKey, LPCWSTR lpValueName, DWORD, DWORD dwType, const BYTE* lpData,
                                        DWORD cbData)
 {
     LSTATUS lResult = ERROR_SUCCESS;
-    if (IsToldTo("RegSetValueExW", lResult))
+    if (IsToldToFailWith("RegSetValueExW", lResult))
         return lResult;
     if (lpData == nullptr && cbData > 0)
         return ERROR_NOACCESS;
@@ -162,26 +149,26 @@ EXTERN_C LSTATUS WINAPI RegSetValueExW(HKEY hKey, LPCWSTR lpValueName, DWORD, DW
     {
         std::wstring strText(cbData / sizeof(WCHAR), L'\0');
         memcpy(strText.data(), vecData.data(), strText.size() * sizeof(WCHAR));
-        const std::string strNarrow = Utf8FromWide(strText.data(), strText.size());
+        const std::string strNarrow = NarrowOf(strText.data(), strText.size());
         vecData.assign(strNarrow.begin(), strNarrow.end());
     }
-    return SetValue(hKey, Narrow(lpValueName), dwType, std::move(vecData));
+    return SetValue(hKey, NarrowOf(lpValueName), dwType, std::move(vecData));
 }
 
 EXTERN_C LSTATUS WINAPI RegDeleteValueA(HKEY hKey, LPCSTR lpValueName)
 {
     LSTATUS lResult = ERROR_SUCCESS;
-    if (IsToldTo("RegDeleteValueA", lResult))
+    if (IsToldToFailWith("RegDeleteValueA", lResult))
         return lResult;
     const auto fnDelete = [&](RegistryKey& oKey) -> LSTATUS
-    { return oKey.mapValues.erase(FoldName(Narrow(lpValueName))) > 0 ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND; };
+    { return oKey.mapValues.erase(FoldName(TextOf(lpValueName))) > 0 ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND; };
     return CRegistry::Instance().Write(hKey, fnDelete);
 }
 
 EXTERN_C LSTATUS WINAPI RegDeleteKeyExA(HKEY hKey, LPCSTR lpSubKey, REGSAM, DWORD)
 {
     LSTATUS lResult = ERROR_SUCCESS;
-    if (IsToldTo("RegDeleteKeyExA", lResult))
+    if (IsToldToFailWith("RegDeleteKeyExA", lResult))
         return lResult;
     return lpSubKey == nullptr ? ERROR_INVALID_PARAMETER : CRegistry::Instance().DeleteKey(hKey, lpSubKey);
 }
@@ -189,50 +176,42 @@ EXTERN_C LSTATUS WINAPI RegDeleteKeyExA(HKEY hKey, LPCSTR lpSubKey, REGSAM, DWOR
 EXTERN_C LSTATUS WINAPI RegDeleteKeyExW(HKEY hKey, LPCWSTR lpSubKey, REGSAM, DWORD)
 {
     LSTATUS lResult = ERROR_SUCCESS;
-    if (IsToldTo("RegDeleteKeyExW", lResult))
+    if (IsToldToFailWith("RegDeleteKeyExW", lResult))
         return lResult;
-    return lpSubKey == nullptr ? ERROR_INVALID_PARAMETER : CRegistry::Instance().DeleteKey(hKey, Narrow(lpSubKey));
+    return lpSubKey == nullptr ? ERROR_INVALID_PARAMETER : CRegistry::Instance().DeleteKey(hKey, NarrowOf(lpSubKey));
 }
 
-EXTERN_C LSTATUS WINAPI RegEnumKeyExA(HKEY hKey, DWORD dwIndex, LPSTR lpName, LPDWORD lpcchName, LPDWORD, LPSTR lpClass,
-                                      LPDWORD lpcchClass, LPFILETIME lpftLastWriteTime)
+EXTERN_C LSTATUS WINAPI RegEnumKeyExA(HKEY hKey, DWORD dwIndex, LPSTR lpName, LPDWORD lpcchName, LPDWORD, LPSTR,
+                                      LPDWORD, LPFILETIME)
 {
     LSTATUS lResult = ERROR_SUCCESS;
-    if (IsToldTo("RegEnumKeyExA", lResult))
+    if (IsToldToFailWith("RegEnumKeyExA", lResult))
         return lResult;
     if (lpName == nullptr || lpcchName == nullptr)
         return ERROR_INVALID_PARAMETER;
-    std::string strName;
     const auto fnEnum = [&](const CRegistryTree& oTree, const RegistryKey& oKey) -> LSTATUS
-    { return oTree.SubkeyName(oKey.strPath, dwIndex, strName) ? ERROR_SUCCESS : ERROR_NO_MORE_ITEMS; };
-    lResult = CRegistry::Instance().Read(hKey, KEY_ENUMERATE_SUB_KEYS, fnEnum);
-    if (lResult != ERROR_SUCCESS)
-        return lResult;
-    // Keys of this registry have neither a class nor a time.
-    if (lpClass != nullptr && lpcchClass != nullptr && *lpcchClass > 0)
-        *lpClass = '\0';
-    if (lpcchClass != nullptr)
-        *lpcchClass = 0;
-    if (lpftLastWriteTime != nullptr)
-        *lpftLastWriteTime = FILETIME{};
-    return GiveName(strName, lpName, lpcchName);
+    {
+        std::string strName;
+        const bool bFound = oTree.SubkeyName(oKey.strPath, dwIndex, strName);
+        return bFound ? GiveName(strName, lpName, lpcchName) : ERROR_NO_MORE_ITEMS;
+    };
+    return CRegistry::Instance().Read(hKey, KEY_ENUMERATE_SUB_KEYS, fnEnum);
 }
 
 EXTERN_C LSTATUS WINAPI RegEnumValueA(HKEY hKey, DWORD dwIndex, LPSTR lpValueName, LPDWORD lpcchValueName, LPDWORD,
-                                      LPDWORD lpType, LPBYTE lpData, LPDWORD lpcbData)
+                                      LPDWORD, LPBYTE, LPDWORD)
 {
     LSTATUS lResult = ERROR_SUCCESS;
-    if (IsToldTo("RegEnumValueA", lResult))
+    if (IsToldToFailWith("RegEnumValueA", lResult))
         return lResult;
-    if (lpValueName == nullptr || lpcchValueName == nullptr || (lpData != nullptr && lpcbData == nullptr))
+    if (lpValueName == nullptr || lpcchValueName == nullptr)
         return ERROR_INVALID_PARAMETER;
     const auto fnEnum = [&](const CRegistryTree&, const RegistryKey& oKey) -> LSTATUS
     {
         if (dwIndex >= oKey.mapValues.size())
             return ERROR_NO_MORE_ITEMS;
-        const RegistryValue& oValue = std::next(oKey.mapValues.begin(), static_cast<std::ptrdiff_t>(dwIndex))->second;
-        const LSTATUS lName = GiveName(oValue.strName, lpValueName, lpcchValueName);
-        return lName != ERROR_SUCCESS ? lName : GiveData(oValue, lpType, lpData, lpcbData);
+        const auto itValue = std::next(oKey.mapValues.begin(), static_cast<std::ptrdiff_t>(dwIndex));
+        return GiveName(itValue->second.strName, lpValueName, lpcchValueName);
     };
     return CRegistry::Instance().Read(hKey, KEY_QUERY_VALUE, fnEnum);
 }
@@ -241,19 +220,15 @@ EXTERN_C LSTATUS WINAPI RegNotifyChangeKeyValue(HKEY hKey, BOOL bWatchSubtree, D
                                                 BOOL fAsynchronous)
 {
     LSTATUS lResult = ERROR_SUCCESS;
-    if (IsToldTo("RegNotifyChangeKeyValue", lResult))
+    if (IsToldToFailWith("RegNotifyChangeKeyValue", lResult))
         return lResult;
     const DWORD dwFilter = dwNotifyFilter & ~c_dwThreadAgnostic;
-    if (dwFilter == 0 || (dwFilter & ~c_dwLegalFilter) != 0 || (fAsynchronous != FALSE && hEvent == nullptr))
+    if (dwFilter == 0 || (dwFilter & ~c_dwLegalFilter) != 0 || fAsynchronous == FALSE)
         return ERROR_INVALID_PARAMETER;
-    const auto pEvent =
-        fAsynchronous != FALSE ? KernelObjectAs<CKernelEvent>(hEvent) : std::make_shared<CKernelEvent>(true, false);
+    const auto pEvent = KernelObjectAs<CKernelEvent>(hEvent);
     if (pEvent == nullptr)
         return ERROR_INVALID_HANDLE;
-    lResult = CRegistry::Instance().Watch(hKey, bWatchSubtree != FALSE, dwFilter, pEvent);
-    if (lResult == ERROR_SUCCESS && fAsynchronous == FALSE)
-        pEvent->Wait(INFINITE);
-    return lResult;
+    return CRegistry::Instance().Watch(hKey, bWatchSubtree != FALSE, dwFilter, pEvent);
 }
 
 std::string machine::RegistryFile()

@@ -40,12 +40,6 @@ struct FollowerEnd
 {
     ~FollowerEnd() { CRegistry::Instance().StopFollowing(); }
 };
-
-// Neither a path nor a value's name may hold what the file's lines can't.
-bool HasControls(const std::string& strName)
-{
-    return std::any_of(strName.begin(), strName.end(), [](char c) { return c > 0 && c < 0x20; });
-}
 } // namespace
 
 bool OpenRegistryKey::Sees(const RegistryChange& oChange) const

@@ -1,68 +1,7 @@
-// Text of registry values between UTF-8, in which the layer keeps it, and the two wide forms.
+// Text of registry values: UTF-8, in which the layer keeps it, and UTF-16, as export files spell it in bytes.
 #include "registry/registry_text.h"
 
-namespace
-{
-constexpr UINT32 c_u32Replacement = 0xFFFD;
-// A byte b that is no UTF-8 travels as the lone surrogate 0xDC00 + b.
-constexpr UINT32 c_u32StrayByte = 0xDC00;
-
-bool IsContinuation(const std::vector<BYTE>& vecText, size_t i)
-{
-    return i < vecText.size() && (vecText[i] & 0xC0) == 0x80;
-}
-
-// Decodes the character at iPos and moves behind it.
-UINT32 TakeUtf8(const std::vector<BYTE>& vecText, size_t& iPos)
-{
-    const BYTE cLead = vecText[iPos++];
-    if (cLead < 0x80)
-        return cLead;
-    const size_t iMore = cLead >= 0xC2 && cLead < 0xE0   ? 1U
-                         : cLead >= 0xE0 && cLead < 0xF0 ? 2U
-                         : cLead >= 0xF0 && cLead < 0xF5 ? 3U
-                                                         : 0U;
-    UINT32 u32Char = cLead & (0x3FU >> iMore);
-    bool bValid = iMore > 0;
-    for (size_t i = 0; i < iMore && bValid; i++)
-    {
-        bValid = IsContinuation(vecText, iPos + i);
-        if (bValid)
-            u32Char = u32Char << 6 | (vecText[iPos + i] & 0x3FU);
-    }
-    const UINT32 u32Least[] = {0, 0x80, 0x800, 0x10000};
-    bValid = bValid && u32Char >= u32Least[iMore] && u32Char <= 0x10FFFF && (u32Char < 0xD800 || u32Char > 0xDFFF);
-    if (!bValid)
-        return c_u32StrayByte + cLead;
-    iPos += iMore;
-    return u32Char;
-}
-
-template <typename Text> void AppendUtf8(Text& oText, UINT32 u32Char)
-{
-    const auto Put = [&oText](UINT32 u32Byte) { oText.push_back(static_cast<typename Text::value_type>(u32Byte)); };
-    if (u32Char >= c_u32StrayByte + 0x80 && u32Char <= c_u32StrayByte + 0xFF)
-        return Put(u32Char - c_u32StrayByte);
-    if (u32Char > 0x10FFFF || (u32Char >= 0xD800 && u32Char <= 0xDFFF))
-        u32Char = c_u32Replacement;
-    if (u32Char < 0x80)
-        return Put(u32Char);
-    if (u32Char < 0x800)
-        Put(0xC0 | u32Char >> 6);
-    else
-    {
-        if (u32Char < 0x10000)
-            Put(0xE0 | u32Char >> 12);
-        else
-        {
-            Put(0xF0 | u32Char >> 18);
-            Put(0x80 | (u32Char >> 12 & 0x3F));
-        }
-        Put(0x80 | (u32Char >> 6 & 0x3F));
-    }
-    Put(0x80 | (u32Char & 0x3F));
-}
-} // namespace
+#include "text/utf8.h"
 
 bool IsTextType(DWORD dwType)
 {
@@ -72,47 +11,41 @@ bool IsTextType(DWORD dwType)
 std::vector<BYTE> Utf16FromUtf8(const std::vector<BYTE>& vecText)
 {
     std::vector<BYTE> vecResult;
-    const auto Put = [&vecResult](UINT32 u32Unit)
+    const auto Put = [&vecResult](char32_t iUnit)
     {
-        vecResult.push_back(static_cast<BYTE>(u32Unit));
-        vecResult.push_back(static_cast<BYTE>(u32Unit >> 8));
+        vecResult.push_back(static_cast<BYTE>(iUnit));
+        vecResult.push_back(static_cast<BYTE>(iUnit >> 8));
     };
-    for (size_t iPos = 0; iPos < vecText.size();)
+    std::string_view strLeft(reinterpret_cast<const char*>(vecText.data()), vecText.size());
+    while (!strLeft.empty())
     {
-        const UINT32 u32Char = TakeUtf8(vecText, iPos);
-        if (u32Char < 0x10000)
-            Put(u32Char);
+        char32_t iCode = 0;
+        TakeUtf8(strLeft, iCode);
+        if (iCode < 0x10000)
+            Put(iCode);
         else
         {
-            Put(0xD7C0 + (u32Char >> 10));
-            Put(0xDC00 | (u32Char & 0x3FF));
+            Put(0xD7C0 + (iCode >> 10));
+            Put(0xDC00 | (iCode & 0x3FF));
         }
     }
     return vecResult;
 }
 
-std::vector<BYTE> Utf8FromUtf16(const std::vector<BYTE>& vecText)
-{
-    std::vector<BYTE> vecResult;
-    const auto Unit = [&vecText](size_t i) { return vecText[i] | static_cast<UINT32>(vecText[i + 1]) << 8; };
-    for (size_t i = 0; i + 1 < vecText.size(); i += 2)
-    {
-        UINT32 u32Char = Unit(i);
-        const UINT32 u32Next = i + 3 < vecText.size() ? Unit(i + 2) : 0;
-        if (u32Char >= 0xD800 && u32Char < 0xDC00 && u32Next >= 0xDC00 && u32Next < 0xE000)
-        {
-            u32Char = ((u32Char - 0xD7C0) << 10) + (u32Next - 0xDC00);
-            i += 2;
-        }
-        AppendUtf8(vecResult, u32Char);
-    }
-    return vecResult;
-}
-
-std::string Utf8FromWide(const WCHAR* pText, size_t iLen)
+std::string Utf8FromUtf16(const std::vector<BYTE>& vecText)
 {
     std::string strResult;
-    for (size_t i = 0; i < iLen; i++)
-        AppendUtf8(strResult, static_cast<UINT32>(pText[i]));
+    const auto Unit = [&vecText](size_t i) { return vecText[i] | static_cast<char32_t>(vecText[i + 1]) << 8; };
+    for (size_t i = 0; i + 1 < vecText.size(); i += 2)
+    {
+        char32_t iCode = Unit(i);
+        const char32_t iNext = i + 3 < vecText.size() ? Unit(i + 2) : 0;
+        if (iCode >= 0xD800 && iCode < 0xDC00 && iNext >= 0xDC00 && iNext < 0xE000)
+        {
+            iCode = ((iCode - 0xD7C0) << 10) + (iNext - 0xDC00);
+            i += 2;
+        }
+        AppendUtf8(strResult, iCode);
+    }
     return strResult;
 }

@@ -79,6 +79,11 @@ const char* PathFault(const std::string& strPath)
     return iLevels > c_iMostLevels ? "the key lies more than 512 levels deep" : nullptr;
 }
 
+bool HasControls(const std::string& strName)
+{
+    return std::any_of(strName.begin(), strName.end(), [](char c) { return c > 0 && c < 0x20; });
+}
+
 CRegistryTree::CRegistryTree()
 {
     for (const char* pKey : c_strBuiltInKeys)

@@ -1,7 +1,7 @@
-// Names of this host as the platform's wide text.
+// Text of this host, UTF-8, as the platform's wide text and back.
 #include "text/wide.h"
 
-#include "registry/registry_text.h"
+#include "text/utf8.h"
 
 std::wstring WideOf(const std::string& strText)
 {
@@ -12,9 +12,17 @@ std::wstring WideOf(const std::string& strText)
     return strWide;
 }
 
+std::string NarrowOf(const WCHAR* pText, size_t iLength)
+{
+    std::string strNarrow;
+    for (size_t i = 0; i < iLength; ++i)
+        AppendUtf8(strNarrow, static_cast<char32_t>(pText[i]));
+    return strNarrow;
+}
+
 std::string NarrowOf(LPCWSTR pText)
 {
-    return pText == nullptr ? "" : Utf8FromWide(pText, std::wcslen(pText));
+    return pText == nullptr ? "" : NarrowOf(pText, std::wcslen(pText));
 }
 
 bool GiveText(const std::wstring& strText, LPWSTR pBuffer, DWORD* pRoom)

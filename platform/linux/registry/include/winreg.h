@@ -65,13 +65,13 @@ EXTERN_C LSTATUS WINAPI RegDeleteValueA(HKEY hKey, LPCSTR lpValueName);
 EXTERN_C LSTATUS WINAPI RegDeleteKeyExA(HKEY hKey, LPCSTR lpSubKey, REGSAM samDesired, DWORD Reserved);
 EXTERN_C LSTATUS WINAPI RegDeleteKeyExW(HKEY hKey, LPCWSTR lpSubKey, REGSAM samDesired, DWORD Reserved);
 
-// Lengths are characters: on the way in with the end's zero, on the way out without it.
+// Names alone are told. Lengths are characters: on the way in with the end's zero, on the way out without it.
 EXTERN_C LSTATUS WINAPI RegEnumKeyExA(HKEY hKey, DWORD dwIndex, LPSTR lpName, LPDWORD lpcchName, LPDWORD lpReserved,
                                       LPSTR lpClass, LPDWORD lpcchClass, LPFILETIME lpftLastWriteTime);
 EXTERN_C LSTATUS WINAPI RegEnumValueA(HKEY hKey, DWORD dwIndex, LPSTR lpValueName, LPDWORD lpcchValueName,
                                       LPDWORD lpReserved, LPDWORD lpType, LPBYTE lpData, LPDWORD lpcbData);
 
 // Signals the event once, at the first change of the kinds in the filter, or when the key is closed or deleted.
-// With fAsynchronous FALSE the call itself waits for the change.
+// fAsynchronous must be TRUE.
 EXTERN_C LSTATUS WINAPI RegNotifyChangeKeyValue(HKEY hKey, BOOL bWatchSubtree, DWORD dwNotifyFilter, HANDLE hEvent,
                                                 BOOL fAsynchronous);
