@@ -5,12 +5,11 @@
 
 #include <cstdlib>
 
-HLOCAL LocalAlloc(UINT uFlags, SIZE_T uBytes)
+HLOCAL LocalAlloc(UINT, SIZE_T uBytes)
 {
     if (IsToldToFail("LocalAlloc"))
         return nullptr;
-    const size_t iBytes = uBytes > 0 ? uBytes : 1;
-    void* const pMemory = (uFlags & LMEM_ZEROINIT) != 0 ? std::calloc(1, iBytes) : std::malloc(iBytes);
+    void* const pMemory = std::calloc(1, uBytes > 0 ? uBytes : 1);
     if (pMemory == nullptr)
         SetLastError(ERROR_NOT_ENOUGH_MEMORY);
     return pMemory;

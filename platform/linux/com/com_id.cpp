@@ -8,6 +8,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cwchar>
 
 EXTERN_C const IID IID_IUnknown = {0x00000000, 0x0000, 0x0000, {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
 EXTERN_C const IID IID_IClassFactory = {0x00000001, 0x0000, 0x0000, {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
@@ -15,19 +16,6 @@ EXTERN_C const IID IID_IClassFactory = {0x00000001, 0x0000, 0x0000, {0xC0, 0x00,
 namespace
 {
 constexpr int c_iIdTextLen = 38; // "{D3BDE93A-50C2-439A-B238-44F1CB5055B0}"
-constexpr char c_strIdForm[] = "{xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx}";
-
-// -1 if the character is no hexadecimal digit.
-int HexDigit(OLECHAR cDigit)
-{
-    if (cDigit >= L'0' && cDigit <= L'9')
-        return static_cast<int>(cDigit - L'0');
-    if (cDigit >= L'A' && cDigit <= L'F')
-        return static_cast<int>(cDigit - L'A') + 10;
-    if (cDigit >= L'a' && cDigit <= L'f')
-        return static_cast<int>(cDigit - L'a') + 10;
-    return -1;
-}
 } // namespace
 
 EXTERN_C LPVOID WINAPI CoTaskMemAlloc(SIZE_T cb)
@@ -76,31 +64,13 @@ EXTERN_C HRESULT WINAPI CoCreateGuid(GUID* pguid)
 
 EXTERN_C HRESULT WINAPI CLSIDFromString(LPCOLESTR lpsz, CLSID* pclsid)
 {
-    if (pclsid == nullptr)
+    if (lpsz == nullptr || pclsid == nullptr)
         return E_INVALIDARG;
+    BYTE* const p = pclsid->Data4;
     *pclsid = CLSID{};
-    if (lpsz == nullptr)
-        return S_OK;
-
-    BYTE cBytes[16] = {};
-    size_t iDigits = 0;
-    for (int i = 0; i < c_iIdTextLen; i++)
-    {
-        const int iDigit = HexDigit(lpsz[i]);
-        const bool bFits = c_strIdForm[i] == 'x' ? iDigit >= 0 : lpsz[i] == static_cast<OLECHAR>(c_strIdForm[i]);
-        if (!bFits)
-            return CO_E_CLASSSTRING;
-        if (c_strIdForm[i] != 'x')
-            continue;
-        cBytes[iDigits / 2] = static_cast<BYTE>(cBytes[iDigits / 2] * 16 + iDigit);
-        iDigits++;
-    }
-    if (lpsz[c_iIdTextLen] != 0)
-        return CO_E_CLASSSTRING;
-    pclsid->Data1 = static_cast<UINT>(cBytes[0]) << 24 | static_cast<UINT>(cBytes[1]) << 16 |
-                    static_cast<UINT>(cBytes[2]) << 8 | cBytes[3];
-    pclsid->Data2 = static_cast<USHORT>(cBytes[4] << 8 | cBytes[5]);
-    pclsid->Data3 = static_cast<USHORT>(cBytes[6] << 8 | cBytes[7]);
-    std::memcpy(pclsid->Data4, cBytes + 8, 8);
-    return S_OK;
+    swscanf(lpsz, L"{%8x-%4hx-%4hx-%2hhx%2hhx-%2hhx%2hhx%2hhx%2hhx%2hhx%2hhx}", &pclsid->Data1, &pclsid->Data2,
+            &pclsid->Data3, p, p + 1, p + 2, p + 3, p + 4, p + 5, p + 6, p + 7);
+    OLECHAR strForm[c_iIdTextLen + 1];
+    StringFromGUID2(*pclsid, strForm, c_iIdTextLen + 1);
+    return wcscasecmp(lpsz, strForm) == 0 ? S_OK : CO_E_CLASSSTRING; // the scan is more lenient than the form
 }

@@ -45,7 +45,7 @@ HRESULT Execute(const machine::Controller& oController, CWbemObject& oArguments,
     return hResult;
 }
 
-class CWbemServices : public CComObject<CWbemServicesSlots, IID_IWbemServices>
+class CWbemServices : public CComObject<IWbemServices, IID_IWbemServices>
 {
 public:
     STDMETHODIMP GetObject(const BSTR strObjectPath, LONG, IWbemContext*, IWbemClassObject** ppObject,

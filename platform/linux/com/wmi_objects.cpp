@@ -1,6 +1,7 @@
 // The controller's class, its method's arguments, and the values in them.
 #include "com/wmi_objects.h"
 
+#include <algorithm>
 #include <cstring>
 #include <cwchar>
 
@@ -11,7 +12,7 @@ constexpr const WCHAR* METHOD_NAME = L"OemWMIfun";
 // One whole number of decimal digits, as the type CIM_UINT64 travels in text.
 bool IsDecimal(BSTR bstrText)
 {
-    const size_t iLength = SysStringLen(bstrText);
+    const size_t iLength = bstrText == nullptr ? 0 : wcslen(bstrText);
     return iLength > 0 && iLength <= 20 && wcsspn(bstrText, L"0123456789") == iLength;
 }
 
@@ -115,9 +116,8 @@ bool CWbemObject::ReadInput(UINT64& u64Word, machine::SentItem& oItem)
     u64Word = 0;
     if (m_stValue.vt == VT_BSTR)
     {
-        const size_t iLength = SysStringLen(m_stValue.bstrVal);
         oItem.strWhat = "u64Input";
-        oItem.vecData.assign(m_stValue.bstrVal, m_stValue.bstrVal + iLength); // digits
+        oItem.vecData.assign(m_stValue.bstrVal, m_stValue.bstrVal + wcslen(m_stValue.bstrVal)); // digits
         u64Word = wcstoull(m_stValue.bstrVal, nullptr, 10);
         return true;
     }
@@ -132,11 +132,11 @@ bool CWbemObject::ReadInput(UINT64& u64Word, machine::SentItem& oItem)
 
 HRESULT CWbemObject::SetOutput(const std::vector<BYTE>& vecOutput)
 {
-    SAFEARRAY* const pArray = SafeArrayCreateVector(VT_UI1, 0, static_cast<ULONG>(vecOutput.size()));
+    SAFEARRAYBOUND stBound{static_cast<ULONG>(vecOutput.size()), 0};
+    SAFEARRAY* const pArray = SafeArrayCreate(VT_UI1, 1, &stBound);
     if (pArray == nullptr)
         return E_OUTOFMEMORY;
-    if (!vecOutput.empty())
-        std::memcpy(pArray->pvData, vecOutput.data(), vecOutput.size());
+    std::copy(vecOutput.begin(), vecOutput.end(), static_cast<BYTE*>(pArray->pvData));
     const std::lock_guard<std::mutex> oLock(m_oMutex);
     VariantClear(&m_stValue);
     m_stValue.vt = VT_ARRAY | VT_UI1;

@@ -1,8 +1,11 @@
 // The objects of the controller's class: the class itself, its method's arguments, and what the method gives back.
 #pragma once
 
-#include "com/wmi_slots.h"
 #include "devices/device_bus.h"
+
+#include <windows.h>
+
+#include <wbemidl.h>
 
 #include <atomic>
 
@@ -49,7 +52,7 @@ enum class WbemRole
 };
 
 // An object of at most one property.
-class CWbemObject : public CComObject<CWbemClassObjectSlots, IID_IWbemClassObject>
+class CWbemObject : public CComObject<IWbemClassObject, IID_IWbemClassObject>
 {
 public:
     explicit CWbemObject(WbemRole eRole, bool bByteArray = false);

@@ -3,10 +3,11 @@
 
 #include "base/error.h"
 #include "base/failure.h"
-#include "devices/device_timer.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
+#include <thread>
 
 namespace
 {
@@ -107,12 +108,14 @@ void CDeviceFile::Hold(const CPendingPointer& pPending)
     if (pPending->oAnswer.eCompletion != machine::Completion::Late)
         return;
     const std::weak_ptr<CDeviceFile> pWeak = weak_from_this();
-    CallLater(pPending->oAnswer.dwDelay,
-              [pWeak, pPending]
-              {
-                  if (const std::shared_ptr<CDeviceFile> pFile = pWeak.lock())
-                      pFile->Complete(pPending, pPending->oAnswer.dwError);
-              });
+    std::thread(
+        [pWeak, pPending]
+        {
+            std::this_thread::sleep_for(std::chrono::milliseconds(pPending->oAnswer.dwDelay));
+            if (const std::shared_ptr<CDeviceFile> pFile = pWeak.lock())
+                pFile->Complete(pPending, pPending->oAnswer.dwError);
+        })
+        .detach();
 }
 
 void CDeviceFile::Complete(const CPendingPointer& pPending, DWORD dwError)

@@ -20,13 +20,6 @@ public:
     GUID m_oInterface{};
     std::vector<CDevicePointer> m_vecDevices;
 };
-
-void Describe(SP_DEVINFO_DATA& stInfo, const CDeviceInfoSet& oSet, size_t iDevice)
-{
-    stInfo.ClassGuid = oSet.m_oInterface;
-    stInfo.DevInst = static_cast<DWORD>(iDevice + 1);
-    stInfo.Reserved = 0;
-}
 } // namespace
 
 HDEVINFO SetupDiGetClassDevsW(CONST GUID* ClassGuid, PCWSTR, HWND, DWORD Flags)
@@ -66,8 +59,7 @@ BOOL SetupDiEnumDeviceInterfaces(HDEVINFO DeviceInfoSet, PSP_DEVINFO_DATA, CONST
 
 BOOL SetupDiGetDeviceInterfaceDetailW(HDEVINFO DeviceInfoSet, PSP_DEVICE_INTERFACE_DATA DeviceInterfaceData,
                                       PSP_DEVICE_INTERFACE_DETAIL_DATA_W DeviceInterfaceDetailData,
-                                      DWORD DeviceInterfaceDetailDataSize, PDWORD RequiredSize,
-                                      PSP_DEVINFO_DATA DeviceInfoData)
+                                      DWORD DeviceInterfaceDetailDataSize, PDWORD RequiredSize, PSP_DEVINFO_DATA)
 {
     if (IsToldToFail("SetupDiGetDeviceInterfaceDetailW"))
         return FALSE;
@@ -80,19 +72,14 @@ BOOL SetupDiGetDeviceInterfaceDetailW(HDEVINFO DeviceInfoSet, PSP_DEVICE_INTERFA
     const bool bSizeOnly = DeviceInterfaceDetailData == nullptr;
     const bool bWrongDetail =
         bSizeOnly ? DeviceInterfaceDetailDataSize != 0 : DeviceInterfaceDetailData->cbSize != DETAIL_SIZE;
-    if (DeviceInterfaceData->cbSize != sizeof(SP_DEVICE_INTERFACE_DATA) || bWrongDetail ||
-        (DeviceInfoData != nullptr && DeviceInfoData->cbSize != sizeof(SP_DEVINFO_DATA)))
+    if (DeviceInterfaceData->cbSize != sizeof(SP_DEVICE_INTERFACE_DATA) || bWrongDetail)
         return FailWith(ERROR_INVALID_USER_BUFFER);
 
-    const size_t iDevice = static_cast<size_t>(DeviceInterfaceData->Reserved) - 1;
-    const std::string strPath = PathOf(*pSet->m_vecDevices[iDevice]);
-    const std::wstring strWide = WideOf(strPath);
+    const std::wstring strWide = WideOf(PathOf(*pSet->m_vecDevices[DeviceInterfaceData->Reserved - 1]));
     const size_t iPathSize = (strWide.size() + 1) * sizeof(WCHAR);
     const size_t iSize = offsetof(SP_DEVICE_INTERFACE_DETAIL_DATA_W, DevicePath) + iPathSize;
     if (RequiredSize != nullptr)
         *RequiredSize = static_cast<DWORD>(iSize);
-    if (DeviceInfoData != nullptr)
-        Describe(*DeviceInfoData, *pSet, iDevice);
     if (DeviceInterfaceDetailDataSize < iSize)
         return FailWith(ERROR_INSUFFICIENT_BUFFER);
     BYTE* const pPath =

@@ -6,10 +6,10 @@
 #include "threads/kernel.h"
 
 #include <dirent.h>
+#include <fnmatch.h>
 #include <strings.h>
 
 #include <algorithm>
-#include <cctype>
 #include <cstring>
 #include <memory>
 #include <vector>
@@ -30,25 +30,13 @@ public:
     std::vector<CFoundFile> m_vecLeft;
 };
 
-// '*' stands for any text, '?' for one character, case doesn't count; "*.*" takes names without a point too.
-bool Matches(const char* pName, const char* pPattern)
+// '*' stands for any text, '?' for one character, case doesn't count; brackets are letters like others.
+bool Matches(const char* pName, const std::string& strPattern)
 {
-    for (; *pPattern != 0 && *pPattern != '*'; ++pName, ++pPattern)
-    {
-        const bool bSame = *pPattern == '?' || std::tolower(static_cast<unsigned char>(*pPattern)) ==
-                                                   std::tolower(static_cast<unsigned char>(*pName));
-        if (*pName == 0 || !bSame)
-            return false;
-    }
-    if (*pPattern == 0)
-        return *pName == 0;
-    for (;; ++pName)
-    {
-        if (Matches(pName, pPattern + 1))
-            return true;
-        if (*pName == 0)
-            return false;
-    }
+    std::string strLiteral;
+    for (const char cLetter : strPattern)
+        strLiteral += cLetter == '[' ? std::string("\\[") : std::string(1, cLetter);
+    return fnmatch(strLiteral.c_str(), pName, FNM_CASEFOLD) == 0;
 }
 
 // In the order of the platform's file system: by name without case, latest first here.
@@ -59,7 +47,7 @@ std::vector<CFoundFile> FilesOf(DIR* pFolder, const std::string& strFolder, cons
     {
         CFoundFile oFile;
         oFile.strName = pEntry->d_name;
-        if (Matches(pEntry->d_name, strPattern.c_str()) && oFile.strName.size() < MAX_PATH &&
+        if (Matches(pEntry->d_name, strPattern) && oFile.strName.size() < MAX_PATH &&
             oFile.oStatus.Read(strFolder + "/" + oFile.strName))
             vecFound.push_back(std::move(oFile));
     }

@@ -5,6 +5,7 @@
 #include "base/failure.h"
 #include "files/filestatus.h"
 #include "platform/hostpath.h"
+#include "text/wide.h"
 
 #include <poll.h>
 #include <sys/eventfd.h>
@@ -16,7 +17,6 @@
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
-#include <vector>
 
 namespace
 {
@@ -95,7 +95,7 @@ int CFolderWatch::WatchTree(const std::string& strHostPath, const std::string& s
     return iWatch;
 }
 
-bool CFolderWatch::Read(DWORD dwFilter, bool bSubtree, CFolderChange& oChange)
+bool CFolderWatch::Read(CFolderChange& oChange)
 {
     {
         const std::lock_guard<std::mutex> oLock(m_oMutex);
@@ -105,7 +105,7 @@ bool CFolderWatch::Read(DWORD dwFilter, bool bSubtree, CFolderChange& oChange)
     DWORD dwError = ERROR_SUCCESS;
     while (!bRead && dwError == ERROR_SUCCESS)
     {
-        bRead = TakeChange(dwFilter, bSubtree, oChange);
+        bRead = TakeChange(oChange);
         if (!bRead && m_bGone)
             dwError = ERROR_ACCESS_DENIED;
         else if (!bRead && !AwaitChanges())
@@ -144,18 +144,13 @@ bool CFolderWatch::AwaitChanges()
     return true;
 }
 
-bool CFolderWatch::TakeChange(DWORD dwFilter, bool bSubtree, CFolderChange& oChange)
+bool CFolderWatch::TakeChange(CFolderChange& oChange)
 {
-    while (!m_oChanges.empty())
-    {
-        oChange = std::move(m_oChanges.front());
-        m_oChanges.pop_front();
-        const DWORD dwKind = oChange.bFolder ? FILE_NOTIFY_CHANGE_DIR_NAME : FILE_NOTIFY_CHANGE_FILE_NAME;
-        const bool bDirect = oChange.strName.find('\\') == std::string::npos;
-        if (oChange.dwAction == 0 || ((dwFilter & dwKind) != 0 && (bSubtree || bDirect)))
-            return true;
-    }
-    return false;
+    if (m_oChanges.empty())
+        return false;
+    oChange = std::move(m_oChanges.front());
+    m_oChanges.pop_front();
+    return true;
 }
 
 void CFolderWatch::TakeEvents()
@@ -183,7 +178,6 @@ void CFolderWatch::TakeEvents()
 
 void CFolderWatch::TakeEvent(int iWatch, unsigned uMask, const std::string& strName, bool bRenamed)
 {
-    const bool bFolder = (uMask & IN_ISDIR) != 0;
     if ((uMask & IN_Q_OVERFLOW) != 0)
         m_oChanges.push_back({});
     const auto itFolder = m_mapFolders.find(iWatch);
@@ -192,7 +186,7 @@ void CFolderWatch::TakeEvent(int iWatch, unsigned uMask, const std::string& strN
     if (iWatch == m_iRoot && (uMask & (IN_DELETE_SELF | IN_MOVE_SELF)) != 0)
     {
         m_bGone = (uMask & IN_DELETE_SELF) != 0;
-        m_oChanges.push_back({FILE_ACTION_REMOVED, true, std::filesystem::path(m_strHostPath).filename().string()});
+        m_oChanges.push_back({FILE_ACTION_REMOVED, std::filesystem::path(m_strHostPath).filename().string()});
         return;
     }
     if ((uMask & IN_IGNORED) != 0)
@@ -204,18 +198,18 @@ void CFolderWatch::TakeEvent(int iWatch, unsigned uMask, const std::string& strN
     if ((uMask & (IN_CREATE | IN_MOVED_TO)) != 0)
     {
         m_oChanges.push_back(
-            {static_cast<DWORD>(bRenamed ? FILE_ACTION_RENAMED_NEW_NAME : FILE_ACTION_ADDED), bFolder, strPlace});
+            {static_cast<DWORD>(bRenamed ? FILE_ACTION_RENAMED_NEW_NAME : FILE_ACTION_ADDED), strPlace});
         std::string strHostName = strPlace;
         for (char& cLetter : strHostName)
             if (cLetter == '\\')
                 cLetter = '/';
-        if (bFolder)
+        if ((uMask & IN_ISDIR) != 0)
             WatchTree(m_strHostPath + "/" + strHostName, strPlace);
     }
     else if ((uMask & (IN_DELETE | IN_MOVED_FROM)) != 0)
     {
         m_oChanges.push_back(
-            {static_cast<DWORD>(bRenamed ? FILE_ACTION_RENAMED_OLD_NAME : FILE_ACTION_REMOVED), bFolder, strPlace});
+            {static_cast<DWORD>(bRenamed ? FILE_ACTION_RENAMED_OLD_NAME : FILE_ACTION_REMOVED), strPlace});
     }
 }
 
@@ -242,22 +236,20 @@ namespace
 // Lays the change out as the published record. 0 when the buffer is too small for the name.
 DWORD Tell(const CFolderChange& oChange, void* pBuffer, DWORD dwLength)
 {
-    std::vector<WCHAR> vecName(oChange.strName.size() + 1);
-    const int iSize =
-        MultiByteToWideChar(CP_UTF8, 0, oChange.strName.c_str(), -1, vecName.data(), static_cast<int>(vecName.size()));
-    const auto dwNameBytes = static_cast<DWORD>((iSize > 0 ? iSize - 1 : 0) * static_cast<int>(sizeof(WCHAR)));
+    const std::wstring strName = WideOf(oChange.strName);
+    const auto dwNameBytes = static_cast<DWORD>(strName.size() * sizeof(WCHAR));
     constexpr DWORD HEAD_BYTES = offsetof(FILE_NOTIFY_INFORMATION, FileName);
     const FILE_NOTIFY_INFORMATION stHead = {0, oChange.dwAction, dwNameBytes, {0}};
     if (oChange.dwAction == 0 || HEAD_BYTES + dwNameBytes > dwLength)
         return 0;
     std::memcpy(pBuffer, &stHead, HEAD_BYTES);
-    std::memcpy(static_cast<BYTE*>(pBuffer) + HEAD_BYTES, vecName.data(), dwNameBytes);
+    std::memcpy(static_cast<BYTE*>(pBuffer) + HEAD_BYTES, strName.data(), dwNameBytes);
     return HEAD_BYTES + dwNameBytes;
 }
 } // namespace
 
-BOOL ReadDirectoryChangesW(HANDLE hDirectory, LPVOID lpBuffer, DWORD nBufferLength, BOOL bWatchSubtree,
-                           DWORD dwNotifyFilter, LPDWORD lpBytesReturned, LPOVERLAPPED lpOverlapped,
+BOOL ReadDirectoryChangesW(HANDLE hDirectory, LPVOID lpBuffer, DWORD nBufferLength, BOOL bWatchSubtree, DWORD,
+                           LPDWORD lpBytesReturned, LPOVERLAPPED lpOverlapped,
                            LPOVERLAPPED_COMPLETION_ROUTINE lpCompletionRoutine)
 {
     if (IsToldToFail("ReadDirectoryChangesW"))
@@ -265,10 +257,11 @@ BOOL ReadDirectoryChangesW(HANDLE hDirectory, LPVOID lpBuffer, DWORD nBufferLeng
     const std::shared_ptr<CFolderWatch> pWatch = KernelObjectAs<CFolderWatch>(hDirectory);
     if (pWatch == nullptr)
         return FALSE;
-    if (lpBuffer == nullptr || lpBytesReturned == nullptr || lpOverlapped != nullptr || lpCompletionRoutine != nullptr)
+    if (lpBuffer == nullptr || lpBytesReturned == nullptr || !bWatchSubtree || lpOverlapped != nullptr ||
+        lpCompletionRoutine != nullptr)
         return FailWith(ERROR_INVALID_PARAMETER);
     CFolderChange oChange;
-    if (!pWatch->Read(dwNotifyFilter, bWatchSubtree != FALSE, oChange))
+    if (!pWatch->Read(oChange))
         return FALSE;
     *lpBytesReturned = Tell(oChange, lpBuffer, nBufferLength);
     return TRUE;

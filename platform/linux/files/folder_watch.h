@@ -11,8 +11,7 @@
 // One name that came, went or changed.
 struct CFolderChange
 {
-    DWORD dwAction = 0; // FILE_ACTION_...
-    bool bFolder = false;
+    DWORD dwAction = 0;  // FILE_ACTION_...
     std::string strName; // below the folder, parts joined by backslashes
 };
 
@@ -29,16 +28,16 @@ public:
     // False, with errno, when the system gives no watch.
     bool IsWatching() const { return m_iRoot >= 0; }
 
-    // Waits for a change that the filter (FILE_NOTIFY_CHANGE_...) asks for. False, with the last error, when there
-    // won't be one: ERROR_OPERATION_ABORTED, ERROR_ACCESS_DENIED. No action: changes were lost. One reader at a time.
-    bool Read(DWORD dwFilter, bool bSubtree, CFolderChange& oChange);
+    // Waits for a change. False, with the last error, when there won't be one: ERROR_OPERATION_ABORTED,
+    // ERROR_ACCESS_DENIED. No action: changes were lost. One reader at a time.
+    bool Read(CFolderChange& oChange);
 
     // Makes the pending read fail. Any thread.
     bool Cancel(LPOVERLAPPED pRecord) override;
 
 private:
     bool AwaitChanges();
-    bool TakeChange(DWORD dwFilter, bool bSubtree, CFolderChange& oChange);
+    bool TakeChange(CFolderChange& oChange);
     void TakeEvents();
     void TakeEvent(int iWatch, unsigned uMask, const std::string& strName, bool bRenamed);
     int WatchTree(const std::string& strHostPath, const std::string& strName);

@@ -67,14 +67,14 @@ bool CProcessFolder::Field(const char* pName, unsigned long long& iValue) const
     return true;
 }
 
-HANDLE OpenProcess(DWORD dwDesiredAccess, BOOL, DWORD dwProcessId)
+HANDLE OpenProcess(DWORD, BOOL, DWORD dwProcessId)
 {
     if (IsToldToFail("OpenProcess"))
         return nullptr;
     DWORD dwError = ERROR_INVALID_PARAMETER;
     if (dwProcessId != 0 && dwProcessId <= INT_MAX)
     {
-        auto pProcess = std::make_shared<CProcess>(dwProcessId, dwDesiredAccess);
+        auto pProcess = std::make_shared<CProcess>(dwProcessId);
         const bool bGranted = kill(static_cast<pid_t>(dwProcessId), 0) == 0;
         if (bGranted && pProcess->oFolder.IsOpen())
             return OpenKernelHandle(std::move(pProcess));
@@ -92,21 +92,16 @@ BOOL K32GetProcessMemoryInfo(HANDLE Process, PPROCESS_MEMORY_COUNTERS ppsmemCoun
     const std::shared_ptr<CProcess> pProcess = KernelObjectAs<CProcess>(Process);
     if (pProcess == nullptr)
         return FALSE;
-    if ((pProcess->dwAccess & PROCESS_QUERY_INFORMATION) == 0)
-        return FailWith(ERROR_ACCESS_DENIED);
     if (cb < sizeof(PROCESS_MEMORY_COUNTERS))
         return FailWith(ERROR_INSUFFICIENT_BUFFER);
     // In kilobytes. A process that has ended, or one of the kernel's own, holds none.
     unsigned long long iResident = 0;
-    unsigned long long iPeak = 0;
     unsigned long long iOwn = 0; // asked for, touched or not
     pProcess->oFolder.Field("VmRSS", iResident);
-    pProcess->oFolder.Field("VmHWM", iPeak);
     pProcess->oFolder.Field("VmData", iOwn);
     *ppsmemCounters = PROCESS_MEMORY_COUNTERS{};
     ppsmemCounters->cb = sizeof(PROCESS_MEMORY_COUNTERS);
     ppsmemCounters->WorkingSetSize = iResident * 1024;
-    ppsmemCounters->PeakWorkingSetSize = iPeak * 1024;
     ppsmemCounters->PagefileUsage = iOwn * 1024;
     return TRUE;
 }

@@ -31,7 +31,6 @@ private:
 // What OpenProcess opens.
 struct CProcess : public CKernelObject
 {
-    CProcess(DWORD dwProcessID, DWORD dwWanted) : oFolder(dwProcessID), dwAccess(dwWanted) {}
+    explicit CProcess(DWORD dwProcessID) : oFolder(dwProcessID) {}
     const CProcessFolder oFolder;
-    const DWORD dwAccess;
 };

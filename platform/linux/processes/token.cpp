@@ -34,8 +34,6 @@ BOOL OpenProcessToken(HANDLE ProcessHandle, DWORD, PHANDLE TokenHandle)
         return FALSE;
     if (TokenHandle == nullptr)
         return FailWith(ERROR_NOACCESS);
-    if ((pProcess->dwAccess & PROCESS_QUERY_INFORMATION) == 0)
-        return FailWith(ERROR_ACCESS_DENIED);
     unsigned long long iUser = 0;
     if (!pProcess->oFolder.Field("Uid", iUser))
         return FailWith(ERROR_ACCESS_DENIED); // it has ended

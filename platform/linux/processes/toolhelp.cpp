@@ -29,15 +29,11 @@ public:
 bool Describe(DWORD dwProcessID, PROCESSENTRY32W& stEntry)
 {
     const CProcessFolder oFolder(dwProcessID);
-    unsigned long long iParent = 0;
-    unsigned long long iThreads = 0;
-    if (!oFolder.Field("PPid", iParent) || !oFolder.Field("Threads", iThreads) ||
-        oFolder.Read("status").find("\nState:\tZ") != std::string::npos)
+    const std::string strStatus = oFolder.Read("status");
+    if (strStatus.empty() || strStatus.find("\nState:\tZ") != std::string::npos)
         return false;
     stEntry.dwSize = sizeof(stEntry);
     stEntry.th32ProcessID = dwProcessID;
-    stEntry.th32ParentProcessID = static_cast<DWORD>(iParent);
-    stEntry.cntThreads = static_cast<DWORD>(iThreads);
     const std::wstring strName = WideOf(oFolder.Name()).substr(0, MAX_PATH - 1);
     std::copy(strName.begin(), strName.end(), stEntry.szExeFile);
     return !strName.empty();

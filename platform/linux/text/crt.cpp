@@ -3,6 +3,7 @@
 
 #include <cerrno>
 #include <cstdarg>
+#include <cstdio>
 #include <cstring>
 #include <string>
 
@@ -12,36 +13,6 @@ errno_t FailCopy(errno_t iError)
 {
     errno = iError;
     return iError;
-}
-
-// The format with this library's length letters for I64 and I32. Empty if it asks for text, whose size can't be known.
-std::string HostFormat(const char* pFormat)
-{
-    std::string strFormat;
-    while (*pFormat != 0)
-    {
-        const char cLetter = *pFormat++;
-        strFormat += cLetter;
-        if (cLetter != '%')
-            continue;
-        while (std::strchr("*0123456789", *pFormat) != nullptr && *pFormat != 0)
-            strFormat += *pFormat++;
-        if (std::strncmp(pFormat, "I64", 3) == 0)
-        {
-            strFormat += "ll";
-            pFormat += 3;
-        }
-        else if (std::strncmp(pFormat, "I32", 3) == 0)
-        {
-            pFormat += 3;
-        }
-        while (std::strchr("hlLw", *pFormat) != nullptr && *pFormat != 0)
-            strFormat += *pFormat++;
-        if (std::strchr("sScC[", *pFormat) != nullptr)
-            return "";
-        strFormat += *pFormat++;
-    }
-    return strFormat;
 }
 } // namespace
 
@@ -67,12 +38,9 @@ errno_t memcpy_s(void* pDest, size_t sizeDest, const void* pSrc, size_t sizeCoun
 
 int sscanf_s(const char* pBuffer, const char* pFormat, ...)
 {
-    const std::string strFormat = pBuffer == nullptr || pFormat == nullptr ? "" : HostFormat(pFormat);
-    if (strFormat.empty())
-    {
-        errno = EINVAL;
-        return -1;
-    }
+    std::string strFormat = pFormat;
+    for (size_t iPos = 0; (iPos = strFormat.find("%I64", iPos)) != std::string::npos;)
+        strFormat.replace(iPos + 1, 3, "ll");
     va_list pArguments;
     va_start(pArguments, pFormat);
     const int iRead = std::vsscanf(pBuffer, strFormat.c_str(), pArguments);

@@ -1,7 +1,6 @@
 // Letter case of wide text, the same under every locale of the program.
 #include <windows.h>
 
-#include <cstdint>
 #include <cwctype>
 #include <locale.h>
 
@@ -20,9 +19,6 @@ locale_t AllLetters()
 LPWSTR ConvertText(LPWSTR pText, Convert fConvert)
 {
     const locale_t oLetters = AllLetters();
-    const auto iLetter = reinterpret_cast<uintptr_t>(pText);
-    if (iLetter <= 0xFFFF)
-        return reinterpret_cast<LPWSTR>(static_cast<uintptr_t>(fConvert(static_cast<wint_t>(iLetter), oLetters)));
     for (LPWSTR pLetter = pText; *pLetter != 0; ++pLetter)
         *pLetter = static_cast<WCHAR>(fConvert(static_cast<wint_t>(*pLetter), oLetters));
     return pText;

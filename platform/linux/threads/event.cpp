@@ -21,14 +21,6 @@ CNamedEvents& NamedEvents()
     return *pEvents;
 }
 
-// An event named without a namespace is one of the session, which "Local\" names too.
-std::wstring EventName(LPCWSTR pName)
-{
-    const std::wstring strName = pName;
-    const std::wstring strSession = L"Local\\";
-    return strName.compare(0, strSession.size(), strSession) == 0 ? strName.substr(strSession.size()) : strName;
-}
-
 // Names whose event is gone leave with the next creation, so the table doesn't grow.
 std::shared_ptr<CKernelEvent> FindNamed(CEventNames& oNames, const std::wstring& strName)
 {
@@ -49,7 +41,7 @@ HANDLE CreateEventW(LPSECURITY_ATTRIBUTES, BOOL bManualReset, BOOL bInitialState
 
     CNamedEvents& oEvents = NamedEvents();
     const std::lock_guard<std::mutex> oLock(oEvents.oMutex);
-    const std::wstring strName = EventName(lpName);
+    const std::wstring strName = lpName;
     std::shared_ptr<CKernelEvent> pEvent = FindNamed(oEvents.oNames, strName);
     if (pEvent != nullptr)
     {
@@ -74,7 +66,7 @@ HANDLE OpenEventW(DWORD, BOOL, LPCWSTR lpName)
     }
     CNamedEvents& oEvents = NamedEvents();
     const std::lock_guard<std::mutex> oLock(oEvents.oMutex);
-    std::shared_ptr<CKernelEvent> pEvent = FindNamed(oEvents.oNames, EventName(lpName));
+    std::shared_ptr<CKernelEvent> pEvent = FindNamed(oEvents.oNames, lpName);
     if (pEvent == nullptr)
     {
         SetLastError(ERROR_FILE_NOT_FOUND);

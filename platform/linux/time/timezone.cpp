@@ -8,11 +8,6 @@ namespace
 {
 constexpr LONG SECONDS_PER_MINUTE = 60;
 constexpr time_t QUARTER_YEAR = 7889400;
-
-LONG MinutesBehind(const tm& stTime)
-{
-    return static_cast<LONG>(-stTime.tm_gmtoff / SECONDS_PER_MINUTE);
-}
 } // namespace
 
 DWORD GetTimeZoneInformation(LPTIME_ZONE_INFORMATION lpTimeZoneInformation)
@@ -29,7 +24,6 @@ DWORD GetTimeZoneInformation(LPTIME_ZONE_INFORMATION lpTimeZoneInformation)
     for (time_t iTime = iNow; stStandard.tm_isdst > 0 && iTime < iNow + 4 * QUARTER_YEAR; iTime += QUARTER_YEAR)
         localtime_r(&iTime, &stStandard);
     *lpTimeZoneInformation = TIME_ZONE_INFORMATION{};
-    lpTimeZoneInformation->Bias = MinutesBehind(stStandard);
-    lpTimeZoneInformation->DaylightBias = MinutesBehind(stLocal) - MinutesBehind(stStandard);
+    lpTimeZoneInformation->Bias = static_cast<LONG>(-stStandard.tm_gmtoff / SECONDS_PER_MINUTE);
     return stLocal.tm_isdst > 0 ? TIME_ZONE_ID_DAYLIGHT : TIME_ZONE_ID_STANDARD;
 }

@@ -18,15 +18,9 @@
 
 #define GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS 0x00000004
 
-#define LMEM_FIXED 0x0000
-#define LMEM_ZEROINIT 0x0040
-#define LPTR (LMEM_FIXED | LMEM_ZEROINIT)
+#define LPTR 0x0040
 
-#define THREAD_PRIORITY_IDLE (-15)
-#define THREAD_PRIORITY_LOWEST (-2)
-#define THREAD_PRIORITY_BELOW_NORMAL (-1)
 #define THREAD_PRIORITY_NORMAL 0
-#define THREAD_PRIORITY_ABOVE_NORMAL 1
 #define THREAD_PRIORITY_HIGHEST 2
 #define THREAD_PRIORITY_TIME_CRITICAL 15
 #define THREAD_PRIORITY_ERROR_RETURN 0x7fffffff
@@ -102,13 +96,13 @@ extern "C"
     BOOL FileTimeToSystemTime(const FILETIME* lpFileTime, LPSYSTEMTIME lpSystemTime);
     BOOL FileTimeToLocalFileTime(const FILETIME* lpFileTime, LPFILETIME lpLocalFileTime);
 
-    // Bias and daylight bias as of now; the days of change are not told.
+    // Bias as of now; daylight time and the days of change are not told.
     DWORD GetTimeZoneInformation(LPTIME_ZONE_INFORMATION lpTimeZoneInformation);
 
     BOOL GetSystemPowerStatus(LPSYSTEM_POWER_STATUS lpSystemPowerStatus);
     DWORD GetEnvironmentVariableA(LPCSTR lpName, LPSTR lpBuffer, DWORD nSize);
 
-    // Fixed memory; LMEM_ZEROINIT clears it. LocalFree gives null.
+    // Zeroed memory. LocalFree gives null.
     HLOCAL LocalAlloc(UINT uFlags, SIZE_T uBytes);
     HLOCAL LocalFree(HLOCAL hMem);
 
@@ -121,9 +115,10 @@ extern "C"
     BOOL DeleteFileA(LPCSTR lpFileName);
     BOOL CopyFileA(LPCSTR lpExistingFileName, LPCSTR lpNewFileName, BOOL bFailIfExists);
 
-    // Waits for a change of names in a folder that CreateFile opened, and gives one a call; none, with no bytes, when
-    // changes were lost. A folder that is removed or moved away is told as the removal of its own name. lpOverlapped
-    // and lpCompletionRoutine must be null: CancelIoEx ends the wait, with ERROR_OPERATION_ABORTED.
+    // Waits for a change of names in a folder that CreateFile opened and in those below, of files and folders whatever
+    // the filter, and gives one a call; none, with no bytes, when changes were lost. A folder that is removed or moved
+    // away is told as the removal of its own name. lpOverlapped and lpCompletionRoutine must be null: CancelIoEx ends
+    // the wait, with ERROR_OPERATION_ABORTED.
     BOOL ReadDirectoryChangesW(HANDLE hDirectory, LPVOID lpBuffer, DWORD nBufferLength, BOOL bWatchSubtree,
                                DWORD dwNotifyFilter, LPDWORD lpBytesReturned, LPOVERLAPPED lpOverlapped,
                                LPOVERLAPPED_COMPLETION_ROUTINE lpCompletionRoutine);

@@ -11,11 +11,7 @@ typedef ULONG_PTR HCRYPTPROV;
 #define CRYPT_VERIFYCONTEXT 0xF0000000
 #define CRYPT_SILENT 0x00000040
 
-#define NTE_BAD_KEYSET static_cast<HRESULT>(0x80090016U)
-#define NTE_PROV_TYPE_NOT_DEF static_cast<HRESULT>(0x80090017U)
-#define NTE_FAIL static_cast<HRESULT>(0x80090020U)
-
-// FALSE with the code in GetLastError() on failure. Any thread.
+// Any provider is the system's source of random bytes, at most 256 a call. Any thread.
 EXTERN_C BOOL WINAPI CryptAcquireContextW(HCRYPTPROV* phProv, LPCWSTR szContainer, LPCWSTR szProvider, DWORD dwProvType,
                                           DWORD dwFlags);
 EXTERN_C BOOL WINAPI CryptReleaseContext(HCRYPTPROV hProv, DWORD dwFlags);

@@ -35,17 +35,14 @@ typedef char CHAR;
 typedef unsigned char UCHAR;
 typedef unsigned char BYTE;
 typedef unsigned char BOOLEAN;
-typedef short SHORT;
 typedef unsigned short USHORT;
 typedef unsigned short WORD;
-typedef int INT;
 typedef unsigned int UINT;
 typedef int32_t BOOL;
 typedef int32_t LONG;
 typedef uint32_t ULONG;
 typedef uint32_t DWORD;
 typedef float FLOAT;
-typedef double DOUBLE;
 typedef LONG HRESULT;
 
 // 64-bit values are `long long` as on the platform, so that one number format serves both builds.

@@ -4,8 +4,6 @@
 #include <unknwn.h>
 #include <wtypes.h>
 
-#define FADF_HAVEVARTYPE 0x80
-
 typedef struct tagSAFEARRAYBOUND
 {
     ULONG cElements;
@@ -30,23 +28,8 @@ typedef struct tagVARIANT
     WORD wReserved3;
     union
     {
-        LONGLONG llVal;
-        LONG lVal;
-        BYTE bVal;
-        SHORT iVal;
-        FLOAT fltVal;
-        DOUBLE dblVal;
-        VARIANT_BOOL boolVal;
-        SCODE scode;
         BSTR bstrVal;
         SAFEARRAY* parray;
-        PVOID byref;
-        CHAR cVal;
-        USHORT uiVal;
-        ULONG ulVal;
-        ULONGLONG ullVal;
-        INT intVal;
-        UINT uintVal;
         PVOID pvRecord[2]; // gives the record its published size
     };
 } VARIANT, VARIANTARG;

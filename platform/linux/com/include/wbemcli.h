@@ -1,4 +1,5 @@
-// The management instrumentation's client interfaces, with the published slot orders.
+// The management instrumentation's client interfaces, with the published slot orders. What nobody here calls answers
+// E_NOTIMPL, as the interfaces allow.
 #pragma once
 
 #include <oleauto.h>
@@ -38,90 +39,72 @@ struct IEnumWbemClassObject;
 // A class, an instance of one, or the arguments of a method.
 struct IWbemClassObject : public IUnknown
 {
-    STDMETHOD(GetQualifierSet)(IWbemQualifierSet** ppQualSet) PURE;
+    STDMETHOD(GetQualifierSet)(IWbemQualifierSet**) { return E_NOTIMPL; }
     STDMETHOD(Get)(LPCWSTR wszName, LONG lFlags, VARIANT* pVal, CIMTYPE* pType, LONG* plFlavor) PURE;
     STDMETHOD(Put)(LPCWSTR wszName, LONG lFlags, VARIANT* pVal, CIMTYPE Type) PURE;
-    STDMETHOD(Delete)(LPCWSTR wszName) PURE;
-    STDMETHOD(GetNames)(LPCWSTR wszQualifierName, LONG lFlags, VARIANT* pQualifierVal, SAFEARRAY** pNames) PURE;
-    STDMETHOD(BeginEnumeration)(LONG lEnumFlags) PURE;
-    STDMETHOD(Next)(LONG lFlags, BSTR* strName, VARIANT* pVal, CIMTYPE* pType, LONG* plFlavor) PURE;
-    STDMETHOD(EndEnumeration)() PURE;
-    STDMETHOD(GetPropertyQualifierSet)(LPCWSTR wszProperty, IWbemQualifierSet** ppQualSet) PURE;
-    STDMETHOD(Clone)(IWbemClassObject** ppCopy) PURE;
-    STDMETHOD(GetObjectText)(LONG lFlags, BSTR* pstrObjectText) PURE;
-    STDMETHOD(SpawnDerivedClass)(LONG lFlags, IWbemClassObject** ppNewClass) PURE;
+    STDMETHOD(Delete)(LPCWSTR) { return E_NOTIMPL; }
+    STDMETHOD(GetNames)(LPCWSTR, LONG, VARIANT*, SAFEARRAY**) { return E_NOTIMPL; }
+    STDMETHOD(BeginEnumeration)(LONG) { return E_NOTIMPL; }
+    STDMETHOD(Next)(LONG, BSTR*, VARIANT*, CIMTYPE*, LONG*) { return E_NOTIMPL; }
+    STDMETHOD(EndEnumeration)() { return E_NOTIMPL; }
+    STDMETHOD(GetPropertyQualifierSet)(LPCWSTR, IWbemQualifierSet**) { return E_NOTIMPL; }
+    STDMETHOD(Clone)(IWbemClassObject**) { return E_NOTIMPL; }
+    STDMETHOD(GetObjectText)(LONG, BSTR*) { return E_NOTIMPL; }
+    STDMETHOD(SpawnDerivedClass)(LONG, IWbemClassObject**) { return E_NOTIMPL; }
     STDMETHOD(SpawnInstance)(LONG lFlags, IWbemClassObject** ppNewInstance) PURE;
-    STDMETHOD(CompareTo)(LONG lFlags, IWbemClassObject* pCompareTo) PURE;
-    STDMETHOD(GetPropertyOrigin)(LPCWSTR wszName, BSTR* pstrClassName) PURE;
-    STDMETHOD(InheritsFrom)(LPCWSTR strAncestor) PURE;
+    STDMETHOD(CompareTo)(LONG, IWbemClassObject*) { return E_NOTIMPL; }
+    STDMETHOD(GetPropertyOrigin)(LPCWSTR, BSTR*) { return E_NOTIMPL; }
+    STDMETHOD(InheritsFrom)(LPCWSTR) { return E_NOTIMPL; }
     STDMETHOD(GetMethod)
     (LPCWSTR wszName, LONG lFlags, IWbemClassObject** ppInSignature, IWbemClassObject** ppOutSignature) PURE;
-    STDMETHOD(PutMethod)
-    (LPCWSTR wszName, LONG lFlags, IWbemClassObject* pInSignature, IWbemClassObject* pOutSignature) PURE;
-    STDMETHOD(DeleteMethod)(LPCWSTR wszName) PURE;
-    STDMETHOD(BeginMethodEnumeration)(LONG lEnumFlags) PURE;
-    STDMETHOD(NextMethod)
-    (LONG lFlags, BSTR* pstrName, IWbemClassObject** ppInSignature, IWbemClassObject** ppOutSignature) PURE;
-    STDMETHOD(EndMethodEnumeration)() PURE;
-    STDMETHOD(GetMethodQualifierSet)(LPCWSTR wszMethod, IWbemQualifierSet** ppQualSet) PURE;
-    STDMETHOD(GetMethodOrigin)(LPCWSTR wszMethodName, BSTR* pstrClassName) PURE;
+    STDMETHOD(PutMethod)(LPCWSTR, LONG, IWbemClassObject*, IWbemClassObject*) { return E_NOTIMPL; }
+    STDMETHOD(DeleteMethod)(LPCWSTR) { return E_NOTIMPL; }
+    STDMETHOD(BeginMethodEnumeration)(LONG) { return E_NOTIMPL; }
+    STDMETHOD(NextMethod)(LONG, BSTR*, IWbemClassObject**, IWbemClassObject**) { return E_NOTIMPL; }
+    STDMETHOD(EndMethodEnumeration)() { return E_NOTIMPL; }
+    STDMETHOD(GetMethodQualifierSet)(LPCWSTR, IWbemQualifierSet**) { return E_NOTIMPL; }
+    STDMETHOD(GetMethodOrigin)(LPCWSTR, BSTR*) { return E_NOTIMPL; }
 };
 
 // A connection to one namespace.
 struct IWbemServices : public IUnknown
 {
-    STDMETHOD(OpenNamespace)
-    (const BSTR strNamespace, LONG lFlags, IWbemContext* pCtx, IWbemServices** ppWorkingNamespace,
-     IWbemCallResult** ppResult) PURE;
-    STDMETHOD(CancelAsyncCall)(IWbemObjectSink* pSink) PURE;
-    STDMETHOD(QueryObjectSink)(LONG lFlags, IWbemObjectSink** ppResponseHandler) PURE;
+    STDMETHOD(OpenNamespace)(const BSTR, LONG, IWbemContext*, IWbemServices**, IWbemCallResult**) { return E_NOTIMPL; }
+    STDMETHOD(CancelAsyncCall)(IWbemObjectSink*) { return E_NOTIMPL; }
+    STDMETHOD(QueryObjectSink)(LONG, IWbemObjectSink**) { return E_NOTIMPL; }
     STDMETHOD(GetObject)
     (const BSTR strObjectPath, LONG lFlags, IWbemContext* pCtx, IWbemClassObject** ppObject,
      IWbemCallResult** ppCallResult) PURE;
-    STDMETHOD(GetObjectAsync)
-    (const BSTR strObjectPath, LONG lFlags, IWbemContext* pCtx, IWbemObjectSink* pResponseHandler) PURE;
-    STDMETHOD(PutClass)
-    (IWbemClassObject* pObject, LONG lFlags, IWbemContext* pCtx, IWbemCallResult** ppCallResult) PURE;
-    STDMETHOD(PutClassAsync)
-    (IWbemClassObject* pObject, LONG lFlags, IWbemContext* pCtx, IWbemObjectSink* pResponseHandler) PURE;
-    STDMETHOD(DeleteClass)
-    (const BSTR strClass, LONG lFlags, IWbemContext* pCtx, IWbemCallResult** ppCallResult) PURE;
-    STDMETHOD(DeleteClassAsync)
-    (const BSTR strClass, LONG lFlags, IWbemContext* pCtx, IWbemObjectSink* pResponseHandler) PURE;
-    STDMETHOD(CreateClassEnum)
-    (const BSTR strSuperclass, LONG lFlags, IWbemContext* pCtx, IEnumWbemClassObject** ppEnum) PURE;
-    STDMETHOD(CreateClassEnumAsync)
-    (const BSTR strSuperclass, LONG lFlags, IWbemContext* pCtx, IWbemObjectSink* pResponseHandler) PURE;
-    STDMETHOD(PutInstance)
-    (IWbemClassObject* pInst, LONG lFlags, IWbemContext* pCtx, IWbemCallResult** ppCallResult) PURE;
-    STDMETHOD(PutInstanceAsync)
-    (IWbemClassObject* pInst, LONG lFlags, IWbemContext* pCtx, IWbemObjectSink* pResponseHandler) PURE;
-    STDMETHOD(DeleteInstance)
-    (const BSTR strObjectPath, LONG lFlags, IWbemContext* pCtx, IWbemCallResult** ppCallResult) PURE;
-    STDMETHOD(DeleteInstanceAsync)
-    (const BSTR strObjectPath, LONG lFlags, IWbemContext* pCtx, IWbemObjectSink* pResponseHandler) PURE;
-    STDMETHOD(CreateInstanceEnum)
-    (const BSTR strFilter, LONG lFlags, IWbemContext* pCtx, IEnumWbemClassObject** ppEnum) PURE;
-    STDMETHOD(CreateInstanceEnumAsync)
-    (const BSTR strFilter, LONG lFlags, IWbemContext* pCtx, IWbemObjectSink* pResponseHandler) PURE;
-    STDMETHOD(ExecQuery)
-    (const BSTR strQueryLanguage, const BSTR strQuery, LONG lFlags, IWbemContext* pCtx,
-     IEnumWbemClassObject** ppEnum) PURE;
-    STDMETHOD(ExecQueryAsync)
-    (const BSTR strQueryLanguage, const BSTR strQuery, LONG lFlags, IWbemContext* pCtx,
-     IWbemObjectSink* pResponseHandler) PURE;
-    STDMETHOD(ExecNotificationQuery)
-    (const BSTR strQueryLanguage, const BSTR strQuery, LONG lFlags, IWbemContext* pCtx,
-     IEnumWbemClassObject** ppEnum) PURE;
-    STDMETHOD(ExecNotificationQueryAsync)
-    (const BSTR strQueryLanguage, const BSTR strQuery, LONG lFlags, IWbemContext* pCtx,
-     IWbemObjectSink* pResponseHandler) PURE;
+    STDMETHOD(GetObjectAsync)(const BSTR, LONG, IWbemContext*, IWbemObjectSink*) { return E_NOTIMPL; }
+    STDMETHOD(PutClass)(IWbemClassObject*, LONG, IWbemContext*, IWbemCallResult**) { return E_NOTIMPL; }
+    STDMETHOD(PutClassAsync)(IWbemClassObject*, LONG, IWbemContext*, IWbemObjectSink*) { return E_NOTIMPL; }
+    STDMETHOD(DeleteClass)(const BSTR, LONG, IWbemContext*, IWbemCallResult**) { return E_NOTIMPL; }
+    STDMETHOD(DeleteClassAsync)(const BSTR, LONG, IWbemContext*, IWbemObjectSink*) { return E_NOTIMPL; }
+    STDMETHOD(CreateClassEnum)(const BSTR, LONG, IWbemContext*, IEnumWbemClassObject**) { return E_NOTIMPL; }
+    STDMETHOD(CreateClassEnumAsync)(const BSTR, LONG, IWbemContext*, IWbemObjectSink*) { return E_NOTIMPL; }
+    STDMETHOD(PutInstance)(IWbemClassObject*, LONG, IWbemContext*, IWbemCallResult**) { return E_NOTIMPL; }
+    STDMETHOD(PutInstanceAsync)(IWbemClassObject*, LONG, IWbemContext*, IWbemObjectSink*) { return E_NOTIMPL; }
+    STDMETHOD(DeleteInstance)(const BSTR, LONG, IWbemContext*, IWbemCallResult**) { return E_NOTIMPL; }
+    STDMETHOD(DeleteInstanceAsync)(const BSTR, LONG, IWbemContext*, IWbemObjectSink*) { return E_NOTIMPL; }
+    STDMETHOD(CreateInstanceEnum)(const BSTR, LONG, IWbemContext*, IEnumWbemClassObject**) { return E_NOTIMPL; }
+    STDMETHOD(CreateInstanceEnumAsync)(const BSTR, LONG, IWbemContext*, IWbemObjectSink*) { return E_NOTIMPL; }
+    STDMETHOD(ExecQuery)(const BSTR, const BSTR, LONG, IWbemContext*, IEnumWbemClassObject**) { return E_NOTIMPL; }
+    STDMETHOD(ExecQueryAsync)(const BSTR, const BSTR, LONG, IWbemContext*, IWbemObjectSink*) { return E_NOTIMPL; }
+    STDMETHOD(ExecNotificationQuery)(const BSTR, const BSTR, LONG, IWbemContext*, IEnumWbemClassObject**)
+    {
+        return E_NOTIMPL;
+    }
+    STDMETHOD(ExecNotificationQueryAsync)(const BSTR, const BSTR, LONG, IWbemContext*, IWbemObjectSink*)
+    {
+        return E_NOTIMPL;
+    }
     STDMETHOD(ExecMethod)
     (const BSTR strObjectPath, const BSTR strMethodName, LONG lFlags, IWbemContext* pCtx, IWbemClassObject* pInParams,
      IWbemClassObject** ppOutParams, IWbemCallResult** ppCallResult) PURE;
-    STDMETHOD(ExecMethodAsync)
-    (const BSTR strObjectPath, const BSTR strMethodName, LONG lFlags, IWbemContext* pCtx, IWbemClassObject* pInParams,
-     IWbemObjectSink* pResponseHandler) PURE;
+    STDMETHOD(ExecMethodAsync)(const BSTR, const BSTR, LONG, IWbemContext*, IWbemClassObject*, IWbemObjectSink*)
+    {
+        return E_NOTIMPL;
+    }
 };
 
 struct IWbemLocator : public IUnknown

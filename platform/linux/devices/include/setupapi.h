@@ -44,7 +44,8 @@ extern "C"
     BOOL SetupDiEnumDeviceInterfaces(HDEVINFO DeviceInfoSet, PSP_DEVINFO_DATA DeviceInfoData,
                                      CONST GUID* InterfaceClassGuid, DWORD MemberIndex,
                                      PSP_DEVICE_INTERFACE_DATA DeviceInterfaceData);
-    // ERROR_INSUFFICIENT_BUFFER, and the size in bytes, when the room (none at first) is too small.
+    // ERROR_INSUFFICIENT_BUFFER, and the size in bytes, when the room (none at first) is too small. Nothing is told of
+    // the device itself.
     BOOL SetupDiGetDeviceInterfaceDetailW(HDEVINFO DeviceInfoSet, PSP_DEVICE_INTERFACE_DATA DeviceInterfaceData,
                                           PSP_DEVICE_INTERFACE_DETAIL_DATA_W DeviceInterfaceDetailData,
                                           DWORD DeviceInterfaceDetailDataSize, PDWORD RequiredSize,

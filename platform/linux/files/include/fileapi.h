@@ -3,9 +3,7 @@
 
 #include <minwinbase.h>
 
-#define CREATE_NEW 1
 #define OPEN_EXISTING 3
-#define TRUNCATE_EXISTING 5
 
 extern "C"
 {

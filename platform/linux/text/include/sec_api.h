@@ -16,6 +16,6 @@ extern "C"
     // Opens the mapped path; 't' in the mode has no meaning here. 0 or an errno value, and *ppFile null.
     errno_t fopen_s(FILE** ppFile, const char* pFileName, const char* pMode);
 
-    // Numbers only: %s, %c and %[ would need their buffer's size and end the scan with -1. %I64 reads 64 bits, %I32 32.
+    // Numbers only. %I64 reads 64 bits.
     int sscanf_s(const char* pBuffer, const char* pFormat, ...);
 }

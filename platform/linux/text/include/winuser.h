@@ -4,7 +4,6 @@
 #include <windef.h>
 #include <winnt.h>
 
-// In place, up to the text's zero, one letter for one whatever the locale; or of a single letter given in the pointer's
-// low word. Gives its argument, changed.
+// In place, up to the text's zero, one letter for one whatever the locale. Gives its argument.
 EXTERN_C LPWSTR WINAPI CharUpperW(LPWSTR lpsz);
 EXTERN_C LPWSTR WINAPI CharLowerW(LPWSTR lpsz);
