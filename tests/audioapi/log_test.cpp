@@ -27,6 +27,14 @@ protected:
         const std::string strText = GetFile(LogFolder() + "\\" + strName);
         return static_cast<size_t>(std::count(strText.begin(), strText.end(), '\n'));
     }
+
+    // Lines end as the platform's do.
+    static std::string TextOfSecond(const std::string& strSecond)
+    {
+        std::string strText = GetFile(LogFolder() + "\\" + FileOfSecond(strSecond));
+        strText.erase(std::remove(strText.begin(), strText.end(), '\r'), strText.end());
+        return strText;
+    }
 };
 } // namespace
 
@@ -52,14 +60,7 @@ TEST_F(LogTest, WritesTheTwoLineForms)
     };
     FreezeClock();
     StartLog();
-    const auto fText = []
-    {
-        std::string strText = GetFile(LogFolder() + "\\" + FileOfSecond("53"));
-        strText.erase(std::remove(strText.begin(), strText.end(), '\r'),
-                      strText.end()); // lines end as the platform's do
-        return strText;
-    };
-    std::string strExpected = fText();
+    std::string strExpected = TextOfSecond("53");
     const std::string strHead = "[03-14 09:26:53.007][T" + std::to_string(GetCurrentThreadId()) + "]";
     for (const auto& oCase : oCases)
     {
@@ -68,7 +69,7 @@ TEST_F(LogTest, WritesTheTwoLineForms)
         strExpected += strHead + oCase.strTail + "\n";
     }
     WaitForWorkers();
-    EXPECT_EQ(fText(), strExpected);
+    EXPECT_EQ(TextOfSecond("53"), strExpected);
 }
 
 TEST_F(LogTest, KeepsTheLevelsFromTheThresholdUp)
@@ -100,9 +101,12 @@ TEST_F(LogTest, ChangesTheFileBehindTheLineThatFillsIt)
             Record(AUDIO_LEVEL_FATA, std::string(400000, 'x'));
         WaitForWorkers();
     };
-    fRecord(3);
+    fRecord(2);
+    const size_t iWritten = TextOfSecond("53").size(); // one more fills the file to the byte
+    Record(AUDIO_LEVEL_FATA, std::string(1000000 - iWritten - (iWritten / 2 - 400000), 'x'));
+    WaitForWorkers();
     machine::AdvanceClock(2000);
-    EXPECT_EQ(ListFiles(LogFolder()), std::vector<std::string>{FileOfSecond("53")});
+    EXPECT_EQ(TextOfSecond("53").size(), 1000000U);
     fRecord(3);
     // The name of a second that goes on is taken again: the next file is the same one.
     fRecord(1);

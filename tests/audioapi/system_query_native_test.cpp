@@ -167,6 +167,12 @@ TEST_F(SystemQueryTest, ConsoleUserOwnsProcesses)
     EXPECT_EQ(CountLog("ProcessName:" + strChild + ",ProcessID:" + std::to_string(oChild.ID()) +
                        ",TokenUserName:" + OwnNarrowName() + ",ConsoleUserName=someone-else"),
               2U);
+    // One that can't be opened doesn't hide the other.
+    const CChild oOther(strChild);
+    ASSERT_TRUE(WaitFor([&] { return CAudioSYS::GetProcessNameByID(oOther.ID()) == strChild; }));
+    machine::FailNext("OpenProcess", ERROR_ACCESS_DENIED);
+    EXPECT_EQ(CAudioSYS::GetProcessIDByUserName(strWide, vecID = {}, 0), 0U);
+    EXPECT_EQ(vecID.size(), 1U);
 }
 
 TEST_F(SystemQueryTest, ConsoleUserIsAskedUnderItsName)

@@ -61,6 +61,12 @@ TEST_F(DirTest, ABadFolderTurnsDiagnosticsOffAndNothingElse)
     EXPECT_TRUE(WaitFor([] { return CountLog("Read Directory Changes failed!") == 3u; }));
     WaitForWorkers();
     EXPECT_TRUE(IsLogOn());
+
+    // A file that comes opens nothing anew.
+    machine::FailNext("CreateFileA", 5, 4);
+    std::ofstream(Folder() / "third.log").put('x');
+    WaitForWorkers();
+    EXPECT_EQ(CountLog("Fail to Create File for monitor Directory:" + LogFolder()), 1u);
 }
 
 TEST_F(DirTest, TheOldestFilesBeyondTheLimitGo)

@@ -1,6 +1,18 @@
 // Which tuning file is taken, how its lists are read, and what broken files do.
 #include "audioapi/audio_api_string.h"
 #include "tests/manager/manager_test.h"
+#include "tests/support/own_heap.h"
+
+namespace
+{
+constexpr size_t LARGEST_BLOCK = 4 << 20; // while memory is short
+std::atomic<bool> g_bMemoryShort{false};
+} // namespace
+
+static bool IsBlockRefused(size_t iSize)
+{
+    return g_bMemoryShort && iSize > LARGEST_BLOCK;
+}
 
 namespace
 {
@@ -48,12 +60,14 @@ TEST_F(TuningFileTest, TakesOneFileOfMany)
     const std::string strD = DEBUGGED + "audio_kelvane_params_d.xml";
     const std::string strE = DEBUGGED + "audio_kelvane_params_e.xml";
     const std::string strHuge = File("2.1", "9", 9) + std::string(16 << 20, ' ');
+    const std::string strLarge = File("2.1", "9", 9) + std::string(LARGEST_BLOCK, ' ');
     const TuningFileRow oRows[] = {
         {"number by number", "2.1", 0, {{strA, File("2.1", "1.10", 1)}, {strB, File("2.1", "1.9", 2)}}, 1},
         {"list of versions", "2.1", 0, {{strA, File("2.0, 2.1 ,2.2", "1", 1)}, {strB, File("2.10", "9", 2)}}, 1},
         {"of equal data the last listed", "2.1", 0, {{strB, File("2.1", "1", 2)}, {strA, File("2.1", "1", 1)}}, 2},
         {"too large for the module", "2.1", 0, {{strA, File("2.1", "1", 1)}, {strB, strHuge}}, 1},
         {"too large, none made for it", "2.1", 0, {{strA, File("1", "1", 1)}, {strB, strHuge}}, 1},
+        {"memory can't hold it", "2.1", 0, {{strB, strLarge}, {strA, File("1", "1", 1)}}, 1},
         {"letter case counts", "2.1a", 0, {{strA, File("2.1A", "1", 1)}, {strB, File("3", "1", 2)}}, 2},
         {"none made for it: newest", "2.1", 0, {{strA, File("1", "9", 1)}, {strB, File("1", "1", 2)}}, 2},
         {"no library: newest", "", 0, {{strB, File("", "9", 1)}, {strA, File("", "1", 2)}}, 2},
@@ -89,7 +103,9 @@ TEST_F(TuningFileTest, TakesOneFileOfMany)
             }
         pManager->m_strAlgoVersion = oRow.pAlgoVersion;
         pManager->m_iDebugMode = oRow.iDebugMode;
+        g_bMemoryShort = true;
         pManager->LoadConfigFile();
+        g_bMemoryShort = false;
         const std::vector<INT32> oExpected = oRow.iTaken ? std::vector<INT32>{oRow.iTaken} : std::vector<INT32>{};
         EXPECT_EQ(pManager->m_vecSensorRangeCommand, oExpected);
         EXPECT_EQ(CountLog("No Parameter be Loaded in Map!"), oRow.iTaken ? 1u : 0u);

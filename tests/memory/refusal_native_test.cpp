@@ -53,7 +53,7 @@ bool IsForModule()
 }
 } // namespace
 
-static bool IsBlockRefused()
+static bool IsBlockRefused(size_t)
 {
     if (g_bExempt || g_iOwnSide != g_iSide)
         return false;

@@ -185,6 +185,7 @@ TEST_F(ModuleTest, WhatTheLibraryPlayedIsBitExactBehindItsLeadIn)
         {KELVANE_RENDER_OMFX_GUID, 2, 960, 0, {0, 1}},
         {KELVANE_RENDER_OMFX_GUID, 6, 960, 0, {0, 1, 2, 3, 4, 5}},
         {KELVANE_RENDER_OMFX_GUID, 4, 480, 0, {0, 1, 0, 1}},
+        {KELVANE_RENDER_OMFX_GUID, 8, 480, 0, {0, 1, 2, 3, 4, 5, 6, 7}},
         {KELVANE_RENDER_OMFX_GUID, 2, 1024, 1440, {0, 1}},
         {KELVANE_RENDER_EFX_GUID, 1, 240, 3 * 240, {0}},
         {KELVANE_RENDER_EFX_GUID, 2, 480, 3 * 480, {0, 1}},

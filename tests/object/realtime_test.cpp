@@ -9,7 +9,7 @@
 static thread_local int iTaken = 0;    // blocks that this thread took
 static thread_local int iRefused = -1; // the one that it doesn't get
 
-static bool IsBlockRefused()
+static bool IsBlockRefused(size_t)
 {
     return iTaken++ == iRefused;
 }

@@ -6,14 +6,14 @@
 #include <cstdlib>
 #include <new>
 
-// The program's own: whether this block is refused.
-static bool IsBlockRefused();
+// The program's own: whether this block of so many bytes is refused.
+static bool IsBlockRefused(size_t iSize);
 
 static std::atomic<long> g_iLiveBlocks{0};
 
 [[gnu::noinline]] void* operator new(size_t iSize, const std::nothrow_t&) noexcept
 {
-    void* const pBlock = IsBlockRefused() ? nullptr : std::malloc(iSize != 0 ? iSize : 1);
+    void* const pBlock = IsBlockRefused(iSize) ? nullptr : std::malloc(iSize != 0 ? iSize : 1);
     g_iLiveBlocks += pBlock != nullptr ? 1 : 0;
     return pBlock;
 }
