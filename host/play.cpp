@@ -10,25 +10,19 @@
 #include "host/progress.h"
 #include "host/registry_text.h"
 #include "host/rest.h"
-#include "host/speaker/speaker_tuning.h"
-#include "platform/hostpath.h"
+#include "host/speaker/speaker_run.h"
 
 #include <algorithm>
-#include <cerrno>
+#include <chrono>
 #include <cmath>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <optional>
-#include <thread>
 
 namespace
 {
 
 constexpr int64_t BLOCK_FLOATS = 1 << 20; // offline, at most
-constexpr int TUNING_LOOKS = 100;         // into the log, before it counts as silent
-constexpr int TUNING_PAUSE_MS = 10;
 
 void CompleteOptions(PlayResult& oResult, CAudioReader& oReader)
 {
@@ -89,13 +83,13 @@ void PrintMachineErrors()
 
 // Blocks from file to file; the last period is padded with zeros, and as many frames are written as were read.
 void RunBlocks(PlayResult& oResult, CApoStream& oStream, CAudioReader& oReader, std::optional<CAudioWriter>& oWriter,
-               CSpeakerWatch* pWatch)
+               std::optional<CSpeakerRun>& oSpeakers)
 {
     const size_t iPeriodFrames = static_cast<size_t>(oResult.oOptions.iPeriodFrames);
     const size_t iBlockPeriods = BlockPeriods(oResult);
     std::vector<float> vecBlock(iBlockPeriods * oStream.DataLen());
     CProgress oProgress(CountPeriods(oResult), static_cast<double>(iPeriodFrames) / oResult.oOptions.iRate);
-    CPeriodLoop oLoop(oResult, oStream, oProgress, CountPeriods(oResult), pWatch);
+    CPeriodLoop oLoop(oResult, oStream, oProgress, CountPeriods(oResult), oSpeakers ? &oSpeakers->Watch() : nullptr);
     while (!oResult.bStopped)
     {
         const size_t iFrames = oReader.Read(vecBlock.data(), iBlockPeriods * iPeriodFrames);
@@ -106,6 +100,8 @@ void RunBlocks(PlayResult& oResult, CApoStream& oStream, CAudioReader& oReader, 
         const size_t iDone = oLoop.Run(vecBlock.data(), (iFrames + iPeriodFrames - 1) / iPeriodFrames);
         if (oWriter)
             oWriter->Write(vecBlock.data(), std::min(iFrames, iDone * iPeriodFrames));
+        if (oSpeakers)
+            oSpeakers->EndBlock();
     }
     oLoop.Finish();
 }
@@ -125,94 +121,44 @@ void TellUnsettled(const PlayResult& oResult)
         static_cast<double>(oResult.i64Periods) * oResult.oOptions.iPeriodFrames / oResult.oOptions.iRate);
 }
 
-// The tuning that the module took, which its log tells once the stream is there; a log takes a moment.
-TuningGiven WaitForTuning(const PlayOptions& oOptions, std::filesystem::file_time_type tSince)
+// Whether the stream was over before it began; it leaves the output file as it was.
+bool IsOverBefore(PlayResult& oResult, const CApoStream& oStream)
 {
-    TuningGiven oGiven;
-    for (int i = 0; i < TUNING_LOOKS && (oGiven.strFile.empty() || oGiven.strSet.empty()); ++i)
-    {
-        if (i > 0)
-            std::this_thread::sleep_for(std::chrono::milliseconds(TUNING_PAUSE_MS));
-        oGiven = FindTuningGiven(tSince);
-    }
-    if (!oOptions.strTuning.empty())
-        oGiven.strFile = oOptions.strTuning;
-    else if (!oGiven.strFile.empty())
-        oGiven.strFile = HostPath(oGiven.strFile);
-    else
-        throw CHostError("the module's log doesn't tell which tuning file it took (Debug\\DebugLevel 1 to 3 makes it); "
-                         "name it with --tuning");
-    return oGiven;
-}
-
-// The simulated speakers beside a stream, if they are asked for.
-std::optional<CSpeakerWatch> MakeWatch(PlayResult& oResult, SpeakerSetup& oSetup,
-                                       std::filesystem::file_time_type tSince)
-{
-    std::optional<CSpeakerWatch> oWatch;
-    const PlayOptions& oOptions = oResult.oOptions;
-    if (!oOptions.bSpeaker && oOptions.strTrace.empty())
-        return oWatch;
-    const TuningGiven oGiven = WaitForTuning(oOptions, tSince);
-    oResult.oSpeaker.emplace();
-    oSetup = SetupFromTuning(oGiven.strFile, oGiven.strSet, oOptions, *oResult.oSpeaker);
-    oWatch.emplace(oSetup, CountPeriods(oResult) * oOptions.iPeriodFrames, !oOptions.strTrace.empty());
-    host::SetFollowed("magnet", oWatch->MagnetC());
-    return oWatch;
-}
-
-// Behind the stream's end.
-void Compare(PlayResult& oResult, const SpeakerSetup& oSetup, CSpeakerWatch& oWatch)
-{
-    oResult.oSpeaker->oFigures = oWatch.Finish();
-    const int64_t i64Played = oResult.i64Periods * oResult.oOptions.iPeriodFrames;
+    oResult.bSettled = oResult.oOptions.bRealtime || oStream.HasRested();
+    oResult.bStopped = IsInterrupted() || !oResult.bSettled;
     if (!oResult.bStopped)
-        oResult.oSpeaker->oConstant =
-            FindConstantGain(oSetup, oResult.oOptions, std::min(i64Played, oResult.i64InputFrames));
+        return false;
+    if (!oResult.bSettled)
+        TellUnsettled(oResult);
+    oResult.oOptions.strOutput.clear();
+    oResult.oStreamTime.Start();
+    oResult.oStreamTime.End();
+    return true;
 }
 
-void WriteTrace(const PlayResult& oResult, const CSpeakerTrace& oTrace)
+// The stream's whole life. What was played is in the file before the module goes down, for that may take its time.
+// oSpeakers: the simulated ones beside it, if they are asked for.
+void PlayStream(PlayResult& oResult, CAudioReader& oReader, std::filesystem::file_time_type tBegin,
+                std::optional<CSpeakerRun>& oSpeakers)
 {
-    errno = 0;
-    std::ofstream oFile(oResult.oOptions.strTrace, std::ios::binary);
-    oFile << oTrace.Format(oResult.oOptions.iPeriodFrames, oResult.oLog.vecSets);
-    oFile.close();
-    if (!oFile)
-        throw CHostError(oResult.oOptions.strTrace + ": the trace could not be written: " + std::strerror(errno));
-}
-
-// The stream's whole life. What was played is in the file before the module goes down, for that may take its time; a
-// run that was over before it began leaves the file as it was.
-std::optional<CSpeakerWatch> PlayStream(PlayResult& oResult, CAudioReader& oReader,
-                                        std::filesystem::file_time_type tBegin)
-{
-    PlayOptions& oOptions = oResult.oOptions;
+    const PlayOptions& oOptions = oResult.oOptions;
     const CComApartment oApartment;
     StreamSetup oSetup{oOptions.bInlineVariant, oOptions.iRate, oOptions.iChannels, oOptions.iPeriodFrames,
                        oOptions.bInPlace};
     if (!oOptions.bRealtime)
         oSetup.iRestLimitS = REST_LIMIT_S;
     CApoStream oStream(oSetup);
-    oResult.bSettled = oOptions.bRealtime || oStream.HasRested();
-    oResult.bStopped = IsInterrupted() || !oResult.bSettled;
-    if (!oResult.bSettled)
-        TellUnsettled(oResult);
-    if (oResult.bStopped)
-    {
-        oOptions.strOutput.clear();
-        oResult.oStreamTime.Start();
-        oResult.oStreamTime.End();
-        return std::nullopt;
-    }
-    SpeakerSetup oSpeakerSetup;
-    std::optional<CSpeakerWatch> oWatch = MakeWatch(oResult, oSpeakerSetup, tBegin);
+    if (IsOverBefore(oResult, oStream))
+        return;
+    if (oOptions.bSpeaker || !oOptions.strTrace.empty())
+        oSpeakers.emplace(oResult, static_cast<int64_t>(BlockPeriods(oResult)) * oOptions.iPeriodFrames, tBegin);
     std::optional<CAudioWriter> oWriter;
     if (!oOptions.strOutput.empty())
     {
         CheckNotInput(oOptions);
         oWriter.emplace(oOptions.strOutput, oReader.Format(), oReader.FrameCount());
     }
-    RunBlocks(oResult, oStream, oReader, oWriter, oWatch ? &*oWatch : nullptr);
+    RunBlocks(oResult, oStream, oReader, oWriter, oSpeakers);
     if (!oResult.bSettled)
         TellUnsettled(oResult);
     if (oWriter)
@@ -220,9 +166,8 @@ std::optional<CSpeakerWatch> PlayStream(PlayResult& oResult, CAudioReader& oRead
     if (oResult.bBypassAtEnd)
         oResult.vecReasons = FindBypassReasons(oOptions.iRate);
     oResult.oStreamTime.End();
-    if (oWatch)
-        Compare(oResult, oSpeakerSetup, *oWatch);
-    return oWatch;
+    if (oSpeakers)
+        oSpeakers->Finish();
 }
 
 } // namespace
@@ -239,10 +184,11 @@ PlayResult Play(const PlayOptions& oOptions)
     PrintMachineErrors();
     CatchInterrupts(true);
     const auto tBegin = std::filesystem::file_time_type::clock::now() - std::chrono::seconds(1);
-    const std::optional<CSpeakerWatch> oWatch = PlayStream(oResult, oReader, tBegin);
+    std::optional<CSpeakerRun> oSpeakers;
+    PlayStream(oResult, oReader, tBegin, oSpeakers);
     oResult.oTraffic = ReadTraffic(oResult.oStreamTime);
     oResult.oLog = ReadModuleLog(tBegin, oResult.oStreamTime);
-    if (oWatch && oWatch->Trace())
-        WriteTrace(oResult, *oWatch->Trace());
+    if (oSpeakers)
+        oSpeakers->WriteTrace();
     return oResult;
 }

@@ -74,19 +74,27 @@ Json Paths(const PlayResult& oResult)
 
 Json Side(const SpeakerSide& oSide)
 {
-    return {{"hottest_coil_c", oSide.f64HottestCoilC},
-            {"displacement_mm", oSide.f64PeakDisplacementMm},
-            {"level_db", oSide.f64LevelDb},
-            {"level_above_500_hz_db", oSide.f64LevelAboveDb}};
+    return {{"level_db", oSide.f64LevelDb}, {"level_above_500_hz_db", oSide.f64LevelAboveDb}};
+}
+
+Json Extremes(double f64CoilC, double f64DisplacementMm)
+{
+    return {{"coil_c", f64CoilC}, {"displacement_mm", f64DisplacementMm}};
 }
 
 Json Speakers(const SpeakerComparison& oSpeaker)
 {
     const SpeakerFigures& oFigures = oSpeaker.oFigures;
+    Json oChannels = Json::array();
+    for (const auto& [oLimits, oWithout, oBehind] : oFigures.vecChannels)
+        oChannels.push_back({{"limits", Extremes(oLimits.f64CoilC, oLimits.f64DisplacementMm)},
+                             {"unprotected", Extremes(oWithout.f64HottestCoilC, oWithout.f64PeakDisplacementMm)},
+                             {"protected", Extremes(oBehind.f64HottestCoilC, oBehind.f64PeakDisplacementMm)},
+                             {"held", oBehind.Holds(oLimits)}});
     Json oJson = {
         {"tuning_file", oSpeaker.strTuning},
         {"set", oSpeaker.strSet},
-        {"limits", {{"coil_c", oFigures.oLimits.f64CoilC}, {"displacement_mm", oFigures.oLimits.f64DisplacementMm}}},
+        {"channels", oChannels},
         {"unprotected", Side(oFigures.oUnprotected)},
         {"protected", Side(oFigures.oProtected)},
         {"level_lost_db", oFigures.LostDb()},

@@ -93,19 +93,29 @@ void AddLog(std::string& strTable, const ModuleLog& oLog)
         AddRow(strTable, "", strMessage);
 }
 
+// A row for each channel, or one for speakers that are all of one kind.
 void AddSpeakers(std::string& strTable, const SpeakerComparison& oSpeaker)
 {
-    const SpeakerFigures& oFigures = oSpeaker.oFigures;
-    const auto [oLimits, oWithout, oBehind] = oFigures;
     AddRow(strTable, "speakers", "of set " + oSpeaker.strSet + " in " + oSpeaker.strTuning);
-    AddRow(strTable, "hottest coil",
-           Print("%.1f C unprotected, %.1f C protected; limit %.1f C", oWithout.f64HottestCoilC,
-                 oBehind.f64HottestCoilC, oLimits.f64CoilC));
-    AddRow(strTable, "displacement",
-           Print("%.3f mm unprotected, %.3f mm protected; limit %.3f mm (%.2f and %.2f times)",
-                 oWithout.f64PeakDisplacementMm, oBehind.f64PeakDisplacementMm, oLimits.f64DisplacementMm,
-                 oWithout.f64PeakDisplacementMm / oLimits.f64DisplacementMm,
-                 oBehind.f64PeakDisplacementMm / oLimits.f64DisplacementMm));
+    std::string strCoils;
+    std::string strCones;
+    int iChannel = 0;
+    for (const auto& [oLimits, oWithout, oBehind] : oSpeaker.Shown())
+    {
+        const std::string strChannel = oSpeaker.bAlike ? "" : Print("channel %d: ", ++iChannel);
+        AddRow(strCoils, strCoils.empty() ? "hottest coil" : "",
+               strChannel + Print("%.1f C unprotected, %.1f C protected; limit %.1f C%s", oWithout.f64HottestCoilC,
+                                  oBehind.f64HottestCoilC, oLimits.f64CoilC,
+                                  oBehind.f64HottestCoilC > oLimits.f64CoilC ? ", not held" : ""));
+        AddRow(strCones, strCones.empty() ? "displacement" : "",
+               strChannel + Print("%.3f mm unprotected, %.3f mm protected; limit %.3f mm (%.2f and %.2f times)%s",
+                                  oWithout.f64PeakDisplacementMm, oBehind.f64PeakDisplacementMm,
+                                  oLimits.f64DisplacementMm, oWithout.f64PeakDisplacementMm / oLimits.f64DisplacementMm,
+                                  oBehind.f64PeakDisplacementMm / oLimits.f64DisplacementMm,
+                                  oBehind.f64PeakDisplacementMm > oLimits.f64DisplacementMm ? ", not held" : ""));
+    }
+    strTable += strCoils + strCones;
+    const SpeakerFigures& oFigures = oSpeaker.oFigures;
     std::string strLost = Print("%.2f dB, %.2f dB above 500 Hz", oFigures.LostDb(), oFigures.LostAboveDb());
     if (oSpeaker.oConstant)
         strLost +=

@@ -12,10 +12,7 @@ using SpeakerProgramme = std::function<void(const SpeakerSink& oSink)>;
 struct ConstantGain
 {
     double f64Gain = 0.0; // at most 1; 0 if 1/1000 is too much already
-    // Of the run at this gain.
-    double f64PeakDisplacementMm = 0.0;
-    double f64HottestCoilC = 0.0;
-    int iRuns = 0; // how often the programme was played
+    int iRuns = 0;        // how often the programme was played
 
     // 0 or more; infinite without any gain.
     double LostDb() const;

@@ -9,14 +9,19 @@ SpeakerResult CSpeakerMonitor::Init(const SpeakerSetup& oSetup)
             return oResult;
         pSide->oMeter.Init(oSetup.f64SampleRateHz, oSetup.iChannels);
     }
-    m_oLimits = oSetup.oLimits;
-    m_iChannels = oSetup.iChannels;
+    m_vecLimits.clear();
+    for (int i = 0; i < oSetup.iChannels; ++i)
+        m_vecLimits.push_back(oSetup.Type(i).oLimits);
     return {};
 }
 
 SpeakerFigures CSpeakerMonitor::Figures() const
 {
-    return {m_oLimits, m_oIn.Figures(m_iChannels), m_oOut.Figures(m_iChannels)};
+    SpeakerFigures oFigures = {{}, m_oIn.Figures(), m_oOut.Figures()};
+    for (size_t i = 0; i < m_vecLimits.size(); ++i)
+        oFigures.vecChannels.push_back(
+            {m_vecLimits[i], m_oIn.oSet.Extremes(static_cast<int>(i)), m_oOut.oSet.Extremes(static_cast<int>(i))});
+    return oFigures;
 }
 
 void CSpeakerMonitor::Finish()
@@ -31,11 +36,10 @@ void CSpeakerMonitor::Side::Process(const float* pf32Frames, size_t uFrameCount)
     oMeter.Process(pf32Frames, uFrameCount);
 }
 
-SpeakerSide CSpeakerMonitor::Side::Figures(int iChannels) const
+SpeakerSide CSpeakerMonitor::Side::Figures() const
 {
-    SpeakerSide oSide = {oSet.PeakDisplacementMm(), oSet.HottestCoilC(), oMeter.LevelDb(), oMeter.LevelAboveSplitDb(),
-                         0};
-    for (int i = 0; i < iChannels; ++i)
+    SpeakerSide oSide = {oMeter.LevelDb(), oMeter.LevelAboveSplitDb(), 0};
+    for (int i = 0; i < oSet.Channels(); ++i)
         oSide.u64NonFinite += oSet.Speaker(i).NonFiniteCount();
     return oSide;
 }

@@ -5,24 +5,25 @@
 #include "speaker/level_meter.h"
 #include "speaker/speaker_set.h"
 
-// One side of the comparison: the worst channel's, and the level of all.
+// One channel of the comparison.
+struct SpeakerChannel
+{
+    SpeakerLimits oLimits;
+    SpeakerExtremes oUnprotected;
+    SpeakerExtremes oProtected;
+};
+
+// One side of it, all channels together.
 struct SpeakerSide
 {
-    double f64PeakDisplacementMm = 0.0;
-    double f64HottestCoilC = 0.0;
     double f64LevelDb = 0.0;
     double f64LevelAboveDb = 0.0; // above CLevelMeter::SPLIT_HZ
     uint64_t u64NonFinite = 0;    // samples that aren't finite
-
-    bool Holds(const SpeakerLimits& oLimits) const
-    {
-        return f64PeakDisplacementMm <= oLimits.f64DisplacementMm && f64HottestCoilC <= oLimits.f64CoilC;
-    }
 };
 
 struct SpeakerFigures
 {
-    SpeakerLimits oLimits;
+    std::vector<SpeakerChannel> vecChannels;
     SpeakerSide oUnprotected;
     SpeakerSide oProtected;
 
@@ -57,11 +58,10 @@ private:
         CLevelMeter oMeter;
 
         void Process(const float* pf32Frames, size_t uFrameCount);
-        SpeakerSide Figures(int iChannels) const;
+        SpeakerSide Figures() const;
     };
 
-    SpeakerLimits m_oLimits;
-    int m_iChannels = 0;
+    std::vector<SpeakerLimits> m_vecLimits; // by channel
     Side m_oIn;
     Side m_oOut;
 };

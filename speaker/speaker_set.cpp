@@ -1,23 +1,34 @@
-// Hands each channel its samples and asks for the worst.
+// Hands each channel its samples.
 #include "speaker/speaker_set.h"
 
-#include <algorithm>
 #include <utility>
+
+namespace
+{
+SpeakerResult InitSpeaker(const SpeakerSetup& oSetup, int iChannel, CLoudspeaker& oSpeaker)
+{
+    const SpeakerType& oType = oSetup.Type(iChannel);
+    SpeakerResult oResult = CheckLimits(oType.oLimits);
+    if (oResult)
+        oResult = oSpeaker.Init(oType.oParams, oSetup.f64SampleRateHz, oSetup.iOversampling);
+    if (oResult && oSetup.oStart)
+        oResult = oSpeaker.Reset(oSetup.oStart->f64CoilC, oSetup.oStart->f64MagnetC);
+    return oResult;
+}
+} // namespace
 
 SpeakerResult CSpeakerSet::Init(const SpeakerSetup& oSetup)
 {
-    if (SpeakerResult oResult = CheckLimits(oSetup.oLimits); !oResult)
-        return oResult;
     if (oSetup.iChannels < 1 || oSetup.iChannels > 8)
         return {SpeakerError::CHANNELS, "channels are " + std::to_string(oSetup.iChannels) + ", allowed is 1 to 8"};
-    CLoudspeaker oSpeaker;
-    if (SpeakerResult oResult = oSpeaker.Init(oSetup.oParams, oSetup.f64SampleRateHz, oSetup.iOversampling); !oResult)
-        return oResult;
-    if (oSetup.oStart)
-        if (SpeakerResult oResult = oSpeaker.Reset(oSetup.oStart->f64CoilC, oSetup.oStart->f64MagnetC); !oResult)
-            return oResult;
+    if (oSetup.vecTypes.empty())
+        return {SpeakerError::PARAMETER, "no speaker is described"};
+    std::vector<CLoudspeaker> vecSpeaker(static_cast<size_t>(oSetup.iChannels));
+    for (int i = 0; i < oSetup.iChannels; ++i)
+        if (SpeakerResult oResult = InitSpeaker(oSetup, i, vecSpeaker[static_cast<size_t>(i)]); !oResult)
+            return {oResult.eError, "channel " + std::to_string(i + 1) + ": " + oResult.strText};
     m_oStart = oSetup.oStart;
-    m_vecSpeaker.assign(static_cast<size_t>(oSetup.iChannels), oSpeaker);
+    m_vecSpeaker = std::move(vecSpeaker);
     return {};
 }
 
@@ -51,18 +62,8 @@ void CSpeakerSet::Drain()
         oSpeaker.Drain();
 }
 
-double CSpeakerSet::PeakDisplacementMm() const
+SpeakerExtremes CSpeakerSet::Extremes(int iChannel) const
 {
-    double f64PeakMm = 0.0;
-    for (const CLoudspeaker& oSpeaker : m_vecSpeaker)
-        f64PeakMm = std::max(f64PeakMm, oSpeaker.PeakDisplacementMm());
-    return f64PeakMm;
-}
-
-double CSpeakerSet::HottestCoilC() const
-{
-    double f64HottestC = m_vecSpeaker.front().HottestCoilC();
-    for (const CLoudspeaker& oSpeaker : m_vecSpeaker)
-        f64HottestC = std::max(f64HottestC, oSpeaker.HottestCoilC());
-    return f64HottestC;
+    const CLoudspeaker& oSpeaker = Speaker(iChannel);
+    return {oSpeaker.PeakDisplacementMm(), oSpeaker.HottestCoilC()};
 }

@@ -1,52 +1,73 @@
-// What happened every 10 ms: levels, coil, cone, parameter set and path, as a table that plotting tools read.
+// What happened every 10 ms on both sides of the module: levels, coils, cones, path.
 #pragma once
 
 #include "host/period_evidence.h"
-#include "host/stream_time.h"
 
+#include <array>
 #include <cstdint>
-#include <string>
 #include <vector>
 
-// One side of the protection over half a millisecond.
-struct TraceBin
+// What was seen of speakers: the furthest cone, the hottest coil and magnet.
+struct SpeakerLook
 {
-    float f32SquareSum = 0; // of all channels' samples
     float f32DisplacementMm = 0;
     float f32CoilC = 0;
     float f32MagnetC = 0;
 };
 
-enum class StreamSide
+// One side over a stretch of time.
+struct TraceBin
 {
-    In,
-    Out
+    float f32SquareSum = 0; // of all channels' samples
+    std::array<SpeakerLook, 8> oLooks{};
 };
 
-// Filled while a stream plays; takes no memory then, for it is told the stream's length before.
+// By the output's time; beside it the input that it came from.
+struct TraceRow
+{
+    TraceBin oIn;
+    TraceBin oOut;
+    PeriodPath ePath = PeriodPath::Processed;
+};
+
+// Takes both sides while a stream plays, the input of a period before its output. How far the input is ahead is known
+// once its first sound has come out; until then rows wait. Its memory goes with the period and what is left in it
+// between two calls of TakeRows, not with the stream's length.
 class CSpeakerTrace
 {
 public:
-    static constexpr int BINS_PER_SECOND = 2000;
-    static constexpr int BINS_PER_ROW = 20; // 10 ms
+    static constexpr int ROWS_PER_SECOND = 100;
 
-    CSpeakerTrace(int iRate, int iChannels, int64_t i64Frames);
+    // i64BlockFrames: frames between two calls of TakeRows, at most; then no heap is taken meanwhile.
+    CSpeakerTrace(int iRate, int iPeriodFrames, int64_t i64BlockFrames);
 
-    // What was seen behind a side's frames, and their samples' sum of squares.
-    void Add(StreamSide eSide, int64_t i64Frame, const TraceBin& oSeen);
-    void AddPeriod(PeriodPath ePath) { m_vecPaths.push_back(ePath); }
+    // What was seen behind frames that begin at i64Frame, and their samples' sum of squares.
+    void AddIn(int64_t i64Frame, const TraceBin& oSeen);
+    void AddOut(int64_t i64Frame, const TraceBin& oSeen, PeriodPath ePath);
+    // Nothing more will come: the last row may be a part of one, and none waits.
+    void Finish();
 
-    // A line with the columns' names, then a line per row; by the output's time, with the input that it came from
-    // beside it. vecSets: keys of parameter sets, from when on.
-    std::string Format(int iPeriodFrames, const std::vector<TimedText>& vecSets) const;
+    // Replaces vecRows by the rows that are ready, in order, and forgets them.
+    void TakeRows(std::vector<TraceRow>& vecRows);
 
 private:
-    TraceBin Row(StreamSide eSide, int64_t i64FirstBin) const;
-    double LevelDb(const TraceBin& oRow) const;
+    int64_t BinOf(int64_t i64Frame) const;
+    void FindDelay(int64_t i64OutFrame);
+    void EndRow();
+    void Release();
+    void AddInput(TraceRow& oRow, int64_t i64FirstBin) const;
 
-    int m_iRate;
-    int m_iChannels;
-    std::vector<TraceBin> m_vecBins[2];
-    int64_t m_i64FirstSound[2] = {-1, -1}; // frames; what lies between is the way through the module
-    std::vector<PeriodPath> m_vecPaths;
+    const int m_iRate;
+    const int64_t m_i64LongestDelay; // frames; a module that is silent for longer has no delay that could be told
+    std::vector<TraceBin> m_vecIn;   // half a millisecond each, the last ones, at their number's rest
+    TraceBin m_oRest;                // before any sound
+    int64_t m_i64LastIn = -1;        // bin
+    int64_t m_i64FirstSoundIn = -1;  // frame
+    int64_t m_i64FirstSoundOut = -1; // frame
+    int64_t m_i64Delay = -1;         // bins; -1: not known yet
+    int64_t m_i64Row = -1;           // that the output is in
+    TraceRow m_oRow;
+    std::vector<TraceRow> m_vecRows; // ended ones
+    size_t m_uReady = 0;             // of them
+    int64_t m_i64Released = 0;       // rows since the start
 };

@@ -7,6 +7,7 @@
 #include "host/tuning/tuning_file.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace
 {
@@ -33,14 +34,49 @@ constexpr ParameterRow PARAMETER_ROWS[] = {
     {KelvaneParameter::MAGNET_HEAT, &SpeakerParams::f64MagnetHeatJPerK},
 };
 
-void CheckAlike(const TuningSet& oSet, int iChannels)
+// In the order of control word 6, 1 or 2; every order undoes itself.
+constexpr int FOUR_CHANNEL_ORDERS[][4] = {{2, 3, 0, 1}, {0, 2, 1, 3}};
+
+// Which of the set's speakers a channel plays on: the module may give four channels another order, and who comes behind
+// the last is as the last.
+int SpeakerOf(const TuningFile& oTuning, const TuningSet& oSet, int iChannel, int iChannels)
 {
-    const int iSpeakers = std::clamp<int>(std::min<int>(oSet.oParam.sChannelNum, iChannels), 1, KELVANE_MAX_CHANNELS);
+    const uint64_t u64Order = oTuning.vecSets.back().u64Control[6];
+    if (iChannels == 4 && u64Order >= 1 && u64Order <= std::size(FOUR_CHANNEL_ORDERS))
+        iChannel = FOUR_CHANNEL_ORDERS[u64Order - 1][iChannel];
+    return std::min(iChannel, oSet.oParam.sChannelNum - 1);
+}
+
+SpeakerType ReadSpeaker(const KelvaneStruParam& oParam, int iSpeaker, double f64AmbientC)
+{
+    SpeakerType oType;
     for (const ParameterRow& oRow : PARAMETER_ROWS)
-        for (int i = 1; i < iSpeakers; ++i)
-            if (GetParameter(oSet.oParam, oRow.eParameter, i) != GetParameter(oSet.oParam, oRow.eParameter, 0))
-                throw CHostError("set " + oSet.strKey + ": the speakers differ in " +
-                                 SourceName(GetParameterInfo(oRow.eParameter)) + "; only equal ones can be simulated");
+        oType.oParams.*oRow.pValue = GetParameter(oParam, oRow.eParameter, iSpeaker);
+    oType.oParams.f64AmbientC = f64AmbientC;
+    oType.oLimits.f64DisplacementMm = GetParameter(oParam, KelvaneParameter::DISPLACEMENT_LIMIT, iSpeaker);
+    oType.oLimits.f64CoilC = GetParameter(oParam, KelvaneParameter::COIL_LIMIT, iSpeaker);
+    return oType;
+}
+
+bool IsSame(const SpeakerType& oOne, const SpeakerType& oOther)
+{
+    for (const ParameterRow& oRow : PARAMETER_ROWS)
+        if (oOne.oParams.*oRow.pValue != oOther.oParams.*oRow.pValue)
+            return false;
+    return oOne.oLimits.f64DisplacementMm == oOther.oLimits.f64DisplacementMm &&
+           oOne.oLimits.f64CoilC == oOther.oLimits.f64CoilC;
+}
+
+// A channel's each, but for the last ones that are as the one before them.
+std::vector<SpeakerType> ReadSpeakers(const TuningFile& oTuning, const TuningSet& oSet, const PlayOptions& oOptions)
+{
+    std::vector<SpeakerType> vecTypes;
+    for (int i = 0; i < oOptions.iChannels; ++i)
+        vecTypes.push_back(
+            ReadSpeaker(oSet.oParam, SpeakerOf(oTuning, oSet, i, oOptions.iChannels), oOptions.f64AmbientC));
+    while (vecTypes.size() > 1 && IsSame(vecTypes.back(), vecTypes[vecTypes.size() - 2]))
+        vecTypes.pop_back();
+    return vecTypes;
 }
 
 } // namespace
@@ -54,18 +90,14 @@ SpeakerSetup SetupFromTuning(const std::string& strFile, const std::string& strK
         throw CHostError(strFile + ": has no set " + strKey);
     if (pSet->oParam.sFFModule[0] != PROTECT_MODE || CheckParameters(pSet->oParam).pInfo != nullptr)
         throw CHostError(strFile + ": set " + pSet->strKey + " describes no speaker");
-    CheckAlike(*pSet, oOptions.iChannels);
-    oComparison.strTuning = strFile;
-    oComparison.strSet = pSet->strKey;
     SpeakerSetup oSetup;
-    for (const ParameterRow& oRow : PARAMETER_ROWS)
-        oSetup.oParams.*oRow.pValue = GetParameter(pSet->oParam, oRow.eParameter);
-    oSetup.oParams.f64AmbientC = oOptions.f64AmbientC;
-    oSetup.oLimits.f64DisplacementMm = GetParameter(pSet->oParam, KelvaneParameter::DISPLACEMENT_LIMIT);
-    oSetup.oLimits.f64CoilC = GetParameter(pSet->oParam, KelvaneParameter::COIL_LIMIT);
+    oSetup.vecTypes = ReadSpeakers(oTuning, *pSet, oOptions);
     oSetup.f64SampleRateHz = oOptions.iRate;
     oSetup.iChannels = oOptions.iChannels;
     oSetup.iOversampling = 1; // enough for music
+    oComparison.strTuning = strFile;
+    oComparison.strSet = pSet->strKey;
+    oComparison.bAlike = oSetup.vecTypes.size() == 1;
     return oSetup;
 }
 

@@ -1,11 +1,11 @@
-// The speaker that a tuning file describes, for the simulation.
+// The speakers that a tuning file describes, for the simulation.
 #pragma once
 
 #include "host/play_options.h"
 #include "host/speaker/speaker_watch.h"
 
-// The set of that key, or the first one without a key; the paths and the key go into oComparison. Throws CHostError:
-// file, no such set, a set that describes no speaker, speakers of different kinds.
+// One for each channel, of the set of that key, or of the first one without a key; the set's file and key go into
+// oComparison. Throws CHostError: file, no such set, a set that describes no speaker.
 SpeakerSetup SetupFromTuning(const std::string& strFile, const std::string& strKey, const PlayOptions& oOptions,
                              SpeakerComparison& oComparison);
 

@@ -169,17 +169,29 @@ protected:
         return vecRows;
     }
 
-    // Both limits, which the input would have broken.
-    static void ExpectHeld(const Json& oSpeakers, const char* pSet)
+    // Both limits of each channel, which the input would have broken.
+    static void ExpectHeld(const Json& oSpeakers, const char* pSet, size_t uChannels)
     {
         EXPECT_EQ(oSpeakers["set"], pSet);
-        for (const char* pLimit : {"coil_c", "displacement_mm"})
-        {
-            const std::string strSeen = (pLimit[0] == 'c' ? "hottest_" : "") + std::string(pLimit);
-            EXPECT_GT(oSpeakers["unprotected"][strSeen], oSpeakers["limits"][pLimit]) << oSpeakers;
-            EXPECT_LE(oSpeakers["protected"][strSeen], oSpeakers["limits"][pLimit]) << oSpeakers;
-        }
+        ASSERT_EQ(oSpeakers["channels"].size(), uChannels);
+        for (const Json& oChannel : oSpeakers["channels"])
+            for (const char* pLimit : {"coil_c", "displacement_mm"})
+            {
+                EXPECT_GT(oChannel["unprotected"][pLimit], oChannel["limits"][pLimit]) << oSpeakers;
+                EXPECT_LE(oChannel["protected"][pLimit], oChannel["limits"][pLimit]) << oSpeakers;
+            }
         EXPECT_LT(oSpeakers["level_lost_above_500_hz_db"], oSpeakers["constant_gain_loss_db"]) << oSpeakers;
+    }
+
+    // Builds a tuning file of a machine's source, changed.
+    void BuildTuning(const char* pSource, std::initializer_list<std::pair<const char*, const char*>> vecChanges,
+                     const char* pOutput) const
+    {
+        std::string strSource = HostFile(Path(pSource));
+        for (const auto& [pFrom, pTo] : vecChanges)
+            strSource.replace(strSource.find(pFrom), strlen(pFrom), pTo);
+        std::ofstream(Path("source.toml")) << strSource;
+        EXPECT_EQ(Run("tuning build " + Path("source.toml") + " " + Path(pOutput)).strOut, "");
     }
 
     std::string m_strProgram;
@@ -242,36 +254,38 @@ TEST_F(HostProgram, EveryRunGivesTheSameSamplesAndRealTimeKeepsTheClock)
 }
 
 // The sensors follow the simulated magnet, and the tuning file of the debug folder, with sets by heat, comes before the
-// default one: the set changes because the speaker got hot.
+// default one: the set changes because the speaker got hot, and comes back because it cooled. A magnet of a tenth of
+// the default one's heat follows in time.
 TEST_F(HostProgram, TheReportTellsWhatHeatDid)
 {
-    WriteInput(48000, 0.95f);
+    WriteInput(220 * 16000, 0.95f);
+    fs::resize_file(Path("in.f32"), 460 * 16000 * sizeof(float));
     fs::rename(Path("heat.xml"), Path("machine.xml"));
     fs::create_directories(Path("d/.ZVAudioParams"));
     fs::create_directories(Path("d/.LOGAudioKelvaneVoice"));
-    std::string strSource = HostFile(Path("tuning/laptop_pair.toml"));
-    for (const auto& [pFrom, pTo] :
-         {std::pair{"sets_by_heat = 0", "sets_by_heat = 1"}, std::pair{"library_sensor = 1", "library_sensor = 3"}})
-        strSource.replace(strSource.find(pFrom), strlen(pFrom), pTo);
-    std::ofstream(Path("heat.toml")) << strSource;
-    ASSERT_EQ(
-        Run("tuning build " + Path("heat.toml") + " " + Path("d/.ZVAudioParams/audio_kelvane_params_1.xml")).iExit, 0);
+    BuildTuning("tuning/laptop_pair.toml",
+                {{"sets_by_heat = 0", "sets_by_heat = 1"},
+                 {"library_sensor = 1", "library_sensor = 3"},
+                 {"magnet_heat_j_per_k = 4.0", "magnet_heat_j_per_k = 0.4"}},
+                "d/.ZVAudioParams/audio_kelvane_params_1.xml");
     const Json oReport = Json::parse(
-        Play("--variant omfx --channels 1 --period 4800 --repeat 300 --every 10 'Volume\\Speaker\\VolumeNum=52,50' "
+        Play("--variant omfx --rate 16000 --channels 1 --period 1600 --every 10 'Volume\\Speaker\\VolumeNum=52,50' "
              "--set 'Debug\\DebugMode=1' --set 'Debug\\DebugLevel=2' --ambient 36.5 --trace " +
              Path("trace.csv")));
-    EXPECT_EQ(oReport["periods"], 3000);
+    EXPECT_EQ(oReport["periods"], 4600);
     const Json& oSets = oReport["parameter_sets"];
-    ASSERT_EQ(oSets.size(), 2U) << oSets;
-    EXPECT_EQ(oSets[0][1], "30040");
-    EXPECT_EQ(oSets[1][1], "40040");
-    EXPECT_GE(oSets[1][0], 100) << "ten means of ten seconds";
+    ASSERT_EQ(oSets.size(), 3U) << oSets;
+    for (const auto& [iSet, pSet, iSince] : {std::tuple{0, "30040", -1}, {1, "40040", 100}, {2, "30040", 320}})
+    {
+        EXPECT_EQ(oSets[static_cast<size_t>(iSet)][1], pSet);
+        EXPECT_GE(oSets[static_cast<size_t>(iSet)][0], iSince) << "ten means of ten seconds";
+    }
     const Json& oController = oReport["controller"];
-    EXPECT_EQ(oController["taken_back"], Json::array({300.1}));
+    EXPECT_EQ(oController["taken_back"], Json::array({460.1}));
     EXPECT_EQ(oController["other"], Json::array());
     for (const char* pSensor : {"1", "2", "3"})
-        EXPECT_EQ(oController["queries"][pSensor].size(), 30U) << pSensor;
-    EXPECT_EQ(oReport["library_temperatures"][29], Json::array({299.9, 36.5}));
+        EXPECT_EQ(oController["queries"][pSensor].size(), 46U) << pSensor;
+    EXPECT_EQ(oReport["library_temperatures"][45], Json::array({459.9, 36.5}));
     Json oEvents;
     for (const Json& oEvent : oReport["devices"]["KELVANE_DEVICE0"])
         oEvents.push_back(oEvent[1]);
@@ -280,20 +294,27 @@ TEST_F(HostProgram, TheReportTellsWhatHeatDid)
     for (const auto& oEntry : fs::directory_iterator(Path("d/.LOGAudioKelvaneVoice")))
         oRecords.insert(oEntry.path().filename().string().substr(0, 18));
     EXPECT_EQ(oRecords.size(), 3U);
-    ExpectHeld(oReport["speakers"], "30040");
+    ExpectHeld(oReport["speakers"], "30040", 1);
 
-    // A row per 10 ms, which ends hot, in the heated set.
+    // A row per 10 ms: it begins cool, is hot at the sound's end, and ends cool.
     const auto vecRows = ReadRows(Path("trace.csv"));
-    ASSERT_EQ(vecRows.size(), 30000U);
-    EXPECT_EQ(vecRows[0][9], "30040");
-    EXPECT_EQ(vecRows[29999][9], "40040");
-    EXPECT_EQ(vecRows[29999][10], "processed");
+    ASSERT_EQ(vecRows.size(), 46000U);
+    EXPECT_FALSE(fs::exists(Path("trace.csv.part")));
+    EXPECT_EQ(vecRows[45999][0], "459.99");
+    for (const auto& [uRow, pSet, pPath] : {std::tuple{size_t{0}, "30040", "processed"},
+                                            {21900U, "40040", "processed"},
+                                            {45999U, "30040", "quiet input"}})
+    {
+        EXPECT_EQ(vecRows[uRow][9], pSet);
+        EXPECT_EQ(vecRows[uRow][10], pPath);
+    }
     EXPECT_NEAR(std::stod(vecRows[0][6]), 36.5, 0.1);
-    EXPECT_GT(std::stod(vecRows[29999][6]), 45);
+    EXPECT_GT(std::stod(vecRows[21900][6]), 45);
+    EXPECT_LT(std::stod(vecRows[45999][6]), 40);
     double f64Hottest = 0;
     for (const auto& vecRow : vecRows)
         f64Hottest = std::max(f64Hottest, std::stod(vecRow[5]));
-    EXPECT_NEAR(f64Hottest, oReport["speakers"]["protected"]["hottest_coil_c"], 0.1);
+    EXPECT_NEAR(f64Hottest, oReport["speakers"]["channels"][0]["protected"]["coil_c"], 0.1);
 }
 
 // On the machine as it is. The input of each row is the one that its output came from, behind lead-in and delay.
@@ -304,8 +325,8 @@ TEST_F(HostProgram, SimulatedSpeakersTellWhatWasHeld)
     const ProgramRun oRun = Run(strPlay);
     ExpectParts(oRun.strOut, {"\n  hottest coil     ", "\n  displacement     ", "\n  level lost       "});
     const Json oSpeakers = Json::parse(HostFile(Path("report.json")))["speakers"];
-    ExpectHeld(oSpeakers, "30040");
-    EXPECT_GE(oSpeakers["unprotected"]["displacement_mm"], 2.2 * 0.4);
+    ExpectHeld(oSpeakers, "30040", 2);
+    EXPECT_GE(oSpeakers["channels"][0]["unprotected"]["displacement_mm"], 2.2 * 0.4);
     EXPECT_LE(oSpeakers["level_lost_above_500_hz_db"], oSpeakers["constant_gain_loss_db"].get<double>() - 6);
 
     WriteInput(2 * 48000, 0.02f);
@@ -321,6 +342,21 @@ TEST_F(HostProgram, SimulatedSpeakersTellWhatWasHeld)
     ExpectParts(Run(strSpeaker).strOut, {"name it with --tuning"});
     ExpectParts(Run(strSpeaker + " --tuning " + Path("machine.xml")).strOut, {"no tuning file"});
     ExpectParts(Run(strSpeaker + " --tuning " + strDefault).strOut, {"of set 30000 in"});
+}
+
+// Two kinds of speakers, each channel with its own limits; the order of four channels puts a small one on the second.
+TEST_F(HostProgram, EachChannelIsJudgedByItsOwnSpeaker)
+{
+    WriteInput(4 * 96000, 1.6f);
+    BuildTuning("tuning/four_amplifiers.toml", {{"four_channel_order = 0", "four_channel_order = 2"}},
+                "c/windows/system32/ZVAudioDriver/audio_kelvane_params_default.xml");
+    const Json oSpeakers = Json::parse(Play("--channels 4 --trace " + Path("trace.csv")))["speakers"];
+    ExpectHeld(oSpeakers, "30040", 4);
+    EXPECT_EQ(oSpeakers["channels"][1]["limits"]["displacement_mm"], 0.3);
+    ExpectParts(HostFile(Path("trace.csv")), {",channel_4_coil_c,", "\n1.99,"});
+    ExpectParts(Run("play " + Path("in.f32") + " --channels 4 --speaker --set 'Bypass\\KelvaneStatus=1'").strOut,
+                {"  hottest coil     channel 1: ", "limit 105.0 C, not held\n                   channel 2: ",
+                 "limit 0.300 mm (", " times), not held\n"});
 }
 
 TEST_F(HostProgram, WhatCantBeDoneIsToldAndFails)

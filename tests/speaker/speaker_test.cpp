@@ -144,7 +144,11 @@ TEST(SpeakerTest, RefusesWhatIsOutOfRange)
 TEST(SpeakerTest, MonitorComparesBothSides)
 {
     CSpeakerMonitor oMonitor;
-    ASSERT_TRUE(oMonitor.Init({}));
+    SpeakerSetup oSetup;
+    oSetup.vecTypes.resize(2);
+    oSetup.vecTypes[1].oParams.f64DisplacementMmPerV /= 2.0;
+    oSetup.vecTypes[1].oLimits.f64DisplacementMm = 0.2;
+    ASSERT_TRUE(oMonitor.Init(oSetup));
     Samples vecIn = Tone(2000.0, 0.2, 1.0, Tone(50.0, 0.6, 1.0));
     Samples vecOut = Tone(2000.0, 0.2, 1.0, Tone(50.0, 0.3, 1.0));
     for (size_t i = 0; i < vecIn.size(); i += 2)
@@ -153,9 +157,12 @@ TEST(SpeakerTest, MonitorComparesBothSides)
     oMonitor.TakeOut(vecOut.data(), vecOut.size() / 2);
     oMonitor.Finish();
     const SpeakerFigures oFigures = oMonitor.Figures();
-    EXPECT_FALSE(oFigures.oUnprotected.Holds(oFigures.oLimits));
-    EXPECT_TRUE(oFigures.oProtected.Holds(oFigures.oLimits));
-    EXPECT_NEAR(oFigures.oUnprotected.f64PeakDisplacementMm, 2.0 * oFigures.oProtected.f64PeakDisplacementMm, 0.02);
+    const SpeakerChannel& oSounding = oFigures.vecChannels.at(1);
+    EXPECT_EQ(oFigures.vecChannels[0].oUnprotected.f64PeakDisplacementMm, 0.0);
+    EXPECT_FALSE(oSounding.oUnprotected.Holds(oSounding.oLimits));
+    EXPECT_TRUE(oSounding.oProtected.Holds(oSounding.oLimits));
+    EXPECT_LT(oSounding.oUnprotected.f64PeakDisplacementMm, 0.4); // the first type goes 0.67 mm
+    EXPECT_NEAR(oSounding.oUnprotected.f64PeakDisplacementMm, 2.0 * oSounding.oProtected.f64PeakDisplacementMm, 0.01);
     EXPECT_NEAR(oFigures.oUnprotected.f64LevelDb, 10.0 * std::log10(0.1), 0.01); // 0.36/2 and 0.04/2, on one of two
     EXPECT_NEAR(oFigures.LostDb(), 10.0 * std::log10(0.40 / 0.13), 0.01);
     EXPECT_NEAR(oFigures.LostAboveDb(), 0.0, 0.02);
