@@ -1,6 +1,7 @@
 // Writes the registry's text form.
 #include "registry/regfile.h"
-#include "registry/registry_text.h"
+
+#include "text/utf16.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -2,7 +2,6 @@
 #include "base/failure.h"
 #include "platform/control/machine_native.h"
 #include "registry/registry_keys.h"
-#include "registry/registry_text.h"
 #include "text/wide.h"
 
 #include <algorithm>

@@ -22,17 +22,12 @@ const struct
     {HKEY_CURRENT_CONFIG, "HKEY_CURRENT_CONFIG"},
 };
 
-// Name of a root's handle, with or without the sign's bits above the low 32, or null.
+// Name of a root's handle, or null.
 const char* RootName(HKEY hKey)
 {
-    const ULONG_PTR iHigh = reinterpret_cast<ULONG_PTR>(hKey) >> 32;
     for (const auto& oRoot : c_oRoots)
-    {
-        const bool bSameLow = static_cast<UINT32>(reinterpret_cast<ULONG_PTR>(hKey)) ==
-                              static_cast<UINT32>(reinterpret_cast<ULONG_PTR>(oRoot.hRoot));
-        if (bSameLow && (iHigh == 0 || iHigh == 0xFFFFFFFF))
+        if (oRoot.hRoot == hKey)
             return oRoot.pName;
-    }
     return nullptr;
 }
 
@@ -41,22 +36,6 @@ struct FollowerEnd
     ~FollowerEnd() { CRegistry::Instance().StopFollowing(); }
 };
 } // namespace
-
-bool OpenRegistryKey::Sees(const RegistryChange& oChange) const
-{
-    if (oChange.strPath == strFolded)
-        return oChange.dwKind == 0 || (oChange.dwKind & dwFilter) != 0;
-    const std::string strBelow = strFolded + '\\';
-    return bSubtree && (oChange.dwKind & dwFilter) != 0 && oChange.strPath.compare(0, strBelow.size(), strBelow) == 0;
-}
-
-void OpenRegistryKey::Signal()
-{
-    bPending = vecArmed.empty();
-    for (const auto& pEvent : vecArmed)
-        pEvent->Set();
-    vecArmed.clear();
-}
 
 CRegistry& CRegistry::Instance()
 {
@@ -117,6 +96,16 @@ void CRegistry::Tell(const std::vector<RegistryChange>& vecChanges)
         if (bSeen)
             oKey.Signal();
     }
+}
+
+LSTATUS CRegistry::Change(const std::function<LSTATUS(CRegistryTree&)>& fnChange, const std::string& strTouched)
+{
+    std::vector<RegistryChange> vecChanges;
+    const LSTATUS lResult = m_pStore->Update(fnChange, vecChanges);
+    if (lResult == ERROR_SUCCESS && vecChanges.empty() && !strTouched.empty())
+        vecChanges.push_back({strTouched, REG_NOTIFY_CHANGE_LAST_SET});
+    Tell(vecChanges);
+    return lResult;
 }
 
 LSTATUS CRegistry::Find(HKEY hKey, OpenRegistryKey*& pKey)
@@ -193,9 +182,7 @@ LSTATUS CRegistry::Create(HKEY hKey, const std::string& strSubKey, REGSAM samRig
         oTree.Create(strPath);
         return ERROR_SUCCESS;
     };
-    std::vector<RegistryChange> vecChanges;
-    lResult = m_pStore->Update(fnCreate, vecChanges);
-    Tell(vecChanges);
+    lResult = Change(fnCreate);
     if (lResult == ERROR_SUCCESS)
         *phResult = Add(strPath, samRights);
     return lResult;
@@ -219,7 +206,7 @@ LSTATUS CRegistry::DeleteKey(HKEY hKey, const std::string& strSubKey)
     const std::lock_guard<std::mutex> oGuard(m_oLock);
     Refresh(false);
     std::string strPath;
-    LSTATUS lResult = Locate(hKey, strSubKey, strPath);
+    const LSTATUS lResult = Locate(hKey, strSubKey, strPath);
     if (lResult != ERROR_SUCCESS)
         return lResult;
     const auto fnDelete = [&](CRegistryTree& oTree) -> LSTATUS
@@ -231,10 +218,7 @@ LSTATUS CRegistry::DeleteKey(HKEY hKey, const std::string& strSubKey)
         oTree.Remove(strPath);
         return ERROR_SUCCESS;
     };
-    std::vector<RegistryChange> vecChanges;
-    lResult = m_pStore->Update(fnDelete, vecChanges);
-    Tell(vecChanges);
-    return lResult;
+    return Change(fnDelete);
 }
 
 LSTATUS CRegistry::Read(HKEY hKey, REGSAM samRight,
@@ -257,7 +241,7 @@ LSTATUS CRegistry::Write(HKEY hKey, const std::function<LSTATUS(RegistryKey&)>& 
     const std::lock_guard<std::mutex> oGuard(m_oLock);
     Refresh(false);
     OpenRegistryKey* pKey = nullptr;
-    LSTATUS lResult = Find(hKey, pKey);
+    const LSTATUS lResult = Find(hKey, pKey);
     if (lResult != ERROR_SUCCESS)
         return lResult;
     if ((pKey->samRights & KEY_SET_VALUE) == 0)
@@ -265,12 +249,7 @@ LSTATUS CRegistry::Write(HKEY hKey, const std::function<LSTATUS(RegistryKey&)>& 
     const std::string& strPath = pKey->strFolded;
     const auto fnUpdate = [&](CRegistryTree& oTree) -> LSTATUS
     { return oTree.Find(strPath) == nullptr ? ERROR_KEY_DELETED : fnWrite(oTree.Create(strPath)); };
-    std::vector<RegistryChange> vecChanges;
-    lResult = m_pStore->Update(fnUpdate, vecChanges);
-    if (lResult == ERROR_SUCCESS && vecChanges.empty())
-        vecChanges.push_back({strPath, REG_NOTIFY_CHANGE_LAST_SET});
-    Tell(vecChanges);
-    return lResult;
+    return Change(fnUpdate, strPath);
 }
 
 LSTATUS CRegistry::Watch(HKEY hKey, bool bSubtree, DWORD dwFilter, std::shared_ptr<CKernelEvent> pEvent)

@@ -1,9 +1,9 @@
 // The registry of this process: its open keys, their rights and watches, over the machine's file.
 #pragma once
 
+#include "registry/open_key.h"
 #include "registry/registry_follower.h"
 #include "registry/registry_store.h"
-#include "threads/kernel.h"
 
 #include <functional>
 #include <memory>
@@ -11,25 +11,6 @@
 #include <string>
 #include <unordered_map>
 #include <vector>
-
-// A key as one handle has it open.
-struct OpenRegistryKey
-{
-    std::string strFolded; // canonical path, folded
-    REGSAM samRights = 0;
-    bool bDeleted = false;
-
-    // The watch, from its first arming until the key is closed. A change that comes while no event is armed is kept
-    // for the next arming, so that none is lost between two.
-    bool bWatched = false;
-    bool bSubtree = false;
-    DWORD dwFilter = 0;
-    bool bPending = false;
-    std::vector<std::shared_ptr<CKernelEvent>> vecArmed;
-
-    bool Sees(const RegistryChange& oChange) const;
-    void Signal();
-};
 
 // Every operation may come on any thread. Codes are the platform's.
 class CRegistry
@@ -64,6 +45,8 @@ private:
     void Refresh(bool bForce);
     int FollowChange();
     void Tell(const std::vector<RegistryChange>& vecChanges);
+    // Changes the tree and tells the watches, of a change of the touched key's values at least.
+    LSTATUS Change(const std::function<LSTATUS(CRegistryTree&)>& fnChange, const std::string& strTouched = "");
     // The open key, if it still exists.
     LSTATUS Find(HKEY hKey, OpenRegistryKey*& pKey);
     // The whole path of what is below it.

@@ -79,6 +79,11 @@ const char* PathFault(const std::string& strPath)
     return iLevels > c_iMostLevels ? "the key lies more than 512 levels deep" : nullptr;
 }
 
+bool IsTextType(DWORD dwType)
+{
+    return dwType == REG_SZ || dwType == REG_EXPAND_SZ || dwType == REG_MULTI_SZ;
+}
+
 bool HasControls(const std::string& strName)
 {
     return std::any_of(strName.begin(), strName.end(), [](char c) { return c > 0 && c < 0x20; });

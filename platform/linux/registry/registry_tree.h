@@ -18,6 +18,9 @@ std::string CanonicalPath(const std::string& strPath);
 // characters. Null if it can.
 const char* PathFault(const std::string& strPath);
 
+// Whether the type holds text: REG_SZ, REG_EXPAND_SZ, REG_MULTI_SZ.
+bool IsTextType(DWORD dwType);
+
 // Whether a path or a value's name holds what the file's lines can't.
 bool HasControls(const std::string& strName);
 

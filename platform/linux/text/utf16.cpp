@@ -1,12 +1,7 @@
-// Text of registry values: UTF-8, in which the layer keeps it, and UTF-16, as export files spell it in bytes.
-#include "registry/registry_text.h"
+// Bytes of UTF-8 as those of UTF-16, low byte first, and back.
+#include "text/utf16.h"
 
 #include "text/utf8.h"
-
-bool IsTextType(DWORD dwType)
-{
-    return dwType == REG_SZ || dwType == REG_EXPAND_SZ || dwType == REG_MULTI_SZ;
-}
 
 std::vector<BYTE> Utf16FromUtf8(const std::vector<BYTE>& vecText)
 {
