@@ -3,10 +3,8 @@
 
 bool OpenRegistryKey::Sees(const RegistryChange& oChange) const
 {
-    if (oChange.strPath == strFolded)
-        return oChange.dwKind == 0 || (oChange.dwKind & dwFilter) != 0;
     const std::string strBelow = strFolded + '\\';
-    return bSubtree && (oChange.dwKind & dwFilter) != 0 && oChange.strPath.compare(0, strBelow.size(), strBelow) == 0;
+    return oChange.strPath == strFolded || oChange.strPath.compare(0, strBelow.size(), strBelow) == 0;
 }
 
 void OpenRegistryKey::Signal()

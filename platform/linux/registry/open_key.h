@@ -17,11 +17,10 @@ struct OpenRegistryKey
     // The watch, from its first arming until the key is closed. A change that comes while no event is armed is kept
     // for the next arming, so that none is lost between two.
     bool bWatched = false;
-    bool bSubtree = false;
-    DWORD dwFilter = 0;
     bool bPending = false;
     std::vector<std::shared_ptr<CKernelEvent>> vecArmed;
 
+    // Any change in it or below.
     bool Sees(const RegistryChange& oChange) const;
     void Signal();
 };

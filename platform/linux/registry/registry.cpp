@@ -9,8 +9,7 @@
 
 namespace
 {
-constexpr DWORD c_dwLegalFilter = 0xF;
-constexpr DWORD c_dwThreadAgnostic = 0x10000000;
+constexpr DWORD c_dwChanges = REG_NOTIFY_CHANGE_NAME | REG_NOTIFY_CHANGE_LAST_SET; // what there is to watch for
 
 std::string TextOf(LPCSTR pText)
 {
@@ -221,13 +220,12 @@ EXTERN_C LSTATUS WINAPI RegNotifyChangeKeyValue(HKEY hKey, BOOL bWatchSubtree, D
     LSTATUS lResult = ERROR_SUCCESS;
     if (IsToldToFailWith("RegNotifyChangeKeyValue", lResult))
         return lResult;
-    const DWORD dwFilter = dwNotifyFilter & ~c_dwThreadAgnostic;
-    if (dwFilter == 0 || (dwFilter & ~c_dwLegalFilter) != 0 || fAsynchronous == FALSE)
+    if (!bWatchSubtree || (dwNotifyFilter & c_dwChanges) != c_dwChanges || !fAsynchronous)
         return ERROR_INVALID_PARAMETER;
     const auto pEvent = KernelObjectAs<CKernelEvent>(hEvent);
     if (pEvent == nullptr)
         return ERROR_INVALID_HANDLE;
-    return CRegistry::Instance().Watch(hKey, bWatchSubtree != FALSE, dwFilter, pEvent);
+    return CRegistry::Instance().Watch(hKey, pEvent);
 }
 
 std::string machine::RegistryFile()

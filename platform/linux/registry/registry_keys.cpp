@@ -90,7 +90,7 @@ void CRegistry::Tell(const std::vector<RegistryChange>& vecChanges)
         bool bSeen = false;
         for (const RegistryChange& oChange : vecChanges)
         {
-            oKey.bDeleted = oKey.bDeleted || (oChange.dwKind == 0 && oChange.strPath == oKey.strFolded);
+            oKey.bDeleted = oKey.bDeleted || (oChange.bDeleted && oChange.strPath == oKey.strFolded);
             bSeen = bSeen || (oKey.bWatched && oKey.Sees(oChange));
         }
         if (bSeen)
@@ -103,7 +103,7 @@ LSTATUS CRegistry::Change(const std::function<LSTATUS(CRegistryTree&)>& fnChange
     std::vector<RegistryChange> vecChanges;
     const LSTATUS lResult = m_pStore->Update(fnChange, vecChanges);
     if (lResult == ERROR_SUCCESS && vecChanges.empty() && !strTouched.empty())
-        vecChanges.push_back({strTouched, REG_NOTIFY_CHANGE_LAST_SET});
+        vecChanges.push_back({strTouched, false});
     Tell(vecChanges);
     return lResult;
 }
@@ -252,7 +252,7 @@ LSTATUS CRegistry::Write(HKEY hKey, const std::function<LSTATUS(RegistryKey&)>& 
     return Change(fnUpdate, strPath);
 }
 
-LSTATUS CRegistry::Watch(HKEY hKey, bool bSubtree, DWORD dwFilter, std::shared_ptr<CKernelEvent> pEvent)
+LSTATUS CRegistry::Watch(HKEY hKey, std::shared_ptr<CKernelEvent> pEvent)
 {
     static const FollowerEnd
         s_oFollowerEnd; // the thread ends with the program; the registry stays for those that don't
@@ -268,8 +268,6 @@ LSTATUS CRegistry::Watch(HKEY hKey, bool bSubtree, DWORD dwFilter, std::shared_p
     if ((oKey.samRights & KEY_NOTIFY) == 0)
         return ERROR_ACCESS_DENIED;
     oKey.bWatched = true;
-    oKey.bSubtree = bSubtree;
-    oKey.dwFilter = dwFilter;
     oKey.vecArmed.push_back(std::move(pEvent));
     if (oKey.bPending)
         oKey.Signal();

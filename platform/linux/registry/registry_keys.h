@@ -31,7 +31,7 @@ public:
     LSTATUS Write(HKEY hKey, const std::function<LSTATUS(RegistryKey&)>& fnWrite);
 
     // The event is signalled once; at once if a change is pending.
-    LSTATUS Watch(HKEY hKey, bool bSubtree, DWORD dwFilter, std::shared_ptr<CKernelEvent> pEvent);
+    LSTATUS Watch(HKEY hKey, std::shared_ptr<CKernelEvent> pEvent);
 
     // Ends the thread that follows the file. Watches see this process's changes alone from then on.
     void StopFollowing();

@@ -173,19 +173,14 @@ std::vector<RegistryChange> DiffRegistry(const CRegistryTree& oOld, const CRegis
         const RegistryKey* pNewKey = oNew.Find(strPath);
         if (pNewKey == nullptr)
         {
-            vecChanges.push_back({ParentPath(strPath), REG_NOTIFY_CHANGE_NAME});
-            vecChanges.push_back({strPath, 0});
+            vecChanges.push_back({ParentPath(strPath), false});
+            vecChanges.push_back({strPath, true});
         }
         else if (!SameValues(oKey, *pNewKey))
-            vecChanges.push_back({strPath, REG_NOTIFY_CHANGE_LAST_SET});
+            vecChanges.push_back({strPath, false});
     }
-    for (const auto& [strPath, oKey] : oNew.Keys())
-    {
-        if (oOld.Find(strPath) != nullptr)
-            continue;
-        vecChanges.push_back({ParentPath(strPath), REG_NOTIFY_CHANGE_NAME});
-        if (!oKey.mapValues.empty())
-            vecChanges.push_back({strPath, REG_NOTIFY_CHANGE_LAST_SET});
-    }
+    for (const auto& oKey : oNew.Keys())
+        if (oOld.Find(oKey.first) == nullptr)
+            vecChanges.push_back({ParentPath(oKey.first), false});
     return vecChanges;
 }

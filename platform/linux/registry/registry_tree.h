@@ -67,8 +67,8 @@ private:
 // One change, as a watch sees it.
 struct RegistryChange
 {
-    std::string strPath; // folded path of the key in which something changed
-    DWORD dwKind = 0;    // REG_NOTIFY_CHANGE_NAME for its subkeys, _LAST_SET for its values, 0 if itself was deleted
+    std::string strPath;   // folded path of the key in which a subkey or value came, went or changed
+    bool bDeleted = false; // it is gone itself
 };
 
 std::vector<RegistryChange> DiffRegistry(const CRegistryTree& oOld, const CRegistryTree& oNew);

@@ -71,7 +71,7 @@ EXTERN_C LSTATUS WINAPI RegEnumKeyExA(HKEY hKey, DWORD dwIndex, LPSTR lpName, LP
 EXTERN_C LSTATUS WINAPI RegEnumValueA(HKEY hKey, DWORD dwIndex, LPSTR lpValueName, LPDWORD lpcchValueName,
                                       LPDWORD lpReserved, LPDWORD lpType, LPBYTE lpData, LPDWORD lpcbData);
 
-// Signals the event once, at the first change of the kinds in the filter, or when the key is closed or deleted.
-// fAsynchronous must be TRUE.
+// Signals the event once, at the first change of names or values in the key and below, or when it is closed or deleted.
+// Subtree, both of these kinds and fAsynchronous must be asked for.
 EXTERN_C LSTATUS WINAPI RegNotifyChangeKeyValue(HKEY hKey, BOOL bWatchSubtree, DWORD dwNotifyFilter, HANDLE hEvent,
                                                 BOOL fAsynchronous);
