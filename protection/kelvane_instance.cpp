@@ -8,8 +8,8 @@
 namespace
 {
 constexpr int LOAD_ATTEMPTS = 1000;
-constexpr int FADE_BLOCKS = 8; // between the modes: 40 ms
-constexpr int WARM_BLOCKS = 2; // stages run this long before they are heard: longer than their delay
+constexpr int FADE_BLOCKS = Protector::FADE_BLOCKS; // between the modes
+constexpr int WARM_BLOCKS = Protector::WARM_BLOCKS; // stages run this long before they are heard
 constexpr float FADE_STEP = 1.0f / (FADE_BLOCKS * BLOCK_LEN);
 enum Mode
 {
@@ -106,12 +106,13 @@ void CKelvaneInstance::Apply(KelvaneScratch& oScratch, const KelvaneDataStruct& 
     }
 }
 
-// One attempt: a set that is replaced while it is read comes in the next block.
+// One attempt: a set that is replaced while it is read comes in the next block. One that comes while sets change waits.
 void CKelvaneInstance::TakeSet(KelvaneScratch& oScratch, const Frame& oFrame)
 {
     const uint32_t uSetCount = m_oRecord.Count();
     KelvaneStruParam& oSet = oScratch.oStruParam;
-    if (uSetCount == m_uSetCount || !m_oRecord.TryLoad(oSet, uSetCount))
+    const bool bChanging = m_bProtector && m_oProtector.IsChanging();
+    if (uSetCount == m_uSetCount || bChanging || !m_oRecord.TryLoad(oSet, uSetCount))
         return;
     m_uSetCount = uSetCount;
     m_iMode = oSet.sFFModule[0];
@@ -119,9 +120,9 @@ void CKelvaneInstance::TakeSet(KelvaneScratch& oScratch, const Frame& oFrame)
         for (int i = 0; i < KELVANE_MAX_CHANNELS; ++i)
             m_oDirect[i].f64Target = m_iMode == GAIN ? oSet.sPOWTargetGain[i] / 100.0 : 1.0;
     else if (m_bProtector)
-        m_oProtector.Follow(oSet);
+        m_oProtector.Follow(oSet, Around(oFrame));
     else
-        m_oProtector.Init(oSet, Around(oFrame));
+        m_oProtector.Init(oSet, m_bStarted, Around(oFrame));
     m_bProtector |= m_iMode == PROTECT;
     if (!m_bStarted)
     {
@@ -156,25 +157,27 @@ void CKelvaneInstance::ProcessPair(KelvaneScratch& oScratch, const Frame& oFrame
             pIn[i] = oFrame.psDataIn[2 * iPair + i] + iOffset;
     if (bRuns)
         m_oProtector.Process(iPair, pIn, m_iPosition, m_iPosition + iCount);
-    const float* pDirect[2] = {oScratch.f32Direct[0], oScratch.f32Direct[1]};
+    const float* pHeard[2] = {};
     for (int i = 0; i < 2; ++i)
     {
         const int iChannel = 2 * iPair + i;
-        if (bDirect)
-            m_oDirect[iChannel].Process(pIn[i], oScratch.f32Direct[i], m_iPosition, iCount);
         if (pIn[i] == nullptr)
             continue;
+        float* const pDirect = oScratch.f32Direct;
         float* const pOut = oFrame.psDataOut[iChannel] + iOffset;
-        const float* const pProtected = m_oProtector.Output(iChannel) + m_iPosition;
+        const float* const pProtected = m_oProtector.Heard().Output(iChannel) + m_iPosition;
+        if (bDirect)
+            m_oDirect[iChannel].Process(pIn[i], pDirect, m_iPosition, iCount);
         if (!bRuns || !bDirect)
-            memcpy(pOut, bDirect ? pDirect[i] : pProtected, static_cast<size_t>(iCount) * sizeof(float));
+            memcpy(pOut, bDirect ? pDirect : pProtected, static_cast<size_t>(iCount) * sizeof(float));
         else
             for (int j = 0; j < iCount; ++j)
-                pOut[j] = pDirect[i][j] + (pProtected[j] - pDirect[i][j]) * Weight(m_iPosition + j);
+                pOut[j] = pDirect[j] + (pProtected[j] - pDirect[j]) * Weight(m_iPosition + j);
         m_f64LevelSum[iChannel] += SquareSum(pOut, iCount);
+        pHeard[i] = pOut;
     }
-    if (!bRuns && m_bProtector)
-        m_oProtector.Bypassed(iPair, pDirect, iCount);
+    if (m_bProtector)
+        m_oProtector.TakeOut(iPair, pHeard, iCount);
 }
 
 // Of the protected signal, at a position of the block.
@@ -235,12 +238,12 @@ void CKelvaneInstance::Report()
     double f64Ceiling = 1.0;
     for (int i = 0; i < KELVANE_MAX_CHANNELS; ++i)
     {
-        const bool bRuns = m_iMode == PROTECT && m_oProtector.bPairRuns[i / 2];
+        const bool bRuns = m_iMode == PROTECT && m_oProtector.Heard().bPairRuns[i / 2];
         m_oState.Set(KelvaneState::LEVEL, i, 100.0 * std::sqrt(m_f64LevelSum[i] / BLOCK_LEN));
         if (!bRuns)
             m_oState.SetGains(i, m_iMode == PROTECT ? 1.0 : m_oDirect[i].f64Gain);
         else
-            f64Ceiling = std::min(f64Ceiling, m_oProtector.oSpeakers[i].f64Ceiling);
+            f64Ceiling = std::min(f64Ceiling, m_oProtector.Heard().oSpeakers[i].f64Ceiling);
         if (m_bProtector && i < m_oProtector.iChannels)
             m_oState.SetSpeaker(m_oProtector, i, bRuns);
         else

@@ -10,7 +10,7 @@
 struct KelvaneScratch
 {
     KelvaneStruParam oStruParam;
-    float f32Direct[2][BLOCK_LEN];
+    float f32Direct[BLOCK_LEN];
 };
 
 // In the run buffer. Apply is entered by one thread at a time; everything else by any thread beside it.

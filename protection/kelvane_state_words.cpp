@@ -22,15 +22,17 @@ void CKelvaneStateWords::Put(KelvaneStruParam& oStruParam) const
 void CKelvaneStateWords::SetSpeaker(const Protector& oProtector, int iChannel, bool bRuns)
 {
     const Protector::Speaker& oSpeaker = oProtector.oSpeakers[iChannel];
-    const ChannelPair& oPair = oProtector.oPairs[iChannel / 2];
+    const Chain& oChain = oProtector.Heard();
+    const ChannelPair& oPair = oChain.oPairs[iChannel / 2];
+    const SpeakerConstants& oConstants = oChain.oSpeakers[iChannel].oConstants;
     const CoilModel& oCoil = oSpeaker.oHeat.oLikely;
     Set(KelvaneState::COIL_TEMPERATURE, iChannel, oCoil.f64CoilC);
     Set(KelvaneState::MAGNET_TEMPERATURE, iChannel, oCoil.f64MagnetC);
     Set(KelvaneState::COIL_RESISTANCE, iChannel,
-        oSpeaker.oConstants.f64ResistanceOhm * oSpeaker.oConstants.ResistanceRatio(oCoil.f64CoilC));
+        oConstants.f64ResistanceOhm * oConstants.ResistanceRatio(oCoil.f64CoilC));
     Set(KelvaneState::COIL_POWER, iChannel, oSpeaker.oHeat.f64MeanW);
     Set(KelvaneState::ALLOWED_POWER, iChannel, oSpeaker.oHeat.f64AllowedW);
-    Set(KelvaneState::DISPLACEMENT, iChannel, bRuns ? 100.0 * oSpeaker.f64Displacement : 0.0);
+    Set(KelvaneState::DISPLACEMENT, iChannel, bRuns ? 100.0 * oProtector.f64Displacement[iChannel] : 0.0);
     if (!bRuns)
         return;
     Set(KelvaneState::HEAT_GAIN, iChannel, oSpeaker.oHeat.f64Gain);

@@ -1,18 +1,17 @@
-// Two channels from end to end: drive and heat gain, deep band, upper band, ceiling, and the heat of what comes out.
+// Two channels from end to end: drive and heat gain, deep band, upper band, ceiling.
 #pragma once
 
 #include "protection/dsp/ceiling.h"
-#include "protection/dsp/coil_model.h"
 #include "protection/dsp/cone_model.h"
 #include "protection/dsp/excursion_band.h"
 
 // What holds for a block.
 struct PairControl
 {
-    ConeBlock oCone;
-    BackEmfCoefs oBackEmf[2];
+    ConeLanes oCone;
+    Lanes oLimit = Both(1.0);       // of the displacement
+    Lanes oFullTravel = Both(1.0);  // the same without its margin
     double f64Gain[2] = {1.0, 1.0}; // at the block's end
-    double f64Engaged = 1.0;
     double f64Ceiling[2] = {1.0, 1.0};
 };
 
@@ -25,15 +24,15 @@ struct ChannelPair
     History<OfLanes, UpperBand::DELAY> oDeepRemoved;
     History<OfLanes, 2> oRemoved; // by both bands
     ConeModel oConeModel;
-    ConeBlock oConeBefore; // of the block before
+    ConeLanes oConeBefore; // of the block before
     double f64GainBefore[2];
     DeepBand oDeep;
     UpperBand oUpper;
     Ceiling oCeilings[2];
-    CoilVoltage oCoil;
     Lanes oPeakLeft; // largest displacement of the block
 
-    void Init(const PairControl& oControl, int iDeepAhead, int iUpperAhead);
+    // Begins behind silence. bJoins: in the middle of a programme, which then rises from nothing in the first block.
+    void Init(const PairControl& oControl, bool bJoins, int iDeepAhead, int iUpperAhead);
 
     // Positions iBegin to iEnd of a block; pIn begins at iBegin. Null channels count as silent. What comes out stands
     // in oCeilings' f32Out.
@@ -47,5 +46,5 @@ struct ChannelPair
 private:
     void TakeIn(const float* pIn, int iChannel, double f64Gain, int iBegin, int iEnd);
     void TakeFromVoltage(const PairControl& oControl, int iBegin, int iEnd);
-    void Subtract(const ConeBlock& oCone, int iMade, int iBegin, int iEnd);
+    void Subtract(const ConeLanes& oCone, int iBegin, int iEnd);
 };

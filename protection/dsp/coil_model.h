@@ -22,24 +22,25 @@ struct CoilModel
     }
 };
 
-// The back-EMF of two channels' output, and the sums that heat and level are made of.
+// The back-EMF of two channels' output, and the sum that heat is made of.
 struct CoilVoltage
 {
     Lanes oU1;
     Lanes oU2;
     Lanes oE1;
     Lanes oE2;
-    Lanes oCoilSum;  // of (u - e)^2
-    Lanes oLevelSum; // of u^2
+    Lanes oCoilSum; // of (u - e)^2, in the block
 
-    void Reset() { oU1 = oU2 = oE1 = oE2 = oCoilSum = oLevelSum = Both(0.0); }
+    void Reset() { oU1 = oU2 = oE1 = oE2 = oCoilSum = Both(0.0); }
+    void FinishBlock() { oCoilSum = Both(0.0); }
 
-    void Process(const BackEmfCoefs (&oCoefs)[2], const float* pFirst, const float* pSecond, int iCount)
+    void Process(const BackEmfCoefs& oFirst, const BackEmfCoefs& oSecond, const float* pFirst, const float* pSecond,
+                 int iCount)
     {
-        const Lanes oB = _mm_set_pd(oCoefs[1].f64B, oCoefs[0].f64B);
-        const Lanes oA1 = _mm_set_pd(oCoefs[1].f64A1, oCoefs[0].f64A1);
-        const Lanes oA2 = _mm_set_pd(oCoefs[1].f64A2, oCoefs[0].f64A2);
-        Lanes u1 = oU1, u2 = oU2, e1 = oE1, e2 = oE2, oCoil = oCoilSum, oLevel = oLevelSum;
+        const Lanes oB = _mm_set_pd(oSecond.f64B, oFirst.f64B);
+        const Lanes oA1 = _mm_set_pd(oSecond.f64A1, oFirst.f64A1);
+        const Lanes oA2 = _mm_set_pd(oSecond.f64A2, oFirst.f64A2);
+        Lanes u1 = oU1, u2 = oU2, e1 = oE1, e2 = oE2, oCoil = oCoilSum;
         for (int i = 0; i < iCount; ++i)
         {
             const Lanes u = _mm_cvtps_pd(_mm_unpacklo_ps(_mm_load_ss(pFirst + i), _mm_load_ss(pSecond + i)));
@@ -47,12 +48,11 @@ struct CoilVoltage
             const Lanes e = _mm_sub_pd(oForced, _mm_mul_pd(oA1, e1));
             const Lanes oCoilVolt = _mm_sub_pd(u, e);
             oCoil = _mm_add_pd(oCoil, _mm_mul_pd(oCoilVolt, oCoilVolt));
-            oLevel = _mm_add_pd(oLevel, _mm_mul_pd(u, u));
             u2 = u1;
             u1 = u;
             e2 = e1;
             e1 = e;
         }
-        oU1 = u1, oU2 = u2, oE1 = e1, oE2 = e2, oCoilSum = oCoil, oLevelSum = oLevel;
+        oU1 = u1, oU2 = u2, oE1 = e1, oE2 = e2, oCoilSum = oCoil;
     }
 };

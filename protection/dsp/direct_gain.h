@@ -2,9 +2,7 @@
 #pragma once
 
 #include "protection/dsp/lanes.h"
-
-#include <algorithm>
-#include <cstring>
+#include "protection/dsp/sane_samples.h"
 
 struct DirectGain
 {
@@ -19,15 +17,13 @@ struct DirectGain
     // Samples from position iBegin of the block on; a null channel is silent. At 1 the bits stay.
     void Process(const float* pIn, float* pOut, int iBegin, int iCount) const
     {
-        if (pIn == nullptr)
+        const double f64Change = (f64Gain - f64Before) / BLOCK_LEN;
+        if (pIn != nullptr && f64Before == 1.0 && f64Change == 0.0)
         {
-            memset(pOut, 0, static_cast<size_t>(iCount) * sizeof(float));
+            memcpy(pOut, pIn, static_cast<size_t>(iCount) * sizeof(float));
             return;
         }
-        memcpy(pOut, pIn, static_cast<size_t>(iCount) * sizeof(float));
-        const double f64Change = (f64Gain - f64Before) / BLOCK_LEN;
-        if (f64Before == 1.0 && f64Change == 0.0)
-            return;
+        CopySane(pIn, pOut, iCount);
         for (int i = 0; i < iCount; ++i)
             pOut[i] *= static_cast<float>(f64Before + f64Change * (iBegin + i + 1));
     }

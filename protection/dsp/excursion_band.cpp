@@ -3,15 +3,6 @@
 
 namespace
 {
-constexpr int FADE_LEN = 1920; // 40 ms
-
-// Cubic from 0 to 1 without a corner at either end.
-double FadePart(int iFaded)
-{
-    const double f64Part = static_cast<double>(iFaded) / FADE_LEN;
-    return f64Part * f64Part * (3.0 - 2.0 * f64Part);
-}
-
 template <class Curve> void WriteCurve(const Curve (&oCurves)[2], Lanes* pValues, int iCount)
 {
     Lanes oValue = _mm_set_pd(oCurves[1].f64Start, oCurves[0].f64Start);
@@ -27,21 +18,14 @@ template <class Curve> void WriteCurve(const Curve (&oCurves)[2], Lanes* pValues
 
 template <int MAX_AHEAD, int WIDTH, bool LAST> void ExcursionBand<MAX_AHEAD, WIDTH, LAST>::Init(int iLookAhead)
 {
-    iAhead = iNextAhead = iLookAhead;
-    Reset();
-}
-
-template <int MAX_AHEAD, int WIDTH, bool LAST> void ExcursionBand<MAX_AHEAD, WIDTH, LAST>::Reset()
-{
     oIn.Reset();
     oLow.Reset();
     for (int i = 0; i < BLOCK_LEN + GROUP; ++i)
         oReduction[i] = oWhole[i] = Both(0.0);
     for (bool& bActive : bWhole)
         bActive = false;
+    iAhead = iLookAhead;
     oSplit.Init(iAhead);
-    oNextSplit.Init(iNextAhead);
-    iFaded = 0;
     for (int i = 0; i < 2; ++i)
     {
         oSmoothers[i] = Smoother{};
@@ -50,43 +34,20 @@ template <int MAX_AHEAD, int WIDTH, bool LAST> void ExcursionBand<MAX_AHEAD, WID
     oWanted = oHighest = Both(0.0);
 }
 
+// The split looks at the input later by what its own delay is short of the longest.
 template <int MAX_AHEAD, int WIDTH, bool LAST>
-void ExcursionBand<MAX_AHEAD, WIDTH, LAST>::FollowLookAhead(int iLookAhead)
+void ExcursionBand<MAX_AHEAD, WIDTH, LAST>::Process(int iBegin, int iEnd, Lanes oLimit, Lanes* pLeft, Lanes* pRemoved)
 {
-    if (iNextAhead != iAhead || iLookAhead == iAhead)
-        return;
-    iNextAhead = iLookAhead;
-    iFaded = -BLOCK_LEN; // a block for the filter to settle
-    oNextSplit.Init(iLookAhead);
-}
-
-template <int MAX_AHEAD, int WIDTH, bool LAST>
-void ExcursionBand<MAX_AHEAD, WIDTH, LAST>::Process(int iBegin, int iEnd, Lanes oLimit, double f64Engaged, Lanes* pLeft,
-                                                    Lanes* pRemoved)
-{
-    Split(iBegin, iEnd);
+    oSplit.Process(oIn.Block() + iBegin - (MAX_AHEAD - iAhead), oLow.Block() + iBegin, iEnd - iBegin);
     for (int iPosition = iBegin; iPosition < iEnd;)
     {
         const int iStop = std::min(iEnd, (iPosition / GROUP + 1) * GROUP);
         Watch(iPosition, iStop, oLimit);
         if (iStop % GROUP == 0)
-            FinishGroup(iStop, oLimit, f64Engaged);
+            FinishGroup(iStop, oLimit);
         iPosition = iStop;
     }
     Remove(iBegin, iEnd, pLeft, pRemoved);
-}
-
-// Each split looks at the input later by what its own delay is short of the longest.
-template <int MAX_AHEAD, int WIDTH, bool LAST> void ExcursionBand<MAX_AHEAD, WIDTH, LAST>::Split(int iBegin, int iEnd)
-{
-    Lanes* const pLow = oLow.Block();
-    oSplit.Process(oIn.Block() + iBegin - (MAX_AHEAD - iAhead), pLow + iBegin, iEnd - iBegin);
-    if (iNextAhead == iAhead)
-        return;
-    oNextSplit.Process(oIn.Block() + iBegin - (MAX_AHEAD - iNextAhead), oLowNext + iBegin, iEnd - iBegin);
-    for (int i = iBegin; i < iEnd; ++i, ++iFaded)
-        if (iFaded > 0)
-            pLow[i] = _mm_add_pd(pLow[i], _mm_mul_pd(Both(FadePart(iFaded)), _mm_sub_pd(oLowNext[i], pLow[i])));
 }
 
 // r = (|x| - limit) / (low x/|x|), clamped to 0 .. 1, where |x| is over the limit and the low band is part of the
@@ -114,11 +75,11 @@ void ExcursionBand<MAX_AHEAD, WIDTH, LAST>::Watch(int iBegin, int iEnd, Lanes oL
 }
 
 template <int MAX_AHEAD, int WIDTH, bool LAST>
-void ExcursionBand<MAX_AHEAD, WIDTH, LAST>::FinishGroup(int iEnd, Lanes oLimit, double f64Engaged)
+void ExcursionBand<MAX_AHEAD, WIDTH, LAST>::FinishGroup(int iEnd, Lanes oLimit)
 {
     typename Smoother::Curve oCurves[2];
     for (int i = 0; i < 2; ++i)
-        oCurves[i] = oSmoothers[i].template UpdateSamples<GROUP>(Lane(oWanted, i) * f64Engaged);
+        oCurves[i] = oSmoothers[i].template UpdateSamples<GROUP>(Lane(oWanted, i));
     WriteCurve(oCurves, oReduction + iEnd, GROUP);
     if (LAST)
     {
@@ -129,7 +90,7 @@ void ExcursionBand<MAX_AHEAD, WIDTH, LAST>::FinishGroup(int iEnd, Lanes oLimit, 
         {
             const double f64High = Lane(oHighest, i);
             const double f64Limit = Lane(oLimit, i);
-            const double f64Wanted = f64High > f64Limit ? (f64High - f64Limit) / f64High * f64Engaged : 0.0;
+            const double f64Wanted = f64High > f64Limit ? (f64High - f64Limit) / f64High : 0.0;
             oCurves[i] = oWholeSmoothers[i].template UpdateSamples<GROUP>(f64Wanted);
         }
         if (bActive)
@@ -163,11 +124,6 @@ template <int MAX_AHEAD, int WIDTH, bool LAST> void ExcursionBand<MAX_AHEAD, WID
         oWhole[i] = oWhole[BLOCK_LEN + i];
     }
     bWhole[0] = bWhole[GROUPS];
-    if (iNextAhead != iAhead && iFaded >= FADE_LEN)
-    {
-        oSplit = oNextSplit;
-        iAhead = iNextAhead;
-    }
 }
 
 template struct ExcursionBand<32, 5, false>;

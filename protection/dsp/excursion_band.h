@@ -20,36 +20,27 @@ template <int MAX_AHEAD, int WIDTH, bool LAST> struct ExcursionBand
 
     History<OfLanes, DELAY> oIn;       // displacement that comes in
     History<OfLanes, HOLD_DELAY> oLow; // of the low band, MAX_AHEAD samples later
-    Lanes oLowNext[BLOCK_LEN];         // of the split that fades in
     Lanes oReduction[BLOCK_LEN + GROUP];
     Lanes oWhole[BLOCK_LEN + GROUP];
     bool bWhole[GROUPS + 1];
     SplitFilter oSplit;
-    SplitFilter oNextSplit;
     int iAhead;
-    int iNextAhead; // differs from iAhead while one fades into the other
-    int iFaded;     // samples of the fade that are done
     Smoother oSmoothers[2];
     Smoother oWholeSmoothers[2];
     Lanes oWanted; // of the group so far
     Lanes oHighest;
 
+    // iLookAhead is the split's delay, at most MAX_AHEAD.
     void Init(int iLookAhead);
-    void Reset();
-
-    // A new split fades in, unless another one still does. Between blocks.
-    void FollowLookAhead(int iLookAhead);
 
     // From position iBegin to iEnd of the block, whose input stands in oIn: what is left goes to pLeft, what was
-    // removed to pRemoved, both DELAY samples late and indexed by position. oEngaged is 1, or less while the stage is
-    // switched.
-    void Process(int iBegin, int iEnd, Lanes oLimit, double f64Engaged, Lanes* pLeft, Lanes* pRemoved);
+    // removed to pRemoved, both DELAY samples late and indexed by position.
+    void Process(int iBegin, int iEnd, Lanes oLimit, Lanes* pLeft, Lanes* pRemoved);
     void FinishBlock();
 
 private:
-    void Split(int iBegin, int iEnd);
     void Watch(int iBegin, int iEnd, Lanes oLimit);
-    void FinishGroup(int iEnd, Lanes oLimit, double f64Engaged);
+    void FinishGroup(int iEnd, Lanes oLimit);
     void Remove(int iBegin, int iEnd, Lanes* pLeft, Lanes* pRemoved);
 };
 

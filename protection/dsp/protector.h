@@ -1,7 +1,8 @@
-// All channels of a stream: parameters on their way from one set to the next, heat and supply from block to block.
+// All channels of a stream: sets that follow each other, and the heat of what goes out.
 #pragma once
 
-#include "protection/dsp/channel_pair.h"
+#include "protection/dsp/chain.h"
+#include "protection/dsp/coil_model.h"
 #include "protection/dsp/heat_stage.h"
 #include "protection/dsp/resistance_sense.h"
 
@@ -13,57 +14,56 @@ struct Surroundings
     double f64BatteryPercent = 100.0; // 100 on mains and when nothing is known
 };
 
+// A new set gets a chain of its own. While the one before is still heard, the new one sees at least a period of the
+// deepest bass and finds its gains; then it fades in. So whatever differs between two sets, nothing steps.
 struct Protector
 {
-    static constexpr int PAIRS = KELVANE_MAX_CHANNELS / 2;
+    static constexpr int PAIRS = Chain::PAIRS;
+    static constexpr int WARM_BLOCKS = 10; // 50 ms: a period of 20 Hz
+    static constexpr int FADE_BLOCKS = 8;  // 40 ms
 
+    // What stays when sets change.
     struct Speaker
     {
-        SpeakerValues oFrom;
-        SpeakerValues oTo;
-        SpeakerConstants oConstants;
         HeatStage oHeat;
         Ambient oAmbient;
         ResistanceSense oSense;
-        double f64Ceiling;
-        double f64Displacement; // peak of the last block, of the limit without margin
-
-        double operator[](KelvaneParameter eParameter) const { return oTo[eParameter]; }
+        BackEmfCoefs oBackEmf;
     };
 
     PeakFilter oFilter;
-    ChannelPair oPairs[PAIRS];
-    PairControl oControls[PAIRS];
+    Chain oChains[2];
+    int iHeard = 0;   // of the chains
+    int iNewest = 0;  // of the chains; another one than is heard while a change is under way
+    int iChanged = 0; // blocks of the change that are done
     Speaker oSpeakers[KELVANE_MAX_CHANNELS];
-    bool bPairRuns[PAIRS];
-    int iDeepAhead;
-    int iUpperAhead;
-    int iChannels; // that have been seen, whole pairs
-    int iMoved;    // blocks of the way from oFrom to oTo
+    CoilVoltage oCoils[PAIRS];
+    double f64Displacement[KELVANE_MAX_CHANNELS]; // peak of the last block, of the limit without margin
+    int iChannels;                                // that have been seen, whole pairs
 
     // A fresh start with a set that was checked.
-    void Init(const KelvaneStruParam& oStruParam, const Surroundings& oAround);
-    // Moves to another set. Between blocks.
-    void Follow(const KelvaneStruParam& oStruParam);
+    void Init(const KelvaneStruParam& oStruParam, bool bInProgramme, const Surroundings& oAround);
+    // Changes to another set. Between blocks; no change is under way.
+    void Follow(const KelvaneStruParam& oStruParam, const Surroundings& oAround);
+    bool IsChanging() const { return iNewest != iHeard; }
     // Models at ambient temperature, gain at 0 dB.
     void ClearHeat(const Surroundings& oAround);
 
-    // A pair's signals from position iBegin to iEnd of the block; a pair that hasn't run begins with silence behind it.
+    const Chain& Heard() const { return oChains[iHeard]; }
+    // A pair's signals from position iBegin to iEnd of the block; what comes out stands in Heard().Output.
     void Process(int iPair, const float* const (&pIn)[2], int iBegin, int iEnd);
-    const float* Output(int iChannel) const { return oPairs[iChannel / 2].oCeilings[iChannel % 2].f32Out; }
-    // The same for samples that went out past the stages: they heat all the same.
-    void Bypassed(int iPair, const float* const (&pOut)[2], int iCount);
+    // What in the end goes to the speakers heats them, by whatever way it went.
+    void TakeOut(int iPair, const float* const (&pOut)[2], int iCount);
     void Sense(int iChannel, const float* pVoltage, const float* pCurrent, int iCount);
 
     // Heat, gains and coefficients for the next block. bCorrect takes over what the sense signals show.
     void FinishBlock(const Surroundings& oAround, bool bCorrect);
-    // The pairs' history is void.
+    // No channel is protected any more: the history is void, and a change is through.
     void Stop();
 
 private:
-    void SetUp(const KelvaneStruParam& oStruParam, bool bAtOnce);
-    void Move();
+    void Mix(int iPair, int iBegin, int iEnd);
+    void TakeHeat(int iChannel, const Surroundings& oAround, bool bCorrect);
     void FollowHeat();
-    void Control(int iChannel);
-    double SupplyCeiling(int iChannel, const Surroundings& oAround) const;
+    void Control(Chain& oChain, int iCount);
 };

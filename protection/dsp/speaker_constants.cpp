@@ -22,15 +22,6 @@ SpeakerValues GetSpeakerValues(const KelvaneStruParam& oStruParam, int iSpeaker)
     return oValues;
 }
 
-SpeakerValues Between(const SpeakerValues& oFrom, const SpeakerValues& oTo, double f64Part)
-{
-    SpeakerValues oValues = oTo;
-    for (int i = 0; i < KELVANE_PARAMETER_COUNT; ++i)
-        if (oFrom.f64Values[i] != oTo.f64Values[i])
-            oValues.f64Values[i] += (oFrom.f64Values[i] - oTo.f64Values[i]) * (1.0 - f64Part);
-    return oValues;
-}
-
 void SpeakerConstants::Init(const SpeakerValues& oValues)
 {
     f64RadPerSample = 6.283185307179586 * oValues[KelvaneParameter::RESONANCE] / SAMPLE_RATE_HZ;

@@ -12,8 +12,6 @@ struct SpeakerValues
 };
 
 SpeakerValues GetSpeakerValues(const KelvaneStruParam& oStruParam, int iSpeaker);
-// Each value the fraction f64Part of the way.
-SpeakerValues Between(const SpeakerValues& oFrom, const SpeakerValues& oTo, double f64Part);
 
 // x[n] = b u[n] - a1 x[n-1] - a2 x[n-2]: displacement as the voltage that would hold it at DC, and what may be of it.
 struct ConeCoefs
