@@ -1,6 +1,8 @@
 // Blocks, modes and the way between them; sets, requests and state across threads.
 #include "protection/kelvane_instance.h"
 
+#include "protection/dsp/float_mode.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -16,19 +18,6 @@ enum Mode
     PASS = 0,
     GAIN = 1,
     PROTECT = 2
-};
-
-// Denormals count as 0, rounding is to nearest, nothing traps; the caller's mode and flags come back at the end.
-class CFloatMode
-{
-public:
-    CFloatMode() { _mm_setcsr(0x1F80 | 0x8040); }
-    ~CFloatMode() { _mm_setcsr(m_uBefore); }
-    CFloatMode(const CFloatMode&) = delete;
-    CFloatMode& operator=(const CFloatMode&) = delete;
-
-private:
-    const unsigned m_uBefore = _mm_getcsr();
 };
 
 bool HasChannel(const KelvaneDataStruct& oFrame, int iChannel)

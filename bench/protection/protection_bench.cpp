@@ -71,6 +71,7 @@ public:
         // loud.
         SetParameter(oParameters, KelvaneParameter::HEAT_LINK, 0);
         SetParameter(oParameters, KelvaneParameter::COIL_LIMIT, 80, 0);
+        SetParameter(oParameters, KelvaneParameter::MAGNET_HEAT, 500, 0); // hot as it is, however long a run is
         for (int i = 0; i < 2; ++i)
             SetParameter(oParameters, KelvaneParameter::DISPLACEMENT_LIMIT, 0.2, i);
         fnInit(m_vecRun.data(), m_vecScratch.data());

@@ -5,6 +5,7 @@
 #include "host/tuning/parameter_names.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 #include <vector>
 
@@ -38,16 +39,20 @@ std::string FormatParameters(const KelvaneStruParam& oParam, const KelvaneStruPa
         if (pFirst == nullptr || strValue != FormatValue(*pFirst, oInfo))
             strText += "  " + SourceName(oInfo) + " = " + strValue + "\n";
     }
+    if (pFirst == nullptr || oParam.sDIVMode != pFirst->sDIVMode)
+        strText += Print("  div_mode = %d\n", oParam.sDIVMode);
     return strText;
 }
 
-// Places of the words or of the doubles that the table names; the DIV mode is shown apart.
+// Places of the words or of the doubles that the table names, and of the DIV mode, which is the program's.
 std::vector<bool> NamedPlaces(bool bDouble)
 {
     std::vector<bool> vecNamed(static_cast<size_t>(bDouble ? KELVANE_DOUBLE_COUNT : KELVANE_SHORT_COUNT));
     for (const KelvaneParameterInfo& oInfo : KELVANE_PARAMETERS)
         for (int i = 0; oInfo.bDouble == bDouble && i < (oInfo.bPerSpeaker ? KELVANE_MAX_CHANNELS : 1); ++i)
             vecNamed[static_cast<size_t>(oInfo.iPlace + i)] = true;
+    if (!bDouble)
+        vecNamed[offsetof(KelvaneStruParam, sDIVMode) / sizeof(int16_t)] = true;
     return vecNamed;
 }
 

@@ -75,7 +75,7 @@ TEST_F(HostTuning, WhatIsBuiltIsReadBackInNamesAndUnits)
     const std::string strShown = FormatSets(oRead);
     for (const char* pLine : {"control words 0x0 0x2 ", "  resonance_hz = [450, 450, 1000, 1000]\n",
                               "set 50001, as 30000 but for\n  ceiling_full_percent = 50\n", "  word 6071 = -5\n",
-                              "  double 200 = 1e-09\n", "  word 19 = 1\n"})
+                              "  double 200 = 1e-09\n", "  div_mode = 1\n"})
         EXPECT_NE(strShown.find(pLine), std::string::npos) << pLine << strShown;
 }
 
