@@ -3,22 +3,14 @@
 
 #include "host/tuning/parameter_names.h"
 
+#include <algorithm>
 #include <cmath>
-
-namespace
-{
-
-std::string Allowed(const SourceRange& oRange)
-{
-    return "allowed is " + FormatNumber(oRange.f64Lowest) + " to " + FormatNumber(oRange.f64Highest) +
-           (oRange.bWhole ? ", whole numbers" : "");
-}
-
-} // namespace
 
 void SourceFaults::Add(const toml::source_region& oWhere, const std::string& strText)
 {
-    vecTexts.push_back(strPath + ":" + std::to_string(oWhere.begin.line) + ": " + strText);
+    const std::string strFault = strPath + ":" + std::to_string(oWhere.begin.line) + ": " + strText;
+    if (std::find(vecTexts.begin(), vecTexts.end(), strFault) == vecTexts.end())
+        vecTexts.push_back(strFault);
 }
 
 CSourceTable::CSourceTable(const toml::table* pTable, const std::string& strName, SourceFaults& oFaults)
@@ -145,5 +137,6 @@ void CSourceTable::Finish()
         return;
     for (const auto& [oKey, oNode] : *m_pTable)
         if (m_setAsked.count(std::string(oKey.str())) == 0)
-            m_oFaults.Add(oNode.source(), std::string(oKey.str()) + ": " + m_strName + " has nothing of that name");
+            m_oFaults.Add(oNode.source(), std::string(oKey.str()) + ": " + m_strName + " has nothing of that name" +
+                                              NearestTo(std::string(oKey.str())));
 }

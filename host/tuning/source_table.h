@@ -1,18 +1,13 @@
 // One table of a tuning source: asks for what has to be in it, and tells what is wrong, with file and line.
 #pragma once
 
+#include "host/tuning/source_names.h"
+
 #include <toml++/toml.h>
 
 #include <set>
 #include <string>
 #include <vector>
-
-struct SourceRange
-{
-    double f64Lowest = 0;
-    double f64Highest = 0;
-    bool bWhole = true; // whole numbers alone
-};
 
 // What was found wrong, in order: "FILE:LINE: NAME: REASON".
 struct SourceFaults
@@ -20,6 +15,7 @@ struct SourceFaults
     std::string strPath;
     std::vector<std::string> vecTexts;
 
+    // Nothing, if that was told already.
     void Add(const toml::source_region& oWhere, const std::string& strText);
 };
 

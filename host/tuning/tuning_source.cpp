@@ -5,6 +5,7 @@
 #include "host/tuning/parameter_names.h"
 #include "host/tuning/source_table.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
@@ -14,28 +15,12 @@ namespace
 {
 
 constexpr size_t MOST_SENSORS = 16;
-const SourceRange SENSOR_ID{0, 255};
-const SourceRange CELSIUS{-255, 255};
-const SourceRange PERCENT{0, 100};
-const SourceRange SWITCH{0, 1};
 
 // In the order of the bands.
 constexpr const char* NORMAL_KEYS[] = {"30000", "30020", "30040", "30060", "30080"};
 constexpr const char* HEATED_KEYS[] = {"40000", "40020", "40040", "40060", "40080"};
 constexpr const char* SOUND_MODE_KEYS[] = {"50000", "50001"};
 constexpr size_t BAND_COUNT = std::size(NORMAL_KEYS);
-
-struct ControlRow
-{
-    const char* pName;
-    size_t uWord;
-    SourceRange oRange;
-};
-const ControlRow CONTROL_ROWS[] = {
-    {"codec_gain", 0, SWITCH},        {"amplifiers", 1, {1, 2}},         {"temperature_offset_c", 2, {0, 100}},
-    {"sets_by_heat", 3, SWITCH},      {"report_temperature", 5, SWITCH}, {"four_channel_order", 6, {0, 2}},
-    {"library_sensor", 7, SENSOR_ID},
-};
 
 class CTuningSource
 {
@@ -65,8 +50,9 @@ private:
         CSourceTable oSensors(m_oRoot.Table("sensors"), "[sensors]", m_oFaults);
         m_oTuning.vecSensors = oSensors.Integers("ids", SENSOR_ID, 0, MOST_SENSORS);
         const size_t uCount = m_oTuning.vecSensors.size();
-        m_oTuning.vecHot = oSensors.Integers("hot_above_c", CELSIUS, uCount, uCount);
-        m_oTuning.vecCool = oSensors.Integers("cool_below_c", CELSIUS, uCount, uCount);
+        const size_t uMost = m_oFaults.vecTexts.empty() ? uCount : MOST_SENSORS; // faulty ids tell no count
+        m_oTuning.vecHot = oSensors.Integers("hot_above_c", CELSIUS, uCount, uMost);
+        m_oTuning.vecCool = oSensors.Integers("cool_below_c", CELSIUS, uCount, uMost);
         oSensors.Finish();
     }
 
@@ -96,7 +82,7 @@ private:
     // One value for all speakers, or a list with one for each; who comes behind the last is like the last.
     void ReadParameter(CSourceTable& oTable, const KelvaneParameterInfo& oInfo, KelvaneStruParam& oParam)
     {
-        const SourceRange oRange{oInfo.f64Lowest, oInfo.f64Highest, !oInfo.bDouble};
+        const SourceRange oRange = RangeOf(oInfo);
         const size_t uSpeakers = static_cast<size_t>(oParam.sChannelNum);
         const std::vector<double> vecValues = oInfo.bPerSpeaker
                                                   ? oTable.Numbers(SourceName(oInfo), oRange, uSpeakers, uSpeakers)
@@ -112,15 +98,22 @@ private:
                 ReadParameter(oTable, oInfo, oParam);
     }
 
-    void AddSet(CSourceTable& oTable, const char* pKey, const KelvaneStruParam& oParam)
+    // vecTables: what stands over the base, topmost first. A rule between numbers is told where its number stands.
+    void AddSet(const char* pKey, const KelvaneStruParam& oParam, std::initializer_list<const toml::table*> vecTables)
     {
         TuningSet oSet = m_oBase;
         oSet.strKey = pKey;
         oSet.oParam = oParam;
         m_oTuning.vecSets.push_back(oSet);
         const KelvaneParameterFault oFault = CheckParameters(oParam);
-        if (m_oFaults.vecTexts.empty() && oFault.pRule != nullptr) // a fault in range was told already
-            oTable.Fail(SourceName(*oFault.pInfo) + ": set " + pKey + ": " + oFault.pRule);
+        if (!m_oFaults.vecTexts.empty() || oFault.pRule == nullptr) // a fault in range was told already
+            return;
+        const std::string strName = SourceName(*oFault.pInfo);
+        std::vector<const toml::table*> vecAll = vecTables;
+        vecAll.push_back(m_oRoot.Table(oFault.pInfo->bPerSpeaker ? "speaker" : "protection"));
+        for (const toml::table* pTable : vecAll)
+            if (const toml::node* pNode = pTable != nullptr ? pTable->get(strName) : nullptr)
+                return m_oFaults.Add(pNode->source(), strName + ": set " + pKey + ": " + oFault.pRule);
     }
 
     void ReadSets()
@@ -128,7 +121,6 @@ private:
         const toml::array* pBands = m_oRoot.Tables("volume_band", BAND_COUNT);
         const toml::table* pHeated = m_oRoot.Table("heated");
         CSourceTable(pHeated, "[heated]", m_oFaults);
-        std::vector<TuningSet> vecHeated;
         m_oTuning.vecVolume = {0};
         for (size_t i = 0; pBands != nullptr && i < BAND_COUNT; ++i)
             ReadBand(*pBands->get_as<toml::table>(i), pHeated, i);
@@ -139,7 +131,7 @@ private:
             KelvaneStruParam oParam = m_oBase.oParam;
             ReadOverrides(oMode, oParam);
             oMode.Finish();
-            AddSet(oMode, SOUND_MODE_KEYS[i], oParam);
+            AddSet(SOUND_MODE_KEYS[i], oParam, {pModes->get_as<toml::table>(i)});
         }
     }
 
@@ -147,12 +139,13 @@ private:
     void ReadBand(const toml::table& oTable, const toml::table* pHeated, size_t uBand)
     {
         CSourceTable oBand(&oTable, "[[volume_band]]", m_oFaults);
-        const int iBelow = m_oTuning.vecVolume.back();
+        const double f64Above = m_oTuning.vecVolume.back();
+        const double f64ForOthers = static_cast<double>(BAND_COUNT - 1 - uBand);
         m_oTuning.vecVolume.push_back(
-            static_cast<int>(oBand.Number("up_to_percent", {static_cast<double>(iBelow + 1), PERCENT.f64Highest})));
+            static_cast<int>(oBand.Number("up_to_percent", {f64Above + 1, PERCENT.f64Highest - f64ForOthers})));
         KelvaneStruParam oParam = m_oBase.oParam;
         ReadOverrides(oBand, oParam);
-        AddSet(oBand, NORMAL_KEYS[uBand], oParam);
+        AddSet(NORMAL_KEYS[uBand], oParam, {&oTable});
         if (pHeated != nullptr)
         {
             CSourceTable oHeated(pHeated, "[heated]", m_oFaults);
@@ -160,13 +153,14 @@ private:
             if (uBand == 0)
                 oHeated.Finish();
         }
-        if (const toml::table* pOwn = oBand.Table("heated"))
+        const toml::table* pOwn = oBand.Table("heated");
+        if (pOwn != nullptr)
         {
             CSourceTable oOwn(pOwn, "[volume_band.heated]", m_oFaults);
             ReadOverrides(oOwn, oParam);
             oOwn.Finish();
         }
-        AddSet(oBand, HEATED_KEYS[uBand], oParam);
+        AddSet(HEATED_KEYS[uBand], oParam, {pOwn, pHeated, &oTable});
         oBand.Finish();
     }
 
@@ -187,13 +181,16 @@ std::string ReadText(const std::string& strPath)
     return oText.str();
 }
 
-std::string LineOf(const std::string& strText, size_t uLine)
+// What a line gives a value to; all that it says, if it gives none.
+std::string NameOf(const std::string& strText, size_t uLine)
 {
     std::istringstream oText(strText);
     std::string strLine;
     for (size_t i = 0; i < uLine; ++i)
         std::getline(oText, strLine);
-    return strLine;
+    strLine = strLine.substr(0, strLine.find_first_of("=#"));
+    const size_t iFirst = std::min(strLine.find_first_not_of(" \t"), strLine.size());
+    return strLine.substr(iFirst, strLine.find_last_not_of(" \t\r") + 1 - iFirst);
 }
 
 } // namespace
@@ -208,10 +205,10 @@ TuningFile ReadTuningSource(const std::string& strPath)
         const toml::table oRoot = toml::parse(strSource, strPath);
         oTuning = CTuningSource(oRoot, oFaults).Build();
     }
-    catch (const toml::parse_error& oError) // a name given twice too
+    catch (const toml::parse_error& oError) // a name given twice, and a value that is none
     {
-        const std::string strLine = LineOf(strSource, oError.source().begin.line);
-        oFaults.Add(oError.source(), strLine + ": " + std::string(oError.description()));
+        const std::string strName = NameOf(strSource, oError.source().begin.line);
+        oFaults.Add(oError.source(), strName + ": " + std::string(oError.description()) + AllowedFor(strName));
     }
     if (oFaults.vecTexts.empty())
         return oTuning;

@@ -1,5 +1,6 @@
 // Tuning files: built from their sources, shown, and refused with the place of each fault.
 #include "host/host_error.h"
+#include "host/tuning/tuning_commands.h"
 #include "host/tuning/tuning_show.h"
 #include "host/tuning/tuning_source.h"
 #include "platform/hostpath.h"
@@ -15,6 +16,7 @@ namespace
 {
 
 const std::string MACHINE = KELVANE_MACHINE_SOURCE;
+const char* const BUILT = "C:\\windows\\temp\\built.xml";
 const std::string LAPTOP = MACHINE + "/tuning/laptop_pair.toml";
 
 class HostTuning : public MachineTest
@@ -33,10 +35,11 @@ protected:
     {
         try
         {
-            ReadTuningSource(Write("source.toml", strSource));
+            TuningBuild(Write("source.toml", strSource), HostPath(BUILT));
         }
         catch (const CHostError& oError)
         {
+            EXPECT_FALSE(std::filesystem::exists(HostPath(BUILT))) << "a faulty source was built";
             return oError.what();
         }
         return "";
@@ -95,21 +98,31 @@ TEST_F(HostTuning, AFaultySourceIsRefusedWithEveryPlace)
         {"resonance_hz = 800", "resonance_hz = \"800\"", "resonance_hz: no number; allowed is 100 to 2000"},
         {"resonance_hz = 800", "resonance_hz = [800]", "resonance_hz: has 1 values; allowed is 2"},
         {"resonance_hz = 800", "resonance_hz = [800, 1]", "resonance_hz: is 1; allowed"},
-        {"resonance_hz = 800", "resonence_hz = 800", "resonence_hz: [speaker] has nothing of that name"},
+        {"resonance_hz = 800", "resonence_hz = 800",
+         "resonence_hz: [speaker] has nothing of that name; is resonance_hz meant? There allowed is 100 to 2000"},
         {"resonance_hz = 800", "", "resonance_hz: missing in [speaker]; allowed is 100 to 2000", -4},
-        {"mechanical_q = 4.0", "resonance_hz = 900", "resonance_hz"},
-        {"mechanical_q = 4.0", "mechanical_q = ", "mechanical_q"},
+        {"mechanical_q = 4.0", "resonance_hz = 900",
+         "resonance_hz: Error while parsing key-value pair: cannot "
+         "redefine existing integer 'resonance_hz'; allowed is 100 to 2000"},
+        {"mechanical_q = 4.0", "mechanical_q = four",
+         "mechanical_q: Error while parsing boolean: expected 'false', "
+         "saw 'fo'; allowed is 0.5 to 20"},
         {"heat_stage = 1", "heat_stage = 0.5", "heat_stage: is 0.5; allowed is 0 to 1, whole numbers"},
         {"amplifiers = 1", "amplifiers = 3", "amplifiers: is 3; allowed is 1 to 2"},
         {"hot_above_c = [45, 45]", "hot_above_c = 45", "hot_above_c: has 1 values; allowed is 2"},
-        {"up_to_percent = 40", "up_to_percent = 20", "up_to_percent: is 20; allowed is 21 to 100"},
-        {"drive_percent = 110", "coil_limit = 5", "coil_limit: [[volume_band]] has nothing of that name"},
+        {"up_to_percent = 40", "up_to_percent = 20", "up_to_percent: is 20; allowed is 21 to 97, whole numbers"},
+        {"ids = [1, 2]", "ids = [1, 256]", "ids: is 256; allowed is 0 to 255"},
+        {"drive_percent = 110", "drive_percent = 500", "drive_percent: is 500; allowed is 0 to 400, whole numbers"},
+        {"drive_percent = 110", "coil_limit = 5",
+         "coil_limit: [[volume_band]] has nothing of that name; is coil_limit_c meant"},
         {"ceiling_full_percent = 70", "ceiling_full = 70", "ceiling_full: [heated] has nothing of that name"},
         {"data_version = \"1.0.2\"", "data_version = \"<\"", "data_version: a text without"},
-        // In range each, no speaker together; told at the first set that breaks the rule.
-        {"full_scale_v = 6.0", "full_scale_v = 40.0", "full_scale_v: set 30000: a full-scale square", 27},
+        // In range each, no speaker together: told once, where the number stands.
+        {"full_scale_v = 6.0", "full_scale_v = 40.0", "full_scale_v: set 30000: a full-scale square"},
+        {"coil_limit_c = 90", "coil_limit_c = 70", "coil_limit_c: set 40000: "},
     };
     ASSERT_EQ(Faults(strSource), "");
+    ASSERT_TRUE(std::filesystem::remove(HostPath(BUILT)));
     for (const Case& oCase : CASES)
     {
         const size_t iAt = strSource.find(oCase.pFrom);
@@ -122,6 +135,7 @@ TEST_F(HostTuning, AFaultySourceIsRefusedWithEveryPlace)
         EXPECT_TRUE(iFault != std::string::npos && strFaults.find(oCase.pFault, iFault) != std::string::npos)
             << oCase.pTo << ": " << strPlace << oCase.pFault << " in\n"
             << strFaults;
+        EXPECT_LT(std::count(strFaults.begin(), strFaults.end(), '\n'), 2) << strFaults;
     }
     EXPECT_NE(Faults("[file]\n").find("[speaker] is missing"), std::string::npos);
     EXPECT_NE(Faults(strSource + "[[sound_mode]]\n").find("[[sound_mode]]: 2 of them are wanted"), std::string::npos);
