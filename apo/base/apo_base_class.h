@@ -123,6 +123,5 @@ private:
     HRESULT TakeStream(APO_CONNECTION_DESCRIPTOR** ppInputConnections, APO_CONNECTION_DESCRIPTOR** ppOutputConnections);
     void HandFormatToEngine();
     void TakeSystemState();
-    bool IsRareLineDue() const;
     int ExchangeFrames(APO_CONNECTION_PROPERTY** ppInputConnections, APO_CONNECTION_PROPERTY** ppOutputConnections);
 };

@@ -90,7 +90,7 @@ try
         return AUDIO_NO_OBJECT;
     HandFormatToEngine();
     TakeSystemState();
-    AUDIOLOG_EVENT_INFO(std::string(AUDIO_EVENT_LOCK_FORMAT) + AUDIO_APO_TYPE_TAG[m_pEngine->m_iAPOType] +
+    AUDIOLOG_EVENT_INFO(std::string(AUDIO_EVENT_LOCK_FORMAT) + m_pEngine->GetAPOTypeTag() +
                         "AuidoMode=" + std::to_string(m_pEngine->GetAudioMode()) +
                         ",HeadsetStatus=" + std::to_string(m_pEngine->GetHeadsetStatus(1)));
     return S_OK;

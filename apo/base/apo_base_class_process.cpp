@@ -68,22 +68,14 @@ try
     if (CheckConnections(AUDIO_LOG_SITE, ppInputConnections, ppOutputConnections) != 0 ||
         AUDIO_MISSING(m_pEngine, AUDIO_NO_OBJECT))
         return;
-    const int iSystemFrameLen = static_cast<int>(ppInputConnections[0]->u32ValidFrameCount);
-    if (m_pEngine->m_iSystemFrameLen != iSystemFrameLen)
-    {
-        AUDIOLOG_DEBUG("LastSystemFrameLength:" + std::to_string(m_pEngine->m_iSystemFrameLen) +
-                       ", CurrentSystemFrameLength:" + std::to_string(iSystemFrameLen));
-        m_pEngine->ResetOutputQueue();
-    }
-    m_pEngine->m_iSystemFrameLen = iSystemFrameLen;
+    m_pEngine->BeginPeriod(static_cast<int>(ppInputConnections[0]->u32ValidFrameCount));
     const int iChannelCount = static_cast<int>(GetSamplesPerFrame());
     m_pEngine->SetInChannelCount(iChannelCount);
     m_pEngine->SetOutChannelCount(iChannelCount);
     m_bNeedUpdataPara = IsNeedUpdataPara();
     AUDIO_CHECK(
         ChooseAPOProcess(u32NumInputConnections, ppInputConnections, u32NumOutputConnections, ppOutputConnections));
-    const int iProcessCount = m_pEngine->m_iProcessCount;
-    m_pEngine->m_iProcessCount = iProcessCount < AUDIO_PROCESS_COUNT_MAX ? iProcessCount + 1 : 0;
+    m_pEngine->EndPeriod();
 }
 catch (...)
 {
@@ -150,8 +142,8 @@ RT_CODE int CBaseAPO::ProcessByPassMode(UINT32, APO_CONNECTION_PROPERTY** ppInpu
         return AUDIO_BAD_DATA;
     if (AUDIO_MISSING(m_pEngine, AUDIO_NO_HANDLE))
         return AUDIO_NO_HANDLE;
-    if (IsRareLineDue())
-        AUDIOLOG_DEBUG(std::string(AUDIO_APO_TYPE_TAG[m_pEngine->m_iAPOType]) + " Audio has been Bypass!");
+    if (m_pEngine->IsRareLineDue())
+        AUDIOLOG_DEBUG(std::string(m_pEngine->GetAPOTypeTag()) + " Audio has been Bypass!");
     const FLOAT32* const pf32InputFrames = Samples(ppInputConnections[0]);
     FLOAT32* const pf32OutputFrames = Samples(ppOutputConnections[0]);
     if (u32NumOutputConnections != 0 && pf32OutputFrames != pf32InputFrames)
@@ -176,24 +168,18 @@ RT_CODE int CBaseAPO::ProcessSilentMode(UINT32, APO_CONNECTION_PROPERTY** ppInpu
         return AUDIO_BAD_DATA;
     if (AUDIO_MISSING(m_pEngine, AUDIO_NO_HANDLE))
         return AUDIO_NO_HANDLE;
-    if (IsRareLineDue())
-        AUDIOLOG_DEBUG(std::string(AUDIO_APO_TYPE_TAG[m_pEngine->m_iAPOType]) + " Audio has been Silent!");
+    if (m_pEngine->IsRareLineDue())
+        AUDIOLOG_DEBUG(std::string(m_pEngine->GetAPOTypeTag()) + " Audio has been Silent!");
     const UINT32 u32ValidFrameCount = ppInputConnections[0]->u32ValidFrameCount;
     if (FLOAT32* const pf32InputFrames = Samples(ppInputConnections[0]))
         std::fill_n(pf32InputFrames, static_cast<size_t>(m_pEngine->GetInChannelCount()) * u32ValidFrameCount, 0.0F);
-    if (m_pEngine->m_bThreadRun == 0)
+    if (!m_pEngine->IsThreadRunning())
     {
         SetOutput(ppOutputConnections[0], u32ValidFrameCount, ppInputConnections[0]->u32BufferFlags);
         return 0;
     }
     const COutputAtEnd oOutput(ppOutputConnections[0], u32ValidFrameCount, BUFFER_VALID);
     return ExchangeFrames(ppInputConnections, ppOutputConnections);
-}
-
-// The path is logged once per 501 calls, inline on each call.
-RT_CODE bool CBaseAPO::IsRareLineDue() const
-{
-    return m_pEngine->m_iProcessCount == AUDIO_PROCESS_COUNT_MAX || m_pEngine->m_bInlineMode == 1;
 }
 
 RT_CODE bool CBaseAPO::IsSupportedRate() const

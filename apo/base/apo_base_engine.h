@@ -2,23 +2,40 @@
 // them.
 #pragma once
 
-#include "apo/base/apo_base_frame.h"
+#include "apo/base/apo_base_input.h"
+#include "apo/base/apo_base_output.h"
+#include "apo/base/apo_base_stream.h"
 #include "audioapi/audio_api_atomic.h"
 #include "audioapi/audio_api_const.h"
-#include "audioapi/audio_api_lock.h"
-#include "audioapi/audio_api_log.h"
-#include "audioapi/audio_api_monitor.h"
 #include "audioapi/audio_api_worker_event.h"
 
 #include <windows.h>
 
+#include <memory>
 #include <string>
 
-inline constexpr int AUDIO_CACHE_FRAME_NUM = 3; // callbacks of silence ahead of a stream with a worker
-inline constexpr int AUDIO_PROCESS_COUNT_MAX =
-    500; // the callback counter's last value, which carries the periodic lines
-inline constexpr int AUDIO_ZERO_FRAME_LIMIT = 1000;     // near-zero frames in a row per report
-inline constexpr int AUDIO_KELVANE_SAMPLE_RATE = 48000; // Hz, what the algorithm takes
+// The engine's copies of fields of the status record.
+struct CBaseMirrors
+{
+    CAudioInt m_iHeadsetStatus = 0;
+    CAudioInt m_iSpeakerVolume = 0; // percent
+    CAudioInt m_iHeadsetType = 0;
+    CAudioInt m_iHeadsetMode = 0;
+    CAudioInt m_iLyranaMode = 0;
+    CAudioInt m_iSpeakerMode = 0;
+    CAudioInt m_iHeadphoneMode = 0;
+    CAudioInt m_iMicrophoneMode = 0;
+    CAudioInt m_iAPOMode = 0;
+    CAudioInt m_iSilentSpace = 0;
+};
+
+// What tells the processing objects' engines apart in log and dump.
+struct CBaseVariant
+{
+    int m_iAPOType = 11; // index into AUDIO_APO_TYPE_TAG
+    std::string m_strDumpInName = AUDIO_DUMP_POST_INT16_DATA_IN;
+    std::string m_strDumpOutName = AUDIO_DUMP_POST_INT16_DATA_OUT;
+};
 
 // Lengths named ...DataLen count floats, those named ...FrameLen and ...FrameCount count sample frames per channel. All
 // audio is interleaved. Operations with a code give 0 for success. Scalars pass by reference; setters give the new
@@ -58,30 +75,30 @@ public:
     virtual void ResetOutputQueue();
     virtual int GetEngineState() { return 0; }
 
-    virtual GUID GetAudioModeGUID() { return m_oAudioModeGUID; }
-    virtual void SetAudioModeGUID(const GUID& oGuid) { m_oAudioModeGUID = oGuid; }
-    virtual int SetSampleRate(const int& iSampleRate) { return m_iSampleRate = iSampleRate; }
-    virtual int GetSampleRate() { return m_iSampleRate; }
-    virtual int GetInChannelCount() { return m_iInChannelCount; }
-    virtual int SetInChannelCount(const int& iChannelCount) { return m_iInChannelCount = iChannelCount; }
-    virtual int GetOutChannelCount() { return m_iOutChannelCount; }
-    virtual int SetOutChannelCount(const int& iChannelCount) { return m_iOutChannelCount = iChannelCount; }
+    virtual GUID GetAudioModeGUID() { return m_oStream.m_oAudioModeGUID; }
+    virtual void SetAudioModeGUID(const GUID& oGuid) { m_oStream.m_oAudioModeGUID = oGuid; }
+    virtual int SetSampleRate(const int& iSampleRate) { return m_oStream.m_iSampleRate = iSampleRate; }
+    virtual int GetSampleRate() { return m_oStream.m_iSampleRate; }
+    virtual int GetInChannelCount() { return m_oStream.m_iInChannelCount; }
+    virtual int SetInChannelCount(const int& iChannelCount) { return m_oStream.m_iInChannelCount = iChannelCount; }
+    virtual int GetOutChannelCount() { return m_oStream.m_iOutChannelCount; }
+    virtual int SetOutChannelCount(const int& iChannelCount) { return m_oStream.m_iOutChannelCount = iChannelCount; }
     virtual int GetSilentStatus() { return m_iSilentStatus; }
     virtual int SetSilentStatus(const int& iStatus) { return m_iSilentStatus = iStatus; }
     virtual int GetBypassStatus() { return m_iBypassStatus; }
     virtual int SetBypassStatus(const int& iStatus) { return m_iBypassStatus = iStatus; }
-    virtual int GetAudioMode() { return m_iAudioMode; }
-    virtual int SetAudioMode(const int& iMode) { return m_iAudioMode = iMode; }
-    virtual int SetSpeakerVolume(const int& iVolume) { return m_iSpeakerVolume = iVolume; }
-    virtual int SetHeadsetType(const int& iType) { return m_iHeadsetType = iType; }
-    virtual int SetHeadsetMode(const int& iMode) { return m_iHeadsetMode = iMode; }
-    virtual int SetSpeakerMode(const int& iMode) { return m_iSpeakerMode = iMode; }
-    virtual int SetHeadphoneMode(const int& iMode) { return m_iHeadphoneMode = iMode; }
-    virtual int SetMicrophoneMode(const int& iMode) { return m_iMicrophoneMode = iMode; }
-    virtual int SetAPOMode(const int& iMode) { return m_iAPOMode = iMode; }
-    virtual int SetHeadsetStatus(const int& iStatus) { return m_iHeadsetStatus = iStatus; }
-    virtual int SetLyranaMode(const int& iMode) { return m_iLyranaMode = iMode; }
-    virtual int SetSilentSpace(const int& iSilentSpace) { return m_iSilentSpace = iSilentSpace; }
+    virtual int GetAudioMode() { return m_oStream.m_iAudioMode; }
+    virtual int SetAudioMode(const int& iMode) { return m_oStream.m_iAudioMode = iMode; }
+    virtual int SetSpeakerVolume(const int& iVolume) { return m_oMirrors.m_iSpeakerVolume = iVolume; }
+    virtual int SetHeadsetType(const int& iType) { return m_oMirrors.m_iHeadsetType = iType; }
+    virtual int SetHeadsetMode(const int& iMode) { return m_oMirrors.m_iHeadsetMode = iMode; }
+    virtual int SetSpeakerMode(const int& iMode) { return m_oMirrors.m_iSpeakerMode = iMode; }
+    virtual int SetHeadphoneMode(const int& iMode) { return m_oMirrors.m_iHeadphoneMode = iMode; }
+    virtual int SetMicrophoneMode(const int& iMode) { return m_oMirrors.m_iMicrophoneMode = iMode; }
+    virtual int SetAPOMode(const int& iMode) { return m_oMirrors.m_iAPOMode = iMode; }
+    virtual int SetHeadsetStatus(const int& iStatus) { return m_oMirrors.m_iHeadsetStatus = iStatus; }
+    virtual int SetLyranaMode(const int& iMode) { return m_oMirrors.m_iLyranaMode = iMode; }
+    virtual int SetSilentSpace(const int& iSilentSpace) { return m_oMirrors.m_iSilentSpace = iSilentSpace; }
     virtual int GetReserved() { return m_iReserved; }
     virtual int SetReserved(const int& iReserved) { return m_iReserved = iReserved; }
 
@@ -122,82 +139,45 @@ public:
     std::unique_ptr<FLOAT32[]> ReSamplerDataFrom48K(const FLOAT32* pMicInputFrames, const int& iChannel,
                                                     const int& iFramelen, int& iReSampleDataLen);
 
-    CAudioFlag m_bThreadRun = 0; // 1 while the algorithm worker is to run
-    PTP_WORK m_pThreadWorker = nullptr;
-    CAudioWorkerEvent m_hApplyEvent; // set when input frames were added
-    CAudioFrameQueue m_oInputQueue;  // standard frames
-    CAudioLock m_csInputQueue;
-    CAudioFrameQueue m_oOutputQueue; // system frames
-    CAudioLock m_csOutputQueue;
-    int m_iCacheFrameCount = AUDIO_CACHE_FRAME_NUM; // silent callbacks still to come
-    int m_iCacheFrameDataLen = 0;                   // capacity of the output cache; the input cache knows its own
-    int m_iInputCacheDataLen = 0;                   // floats in the input cache
-    CAudioFloatCache m_pInputCacheBuffer;           // stream rate, not yet a whole block; processing thread
-    int m_iOutputCacheDataLen = 0;                  // floats in the output cache
-    CAudioFloatCache m_pOutputCacheBuffer;          // stream rate, not yet a whole system frame; algorithm's side
-    CAudioFloatCache m_pAlgoOutputBuffer;           // 48 kHz, not yet a whole block; algorithm's side
-    int m_iAlgoOutputDataLen = 0;                   // floats in m_pAlgoOutputBuffer
-    GUID m_oAudioModeGUID = {};
-    CAudioInt m_iSilentStatus = 0; // 1: the callback goes the silent path
-    CAudioInt m_iBypassStatus = 0; // 1: the callback goes the bypass path
-    CAudioInt m_iSampleRate = 0;   // Hz
-    CAudioInt m_iInChannelCount = 0;
-    CAudioInt m_iOutChannelCount = 0;
-    int m_iAPOType = 11; // index into AUDIO_APO_TYPE_TAG
-    CAudioInt m_iHeadsetStatus = 0;
-    CAudioInt m_iAudioMode = 0;
-    CAudioInt m_iSpeakerVolume = 0; // percent
-    CAudioInt m_iHeadsetType = 0;
-    CAudioInt m_iHeadsetMode = 0;
-    CAudioInt m_iLyranaMode = 0;
-    CAudioInt m_iSpeakerMode = 0;
-    CAudioInt m_iHeadphoneMode = 0;
-    CAudioInt m_iMicrophoneMode = 0;
-    CAudioInt m_iAPOMode = 0;
-    CAudioInt m_iSilentSpace = 0;
-    int m_iProcessCount = 0; // callbacks, 0 to AUDIO_PROCESS_COUNT_MAX; the callback writes it
-    int m_iStandardFrameLen = 480;
-    int m_iOutputBlockLen = 480;       // sample frames at 48 kHz that output shaping takes at a time
-    CAudioInt m_iSystemFrameLen = 480; // the callback writes it
-    CAudioFlag m_bInlineMode = 0;      // 1: the algorithm runs on the caller's thread
-    std::string m_strDumpInName = AUDIO_DUMP_POST_INT16_DATA_IN;
-    std::string m_strDumpOutName = AUDIO_DUMP_POST_INT16_DATA_OUT;
-    int m_iReserved = 0;
-    int m_iStreamChannelCount = 0; // of the stream that the next start is for; 0: not known
-    int m_iOutputQueueHigh = 100;  // frames
-    int m_iOutputQueueLow = 8;
-    int m_iInputQueueHigh = 100;
-    int m_iInputQueueLow = 8;
-    int m_iInputZeroCount = 0;  // near-zero input frames in a row
-    int m_iOutputZeroCount = 0; // near-zero output frames in a row
+    // What a processing object does around a period, on the processing thread. A change of the frame length frees every
+    // output frame.
+    void BeginPeriod(int iSystemFrameLen);
+    void EndPeriod();
+    // Whether the line about a period's path is due: once per 501 callbacks, inline on each.
+    bool IsRareLineDue() const { return m_oStream.IsSizeLineDue(); }
+    bool IsThreadRunning() const { return m_bThreadRun != 0; }
+    const char* GetAPOTypeTag() const { return AUDIO_APO_TYPE_TAG[m_oVariant.m_iAPOType]; }
+    // The channels of the stream that the next start is for.
+    void SetStreamChannelCount(int iChannelCount) { m_oStream.m_iStreamChannelCount = iChannelCount; }
 
 protected:
-    // Copies frame i of pMicInputFrames onto the input queue, a zeroed frame if the source is null; skips it without
-    // memory. The caller holds m_csInputQueue. The copy's code.
-    int PushInputFrame(const FLOAT32* pMicInputFrames, int iAlgoDataLen, int i);
-
+    // The body of InputStandardFrameToQueue: queues the whole standard frames, and wakes the worker where there is one.
+    // fnFull as in CBaseInput::Push. A code.
+    int QueueStandardFrames(const FLOAT32* pMicInputFrames, const int& iInputChannelNum, const int& iDataLen,
+                            void (*fnFull)(int iSize));
     // Frees the caches, so that the next callback sizes them anew. With no worker running.
     void ReleaseAudioCacheBuffer();
 
+    CBaseStream m_oStream;
+    CBaseVariant m_oVariant;
+    CBaseInput m_oInput{m_oStream};
+    CBaseOutput m_oOutput{m_oStream};
+    CAudioFlag m_bThreadRun = 0; // 1 while the algorithm worker is to run
+    PTP_WORK m_pThreadWorker = nullptr;
+    CAudioWorkerEvent m_hApplyEvent; // set when input frames were added
+
 private:
-    using MonitorGetter = int (CAudioMonitor::*)() const;
-    using MirrorSetter = int (CBaseEngine::*)(const int&);
-    // What is said of a queue, and where.
-    struct QueueReport
+    friend class CEngineInside;
+    enum class CacheState
     {
-        AudioLogSite oSite;
-        const char* pOverflowText;
-        const char* pSizeText;
+        None,
+        Refused, // one of the three couldn't be had
+        Ready
     };
 
-    int RefreshMirror(const int& iRefresh, MonitorGetter fnRead, MirrorSetter fnStore, const CAudioInt& iMirror);
-    bool IsZeroFrameLimit(const FLOAT32* pFrame, int iDataLen, int iLimit, int& iZeroCount);
-    void TrimQueue(CAudioFrameQueue& oQueue, int iHigh, int iLow, const QueueReport& oReport);
-    CAudioFrame PopOutputFrame(int iSystemDataLen);
-    int AppendAlgoOutput(const FLOAT32* pInputMicBuffer, int iAlgoDataLen);
-    int AppendOutputCache(const FLOAT32* pReSamplerBuffer, int iReSampleDataLen, int iSystemDataLen);
-    int CutSystemFrames(int iSystemDataLen);
-    bool GrowCache(CAudioFloatCache& oCache, int iDataLen, int iKeepDataLen, const char* pName);
-
-    bool m_bCacheReady = false; // all three caches were had; processing thread
+    CBaseMirrors m_oMirrors;
+    CacheState m_eCaches = CacheState::None; // processing thread
+    CAudioInt m_iSilentStatus = 0;           // 1: the callback goes the silent path
+    CAudioInt m_iBypassStatus = 0;           // 1: the callback goes the bypass path
+    int m_iReserved = 0;
 };

@@ -1,6 +1,7 @@
 // The choice of a conversion between the stream's rate and the algorithm's 48 kHz.
 #include "apo/base/apo_base_engine.h"
 
+#include "audioapi/audio_api_data.h"
 #include "audioapi/audio_api_dump.h"
 #include "audioapi/audio_api_log.h"
 #include "audioapi/audio_api_result.h"
@@ -37,90 +38,88 @@ const RateConversion* FindConversion(int iSampleRate)
     return pFound != std::end(aRateConversion) ? pFound : nullptr;
 }
 
-// What a block that can't be copied becomes, if there is room for it at all: the stream keeps its time.
-void FillSilence(FLOAT32* pFrames, int iDataLen)
+// One way of the two.
+struct Direction
 {
-    if (pFrames != nullptr)
-        std::fill_n(pFrames, iDataLen, 0.0F);
+    Conversion RateConversion::*pConversion; // between 48 kHz and a rate of the table
+    bool bTo48K;
+    const char* pCopyText; // of the copy at 48 kHz
+    const char* pDumpName;
+};
+
+constexpr Direction oTo48K = {&RateConversion::fnTo48K, true,
+                              "memmove_s(pReSampleInputFrames, sizeof(FLOAT32) * iChannel * iReSampleDataLen, "
+                              "pMicInputFrames, sizeof(FLOAT32) * iChannel * iReSampleDataLen)",
+                              "InputSample"};
+constexpr Direction oFrom48K = {&RateConversion::fnFrom48K, false,
+                                "memmove_s(pReSampleOutputFrames, sizeof(FLOAT32) * iChannel * iReSampleDataLen, "
+                                "pMicInputFrames, sizeof(FLOAT32) * iChannel * iReSampleDataLen)",
+                                "OutputSample"};
+
+// A block that can't be copied becomes silence, if there is room for it at all: the stream keeps its time.
+std::unique_ptr<FLOAT32[]> CopyBlock(const FLOAT32* pMicInputFrames, int iDataLen, const Direction& oWay,
+                                     const AudioLogSite& oSite)
+{
+    std::unique_ptr<FLOAT32[]> pFrames = NewFloats(iDataLen);
+    if (AudioCheckResult(
+            memmove_s(pFrames.get(), sizeof(FLOAT32) * iDataLen, pMicInputFrames, sizeof(FLOAT32) * iDataLen), oSite,
+            oWay.pCopyText) != 0 &&
+        pFrames != nullptr)
+        std::fill_n(pFrames.get(), iDataLen, 0.0F);
+    return pFrames;
 }
 
-// Records a converted block, when samples are dumped.
-void DumpBlock(const FLOAT32* pFrames, int iDataLen, const char* pName)
+// 22050 Hz goes by way of 44100. iReSampleDataLen becomes the sample frames that result.
+std::unique_ptr<FLOAT32[]> ConvertTwice(const FLOAT32* pMicInputFrames, const int& iChannel, const int& iFramelen,
+                                        int& iReSampleDataLen, const Direction& oWay)
 {
-    CAudioDump::Instance()->RecordItemByName(pFrames, iDataLen * static_cast<int>(sizeof(FLOAT32)), pName);
+    const int iFromRate = oWay.bTo48K ? 22050 : AUDIO_KELVANE_SAMPLE_RATE;
+    const int iToRate = oWay.bTo48K ? AUDIO_KELVANE_SAMPLE_RATE : 22050;
+    const Conversion fnFirst = oWay.bTo48K ? CAudioDATA::ReSampleFrom22KTo44K : CAudioDATA::ReSampleFrom48KTo44K;
+    const Conversion fnSecond = oWay.bTo48K ? CAudioDATA::ReSampleFrom44KTo48K : CAudioDATA::ReSampleFrom44KTo22K;
+    const int iFrames44 = CAudioDATA::CalcReSampleLen(iFramelen, iFromRate, 44100);
+    const auto p44KFrames = fnFirst(pMicInputFrames, iChannel, iFramelen);
+    iReSampleDataLen = CAudioDATA::CalcReSampleLen(iFrames44, 44100, iToRate);
+    return fnSecond(p44KFrames.get(), iChannel, iFrames44);
+}
+
+// The body of both ways; logs at the caller's site.
+std::unique_ptr<FLOAT32[]> ReSampleData(const FLOAT32* pMicInputFrames, const int& iChannel, const int& iFramelen,
+                                        int iSampleRate, int& iReSampleDataLen, const Direction& oWay,
+                                        const AudioLogSite& oSite)
+{
+    iReSampleDataLen = CAudioDATA::CalcReSampleLen(iFramelen, oWay.bTo48K ? iSampleRate : AUDIO_KELVANE_SAMPLE_RATE,
+                                                   oWay.bTo48K ? AUDIO_KELVANE_SAMPLE_RATE : iSampleRate);
+    if (AudioCheckCondition(iChannel <= 0 || iReSampleDataLen <= 0 || iFramelen <= 0, oSite, AUDIO_BAD_DATA,
+                            "iChannel <= 0 || iReSampleDataLen <= 0 || iFramelen <= 0"))
+        return nullptr;
+
+    std::unique_ptr<FLOAT32[]> pFrames;
+    if (iSampleRate == AUDIO_KELVANE_SAMPLE_RATE)
+        pFrames = CopyBlock(pMicInputFrames, iChannel * iReSampleDataLen, oWay, oSite);
+    else if (iSampleRate == 22050)
+        pFrames = ConvertTwice(pMicInputFrames, iChannel, iFramelen, iReSampleDataLen, oWay);
+    else if (const RateConversion* const pConversion = FindConversion(iSampleRate))
+        pFrames = (pConversion->*oWay.pConversion)(pMicInputFrames, iChannel, iFramelen);
+    else
+        AUDIO_LOG_AT(oSite, AUDIO_LEVEL_WARN, 0, "Not define frame sample " + std::to_string(iSampleRate));
+    iReSampleDataLen *= iChannel;
+    CAudioDump::Instance()->RecordItemByName(pFrames.get(), iReSampleDataLen * static_cast<int>(sizeof(FLOAT32)),
+                                             oWay.pDumpName);
+    return pFrames;
 }
 } // namespace
 
 std::unique_ptr<FLOAT32[]> CBaseEngine::ReSamplerDataTo48K(const FLOAT32* pMicInputFrames, const int& iChannel,
                                                            const int& iFramelen, int& iReSampleDataLen)
 {
-    const int iSampleRate = GetSampleRate();
-    iReSampleDataLen = CAudioDATA::CalcReSampleLen(iFramelen, iSampleRate, AUDIO_KELVANE_SAMPLE_RATE);
-    if (AUDIO_FAIL_IF(iChannel <= 0 || iReSampleDataLen <= 0 || iFramelen <= 0, AUDIO_BAD_DATA))
-        return nullptr;
-
-    std::unique_ptr<FLOAT32[]> pReSampleOwner;
-    if (iSampleRate == AUDIO_KELVANE_SAMPLE_RATE)
-    {
-        pReSampleOwner = NewFloats(iChannel * iReSampleDataLen);
-        FLOAT32* const pReSampleInputFrames = pReSampleOwner.get();
-        if (AUDIO_CHECK(memmove_s(pReSampleInputFrames, sizeof(FLOAT32) * iChannel * iReSampleDataLen, pMicInputFrames,
-                                  sizeof(FLOAT32) * iChannel * iReSampleDataLen)) != 0)
-            FillSilence(pReSampleInputFrames, iChannel * iReSampleDataLen);
-    }
-    else if (iSampleRate == 22050)
-    {
-        const int iFrames44 = CAudioDATA::CalcReSampleLen(iFramelen, 22050, 44100);
-        const auto p44KFrames = CAudioDATA::ReSampleFrom22KTo44K(pMicInputFrames, iChannel, iFramelen);
-        pReSampleOwner = CAudioDATA::ReSampleFrom44KTo48K(p44KFrames.get(), iChannel, iFrames44);
-        iReSampleDataLen = CAudioDATA::CalcReSampleLen(iFrames44, 44100, AUDIO_KELVANE_SAMPLE_RATE);
-    }
-    else if (const RateConversion* const pConversion = FindConversion(iSampleRate))
-    {
-        pReSampleOwner = pConversion->fnTo48K(pMicInputFrames, iChannel, iFramelen);
-    }
-    else
-    {
-        AUDIOLOG_WARN("Not define frame sample " + std::to_string(iSampleRate));
-    }
-    iReSampleDataLen *= iChannel;
-    DumpBlock(pReSampleOwner.get(), iReSampleDataLen, "InputSample");
-    return pReSampleOwner;
+    return ReSampleData(pMicInputFrames, iChannel, iFramelen, GetSampleRate(), iReSampleDataLen, oTo48K,
+                        AUDIO_LOG_SITE);
 }
 
 std::unique_ptr<FLOAT32[]> CBaseEngine::ReSamplerDataFrom48K(const FLOAT32* pMicInputFrames, const int& iChannel,
                                                              const int& iFramelen, int& iReSampleDataLen)
 {
-    const int iSampleRate = GetSampleRate();
-    iReSampleDataLen = CAudioDATA::CalcReSampleLen(iFramelen, AUDIO_KELVANE_SAMPLE_RATE, iSampleRate);
-    if (AUDIO_FAIL_IF(iChannel <= 0 || iReSampleDataLen <= 0 || iFramelen <= 0, AUDIO_BAD_DATA))
-        return nullptr;
-
-    std::unique_ptr<FLOAT32[]> pReSampleOwner;
-    if (iSampleRate == AUDIO_KELVANE_SAMPLE_RATE)
-    {
-        pReSampleOwner = NewFloats(iChannel * iReSampleDataLen);
-        FLOAT32* const pReSampleOutputFrames = pReSampleOwner.get();
-        if (AUDIO_CHECK(memmove_s(pReSampleOutputFrames, sizeof(FLOAT32) * iChannel * iReSampleDataLen, pMicInputFrames,
-                                  sizeof(FLOAT32) * iChannel * iReSampleDataLen)) != 0)
-            FillSilence(pReSampleOutputFrames, iChannel * iReSampleDataLen);
-    }
-    else if (iSampleRate == 22050)
-    {
-        const int iFrames44 = CAudioDATA::CalcReSampleLen(iFramelen, AUDIO_KELVANE_SAMPLE_RATE, 44100);
-        const auto p44KFrames = CAudioDATA::ReSampleFrom48KTo44K(pMicInputFrames, iChannel, iFramelen);
-        pReSampleOwner = CAudioDATA::ReSampleFrom44KTo22K(p44KFrames.get(), iChannel, iFrames44);
-        iReSampleDataLen = CAudioDATA::CalcReSampleLen(iFrames44, 44100, 22050);
-    }
-    else if (const RateConversion* const pConversion = FindConversion(iSampleRate))
-    {
-        pReSampleOwner = pConversion->fnFrom48K(pMicInputFrames, iChannel, iFramelen);
-    }
-    else
-    {
-        AUDIOLOG_WARN("Not define frame sample " + std::to_string(iSampleRate));
-    }
-    iReSampleDataLen *= iChannel;
-    DumpBlock(pReSampleOwner.get(), iReSampleDataLen, "OutputSample");
-    return pReSampleOwner;
+    return ReSampleData(pMicInputFrames, iChannel, iFramelen, GetSampleRate(), iReSampleDataLen, oFrom48K,
+                        AUDIO_LOG_SITE);
 }

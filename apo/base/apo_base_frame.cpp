@@ -45,6 +45,12 @@ CAudioFrame CAudioFrameQueue::Pop()
     return oFrame;
 }
 
+void CAudioFrameQueue::Clear()
+{
+    while (!Empty())
+        Pop();
+}
+
 void CAudioFloatCache::Allocate(int iDataLen)
 {
     Release();

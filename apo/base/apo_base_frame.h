@@ -3,7 +3,6 @@
 
 #include "audioapi/audio_api_atomic.h"
 #include "audioapi/audio_api_data.h"
-
 #include <windows.h>
 
 #include <cstddef>
@@ -35,6 +34,9 @@ public:
 
     // The oldest frame, or one without data.
     CAudioFrame Pop();
+
+    // Frees every frame.
+    void Clear();
 
 private:
     static constexpr size_t AUDIO_QUEUE_SLOT_COUNT = 256;

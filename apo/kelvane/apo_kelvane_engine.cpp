@@ -3,11 +3,9 @@
 
 CKelvaneEngine::CKelvaneEngine()
 {
-    m_iStandardFrameLen = AUDIO_KELVANE_FRAME_LEN;
-    m_iInputQueueHigh = 200;
-    m_iInputQueueLow = 16;
-    m_iOutputQueueHigh = 100;
-    m_iOutputQueueLow = 8;
+    m_oStream.m_iStandardFrameLen = AUDIO_KELVANE_FRAME_LEN;
+    m_oInput.SetLimits(200, 16);
+    m_oOutput.SetLimits(100, 8);
 }
 
 CKelvaneEngine::~CKelvaneEngine() = default;

@@ -15,16 +15,6 @@ std::string AddressTag(const void* pObject)
     return CAudioSTR::ToHexTag(static_cast<INT64>(reinterpret_cast<UINT_PTR>(pObject)));
 }
 
-// Turns a fresh engine into the inline one: the algorithm in the caller's thread, no lead-in.
-void MakeInline(CBaseEngine& oEngine)
-{
-    oEngine.m_iAPOType = 10;
-    oEngine.m_strDumpInName = AUDIO_DUMP_POST_OMFX_DATA_IN;
-    oEngine.m_strDumpOutName = AUDIO_DUMP_POST_OMFX_DATA_OUT;
-    oEngine.m_iCacheFrameCount = 0;
-    oEngine.m_bInlineMode = 1;
-}
-
 // What a start chooses the parameter set by. A change behind it, before the lock has taken its own look at the system,
 // is left for the first period to find.
 struct ChosenBy
@@ -55,14 +45,12 @@ CKelvanePostEFX::CKelvanePostEFX(IUnknown* pUnkOuter, const APO_REG_PROPERTIES* 
 
 void CKelvanePostEFX::MakeEngine()
 {
-    m_pEngine.reset(new (std::nothrow) CKelvanePostEngine());
-    if (m_pEngine != nullptr && m_bInline)
-    {
-        MakeInline(*m_pEngine);
-        AUDIOLOG_DEBUG("Create OMFX Engine" + AddressTag(m_pEngine.get()));
-        return;
-    }
-    AUDIOLOG_DEBUG("Create Post Engine" + AddressTag(m_pEngine.get()));
+    std::unique_ptr<CKelvanePostEngine> pEngine(new (std::nothrow) CKelvanePostEngine());
+    if (pEngine != nullptr && m_bInline)
+        pEngine->MakeInline();
+    m_pEngine = std::move(pEngine);
+    AUDIOLOG_DEBUG((m_pEngine != nullptr && m_bInline ? "Create OMFX Engine" : "Create Post Engine") +
+                   AddressTag(m_pEngine.get()));
 }
 
 CKelvanePostEFX::~CKelvanePostEFX()
@@ -86,7 +74,7 @@ try
                                             ppOutputConnections, oInFormat))
     {
         CAudioMonitor::Instance()->WaitForFirstRead(); // the start and the first frame go by the registry's values
-        m_pEngine->m_iStreamChannelCount = static_cast<int>(oInFormat.dwSamplesPerFrame);
+        m_pEngine->SetStreamChannelCount(static_cast<int>(oInFormat.dwSamplesPerFrame));
         bStarted = AUDIO_CHECK(m_pEngine->InitAlgorithmParameter()) == 0;
         stChosenBy = MirrorsOf(*m_pEngine);
     }

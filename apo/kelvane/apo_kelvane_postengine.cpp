@@ -36,6 +36,17 @@ bool IsFinite(const FLOAT32* pSamples)
     return iNotFinite == 0;
 }
 
+// The worker is late. Memory that runs out costs the report.
+void ReportInputQueueSize(int iSize)
+try
+{
+    CAudioMonitor::SetGetCPUStatusEvent();
+    AUDIOLOG_EVENT_INFO(std::string(AUDIO_EVENT_INPUT_SIZE) + "KelvaneInpuSize:" + std::to_string(iSize));
+}
+catch (...)
+{
+}
+
 void MergeChannel(const FLOAT32* pDataOut, int iChannelCount, int ch, FLOAT32* pOutBuf)
 {
     for (int s = 0; s < AUDIO_KELVANE_FRAME_LEN; ++s)
@@ -46,37 +57,12 @@ void MergeChannel(const FLOAT32* pDataOut, int iChannelCount, int ch, FLOAT32* p
 int CKelvanePostEngine::InputStandardFrameToQueue(const FLOAT32* pMicInputFrames, const int& iInputChannelNum,
                                                   const int& iDataLen)
 {
-    const int iAlgoDataLen = iInputChannelNum * AUDIO_KELVANE_FRAME_LEN;
-    if (AUDIO_FAIL_IF(iAlgoDataLen <= 0, AUDIO_BAD_DATA))
-        return AUDIO_BAD_DATA;
-    int iResult = 0;
-    {
-        const std::lock_guard<CAudioLock> oGuard(m_csInputQueue);
-        for (int i = 0; i < iDataLen / iAlgoDataLen; ++i)
-        {
-            iResult = PushInputFrame(pMicInputFrames, iAlgoDataLen, i);
-            ReportInputQueueSize();
-        }
-    }
-    if (m_bInlineMode == 1)
+    const bool bInline = m_oStream.m_bInlineMode == 1;
+    const int iResult =
+        QueueStandardFrames(pMicInputFrames, iInputChannelNum, iDataLen, bInline ? nullptr : ReportInputQueueSize);
+    if (bInline)
         DrainInputQueue();
-    else
-        SetEvent(m_hApplyEvent);
     return iResult;
-}
-
-// The worker is late. The caller holds m_csInputQueue. Memory that runs out costs the report.
-void CKelvanePostEngine::ReportInputQueueSize()
-try
-{
-    if (m_bInlineMode != 0 || m_oInputQueue.Size() < m_iInputQueueHigh)
-        return;
-    CAudioMonitor::SetGetCPUStatusEvent();
-    AUDIOLOG_EVENT_INFO(std::string(AUDIO_EVENT_INPUT_SIZE) +
-                        "KelvaneInpuSize:" + std::to_string(m_oInputQueue.Size()));
-}
-catch (...)
-{
 }
 
 // Runs the algorithm on every queued frame. A frame that the library failed on goes out as it stands.
@@ -92,16 +78,8 @@ void CKelvanePostEngine::DrainInputQueue()
 
 void CKelvanePostEngine::ClearAllQueues()
 {
-    {
-        const std::lock_guard<CAudioLock> oGuard(m_csInputQueue);
-        while (!m_oInputQueue.Empty())
-            m_oInputQueue.Pop();
-    }
-    {
-        const std::lock_guard<CAudioLock> oGuard(m_csOutputQueue);
-        while (!m_oOutputQueue.Empty())
-            m_oOutputQueue.Pop();
-    }
+    m_oInput.Clear();
+    m_oOutput.Clear();
     try
     {
         AudioSmartCancelECTemperature();
@@ -114,12 +92,7 @@ void CKelvanePostEngine::ClearAllQueues()
 int CKelvanePostEngine::SplitInputDataItem()
 {
     const int n = GetInChannelCount();
-    CAudioFrame oFrame;
-    do // a frame of another channel count was queued before the stream's format changed
-    {
-        const std::lock_guard<CAudioLock> oGuard(m_csInputQueue);
-        oFrame = m_oInputQueue.Pop();
-    } while (oFrame.pData != nullptr && oFrame.iDataLen != n * AUDIO_KELVANE_FRAME_LEN);
+    const CAudioFrame oFrame = m_oInput.Pop(n * AUDIO_KELVANE_FRAME_LEN);
     if (oFrame.pData == nullptr)
         return AUDIO_BAD_DATA;
 
@@ -145,7 +118,7 @@ void CKelvanePostEngine::DumpInputDataItem(const KelvaneDataStruct* pDataStruct,
     FLOAT32 pInBuf[KELVANE_MAX_CHANNELS * AUDIO_KELVANE_FRAME_LEN];
     for (int ch = 0; ch < iChannelCount; ++ch)
         MergeChannel(HasChannel(ch) ? pDataStruct->psDataIn[ch] : aSilence, iChannelCount, ch, pInBuf);
-    CAudioDump::Instance()->RecordItemByName(pInBuf, iChannelCount * iFrameBytes, m_strDumpInName);
+    CAudioDump::Instance()->RecordItemByName(pInBuf, iChannelCount * iFrameBytes, m_oVariant.m_strDumpInName);
 }
 
 // Copies channel ch of an interleaved frame of n channels to the library's channel iTarget, if it has an array.
@@ -171,8 +144,8 @@ bool CKelvanePostEngine::HasChannel(int iChannel)
 
 int CKelvanePostEngine::AudioKelvaneApply()
 {
-    if (AUDIO_MISSING(m_pRunBuf, AUDIO_NO_INSTANCE) || AUDIO_MISSING(m_pScratchBuf, AUDIO_NO_INSTANCE))
-        return AUDIO_NO_INSTANCE;
+    if (AUDIO_MISSING(m_pRunBuf, iNoInstance) || AUDIO_MISSING(m_pScratchBuf, iNoInstance))
+        return iNoInstance;
     SYSTEMTIME stStart;
     GetLocalTime(&stStart);
     const UINT32 iSysPower = m_iSysPower;
@@ -222,7 +195,8 @@ try
                               "average Time Required(%.2f) of Per %d frames.",
                               static_cast<long long>(m_i64TotalTime), static_cast<long long>(m_i64MaxTime),
                               static_cast<long long>(m_i64MinTime), fAverage, m_iApplyFrameCount);
-    CKelvaneManager::Instance()->PrintSmartDebugLog(AUDIO_PERFORMANCE_FILE, iLen < 0 ? "" : szText, m_bInlineMode);
+    CKelvaneManager::Instance()->PrintSmartDebugLog(AUDIO_PERFORMANCE_FILE, iLen < 0 ? "" : szText,
+                                                    m_oStream.m_bInlineMode);
 }
 catch (...)
 {
@@ -242,7 +216,7 @@ int CKelvanePostEngine::MergerOutputDataItem()
         const bool bSilent = !bPlayable || !HasChannel(ch);
         MergeChannel(bSilent ? aSilence : m_pDataStruct->psDataOut[ch], iChannelCount, ch, pOutBuf);
     }
-    CAudioDump::Instance()->RecordDetailItem(pOutBuf, iChannelCount * iFrameBytes, m_strDumpOutName);
+    CAudioDump::Instance()->RecordDetailItem(pOutBuf, iChannelCount * iFrameBytes, m_oVariant.m_strDumpOutName);
     return AUDIO_CHECK(FormatOutputFrameToQueue(pOutBuf, iChannelCount, AUDIO_KELVANE_FRAME_LEN));
 }
 

@@ -60,6 +60,9 @@ public:
                                   const int& iDataLen) override;
     void ClearAllQueues() override;
 
+    // Turns a fresh engine into the inline one: the algorithm in the caller's thread, no lead-in.
+    void MakeInline();
+
     // A zeroed record with its arrays for the larger of the stream's and the given channel count, 8 at most; or null.
     KelvaneDataStruct* InitDataStruct(const int& iChannelCount);
     void ReleaseDataStruct(KelvaneDataStruct** pDataStruct);
@@ -176,7 +179,6 @@ private:
     void FollowTicks(JobThread eThread, const CAudioFlag& bRun, const CAudioWorkerEvent& hEvent,
                      std::atomic<int>& iTicks, const AudioLogSite& oSite, const char* pEventText);
     void DrainInputQueue();
-    void ReportInputQueueSize();
     void SplitChannel(const FLOAT32* pFrame, int n, int ch, int iTarget);
     bool HasChannel(int iChannel);
     void CountApplyTime(INT64 i64Time);

@@ -49,7 +49,7 @@ const CKelvanePostEngine::PeriodicJob CKelvanePostEngine::PERIODIC_JOBS[] = {
 void CKelvanePostEngine::ParameterRelease()
 {
     m_i64GapTime = 0;
-    if (m_bInlineMode == 0)
+    if (m_oStream.m_bInlineMode == 0)
     {
         m_iReleaseCount = 0;
         ++m_iTemperatureTicks;
@@ -110,7 +110,7 @@ void CKelvanePostEngine::FollowTicks(JobThread eThread, const CAudioFlag& bRun, 
 void CALLBACK CKelvanePostEngine::ProcessTemperatureThread(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK)
 {
     CKelvanePostEngine* const pThis = static_cast<CKelvanePostEngine*>(pContext);
-    if (AUDIO_MISSING(pThis, AUDIO_NO_POINTER) || pThis->m_bInlineMode != 0)
+    if (AUDIO_MISSING(pThis, AUDIO_NO_POINTER) || pThis->m_oStream.m_bInlineMode != 0)
         return;
     pThis->FollowTicks(JobThread::Temperature, pThis->m_bTemperatureRun, pThis->m_hTemperatureEvent,
                        pThis->m_iTemperatureTicks, AUDIO_LOG_SITE, "pThis->m_hTemperatureEvent");
@@ -119,7 +119,7 @@ void CALLBACK CKelvanePostEngine::ProcessTemperatureThread(PTP_CALLBACK_INSTANCE
 void CALLBACK CKelvanePostEngine::ProcessParameterThread(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK)
 {
     CKelvanePostEngine* const pThis = static_cast<CKelvanePostEngine*>(pContext);
-    if (AUDIO_MISSING(pThis, AUDIO_NO_POINTER) || pThis->m_bInlineMode != 0)
+    if (AUDIO_MISSING(pThis, AUDIO_NO_POINTER) || pThis->m_oStream.m_bInlineMode != 0)
         return;
     pThis->FollowTicks(JobThread::Parameter, pThis->m_bParameterRun, pThis->m_hParameterEvent, pThis->m_iParameterTicks,
                        AUDIO_LOG_SITE, "pThis->m_hParameterEvent");
@@ -134,6 +134,6 @@ int CKelvanePostEngine::AudioSmartGatherPara()
 int CKelvanePostEngine::AudioSmartRecordPara()
 {
     const std::string strStates = std::exchange(m_strStates, {});
-    CKelvaneManager::Instance()->PrintSmartDebugLog(AUDIO_PARAMETERS_FILE, strStates.c_str(), m_bInlineMode);
+    CKelvaneManager::Instance()->PrintSmartDebugLog(AUDIO_PARAMETERS_FILE, strStates.c_str(), m_oStream.m_bInlineMode);
     return 0;
 }

@@ -2,6 +2,7 @@
 #include "apo/kelvane/apo_kelvane_manager.h"
 #include "apo/kelvane/apo_kelvane_postengine.h"
 #include "audioapi/audio_api_log.h"
+#include "audioapi/audio_api_monitor.h"
 #include "audioapi/audio_api_result.h"
 
 #include <cstdio>

@@ -7,6 +7,7 @@
 #include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_data.h"
 #include "audioapi/audio_api_log.h"
+#include "audioapi/audio_api_monitor.h"
 #include "audioapi/audio_api_result.h"
 
 #include <algorithm>
@@ -23,9 +24,7 @@ constexpr int iDataMode = 3; // what the library expects in the frame record
 CKelvanePostEngine::CKelvanePostEngine()
 {
     AUDIOLOG_DEBUG("CKelvanePostEngine begin!");
-    m_iAPOType = 8;
-    m_strDumpInName = AUDIO_DUMP_POST_INT32_DATA_IN;
-    m_strDumpOutName = AUDIO_DUMP_POST_INT32_DATA_OUT;
+    m_oVariant = {8, AUDIO_DUMP_POST_INT32_DATA_IN, AUDIO_DUMP_POST_INT32_DATA_OUT};
     const CKelvaneManager* const pManager = CKelvaneManager::Instance();
     m_fAudioKelvaneInit = pManager->m_fAudioKelvaneInit;
     m_fAudioKelvaneApply = pManager->m_fAudioKelvaneApply;
@@ -38,6 +37,13 @@ CKelvanePostEngine::CKelvanePostEngine()
     m_fAudioKelvaneClearStatus = pManager->m_fAudioKelvaneClearStatus;
     m_fAudioKelvaneTemperature = pManager->m_fAudioKelvaneTemperature;
     InitTemperatureQueue();
+}
+
+void CKelvanePostEngine::MakeInline()
+{
+    m_oVariant = {10, AUDIO_DUMP_POST_OMFX_DATA_IN, AUDIO_DUMP_POST_OMFX_DATA_OUT};
+    m_oOutput.SetPriming(0);
+    m_oStream.m_bInlineMode = 1;
 }
 
 CKelvanePostEngine::~CKelvanePostEngine()
@@ -77,6 +83,7 @@ try
 {
     if (AUDIO_FAIL_IF(FALSE == CKelvaneManager::Instance()->GetLoadDLLStatus(), AUDIO_NO_HANDLE))
         return AUDIO_NO_HANDLE;
+    const int m_iStreamChannelCount = m_oStream.m_iStreamChannelCount; // the name that the failure line carries
     if (AUDIO_FAIL_IF(m_iStreamChannelCount > KELVANE_MAX_CHANNELS, AUDIO_BAD_DATA))
         return AUDIO_BAD_DATA;
     if (const int iResult = AUDIO_CHECK(AudioKelvaneGetSize()))

@@ -160,6 +160,6 @@ int CKelvanePostEngine::AudioKelvanePrintTemperature()
         strLine += (i == 0 ? "" : ",") + std::to_string(iSample);
     }
     m_oAverageQueue.Publish();
-    pManager->PrintSmartDebugLog(AUDIO_TEMPERATURE_FILE, strLine.c_str(), m_bInlineMode);
+    pManager->PrintSmartDebugLog(AUDIO_TEMPERATURE_FILE, strLine.c_str(), m_oStream.m_bInlineMode);
     return 0;
 }

@@ -1,6 +1,7 @@
 // The engine's workers: the start of all three, and the one that runs the algorithm on queued frames.
 #include "apo/kelvane/apo_kelvane_postengine.h"
 #include "audioapi/audio_api_log.h"
+#include "audioapi/audio_api_monitor.h"
 #include "audioapi/audio_api_result.h"
 
 namespace
@@ -57,7 +58,7 @@ void CKelvanePostEngine::CreateParameterThread()
 void CALLBACK CKelvanePostEngine::ProcessAlgorithmThread(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK)
 {
     CKelvanePostEngine* const pThis = static_cast<CKelvanePostEngine*>(pContext);
-    if (AUDIO_MISSING(pThis, AUDIO_NO_POINTER) || pThis->m_bInlineMode != 0)
+    if (AUDIO_MISSING(pThis, AUDIO_NO_POINTER) || pThis->m_oStream.m_bInlineMode != 0)
         return;
     const CTimeCritical oPriority;
     while (pThis->m_bThreadRun == 1)

@@ -6,6 +6,7 @@
 #include "apo/kelvane/apo_kelvane_postefx.h"
 #include "apo/kelvane/apo_kelvane_postengine.h"
 #include "tests/support/apo_connections.h"
+#include "tests/support/engine_inside.h"
 #include "tests/support/logged_machine_test.h"
 
 #include <algorithm>
@@ -105,8 +106,8 @@ protected:
     CKelvanePostEngine& MakeEngine(int iChannel = 2, int iSampleRate = 48000, bool bInline = false)
     {
         m_pEngine = std::make_unique<CKelvanePostEngine>();
-        m_pEngine->m_bInlineMode = bInline ? 1 : 0;
-        m_pEngine->m_iCacheFrameCount = bInline ? 0 : AUDIO_CACHE_FRAME_NUM;
+        CEngineInside::Stream(*m_pEngine).m_bInlineMode = bInline ? 1 : 0;
+        CEngineInside::CacheFrameCount(*m_pEngine) = bInline ? 0 : AUDIO_CACHE_FRAME_NUM;
         SetFormat(iChannel, iSampleRate);
         return *m_pEngine;
     }
@@ -140,7 +141,7 @@ protected:
     {
         const int iChannel = m_pEngine->GetInChannelCount();
         const UINT32 ulFrameCount = static_cast<UINT32>(vecFrames.size() / static_cast<size_t>(iChannel));
-        m_pEngine->m_iSystemFrameLen = static_cast<int>(ulFrameCount);
+        CEngineInside::Stream(*m_pEngine).m_iSystemFrameLen = static_cast<int>(ulFrameCount);
         return m_pEngine->InputDataToQueue(vecFrames.data(), iChannel, ulFrameCount);
     }
 

@@ -72,7 +72,7 @@ TEST_F(FrameTest, AThousandSilentFramesInARowAreToldEachWay)
 {
     StartLog(AUDIO_LEVEL_INFO);
     MakeHandEngine();
-    m_pEngine->m_iCacheFrameCount = 0;
+    CEngineInside::CacheFrameCount(*m_pEngine) = 0;
     const struct
     {
         int iPeriods; // of two frames in and one out

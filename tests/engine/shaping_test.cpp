@@ -12,8 +12,8 @@ protected:
         const std::vector<float> vecIn = Ramp(iFrameCount);
         Input(vecIn);
         RunAlgorithm();
-        for (CAudioFrame oFrame = m_pEngine->m_oOutputQueue.Pop(); oFrame.pData != nullptr;
-             oFrame = m_pEngine->m_oOutputQueue.Pop())
+        for (CAudioFrame oFrame = CEngineInside::OutputQueue(*m_pEngine).Pop(); oFrame.pData != nullptr;
+             oFrame = CEngineInside::OutputQueue(*m_pEngine).Pop())
             vecOut.insert(vecOut.end(), oFrame.pData.get(), oFrame.pData.get() + oFrame.iDataLen);
         return vecIn;
     }
@@ -34,18 +34,19 @@ TEST_F(ShapingTest, EveryGeometryKeepsTheStreamWhole)
                 // Room for a period, a block, and the lead-in of a stream whose periods aren't whole blocks.
                 const int iBlockLen = iSampleRate == 22050 ? 221 : iSampleRate / 100;
                 const bool bWhole = iFrameCount % (iSampleRate == 22050 ? 441 : iBlockLen) == 0;
-                EXPECT_EQ(m_pEngine->m_iInputCacheDataLen, bWhole ? 0 : 3 * iBlockLen * iChannel);
-                EXPECT_EQ(m_pEngine->m_pInputCacheBuffer.GetCapacity(),
-                          iBlockLen + m_pEngine->m_iInputCacheDataLen + iFrameCount * iChannel);
-                EXPECT_EQ(m_pEngine->m_pOutputCacheBuffer.GetCapacity(), m_pEngine->m_pInputCacheBuffer.GetCapacity());
+                EXPECT_EQ(CEngineInside::InputCacheDataLen(*m_pEngine), bWhole ? 0 : 3 * iBlockLen * iChannel);
+                EXPECT_EQ(CEngineInside::InputCapacity(*m_pEngine),
+                          iBlockLen + CEngineInside::InputCacheDataLen(*m_pEngine) + iFrameCount * iChannel);
+                EXPECT_EQ(CEngineInside::OutputCapacity(*m_pEngine), CEngineInside::InputCapacity(*m_pEngine));
                 const bool bStandard = iSampleRate == 48000 && iFrameCount % 240 == 0; // passes the input cache by
-                const int iLeadIn = bStandard ? 0 : m_pEngine->m_iInputCacheDataLen / iChannel;
+                const int iLeadIn = bStandard ? 0 : CEngineInside::InputCacheDataLen(*m_pEngine) / iChannel;
                 while (m_iRampFrame < 5000)
                     Play(iFrameCount, vecOut);
                 // Nothing lost, nothing doubled.
                 const int iOutFrames = static_cast<int>(vecOut.size()) / iChannel;
-                const int iHeld = (bStandard ? 0 : m_pEngine->m_iInputCacheDataLen) + m_pEngine->m_iOutputCacheDataLen +
-                                  m_pEngine->m_iAlgoOutputDataLen * (iSampleRate / 50) / 960;
+                const int iHeld = (bStandard ? 0 : CEngineInside::InputCacheDataLen(*m_pEngine)) +
+                                  CEngineInside::OutputCacheDataLen(*m_pEngine) +
+                                  CEngineInside::AlgoOutputDataLen(*m_pEngine) * (iSampleRate / 50) / 960;
                 EXPECT_EQ(iOutFrames + iHeld / iChannel, iLeadIn + m_iRampFrame);
                 // In order, each channel its own, within what the plain conversions may bend.
                 const float fBend = iSampleRate == 48000 ? 0.0F : 2.0F;
@@ -88,10 +89,10 @@ TEST_F(ShapingTest, FrameCountsBeyondAnyBufferAreRefused)
         // A period of such a count behind a good one: the worker has nothing to cut its output into.
         MakeHandEngine();
         Input(Ramp(480 * 4));
-        m_pEngine->m_iSystemFrameLen = static_cast<int>(ulFrameCount);
+        CEngineInside::Stream(*m_pEngine).m_iSystemFrameLen = static_cast<int>(ulFrameCount);
         RunAlgorithm();
-        EXPECT_TRUE(m_pEngine->m_oOutputQueue.Empty());
-        EXPECT_EQ(m_pEngine->m_iOutputCacheDataLen, 960 * 4);
+        EXPECT_TRUE(CEngineInside::OutputQueue(*m_pEngine).Empty());
+        EXPECT_EQ(CEngineInside::OutputCacheDataLen(*m_pEngine), 960 * 4);
     }
     EXPECT_EQ(CountLog("iSysDataLen <= 0"), std::size(aFrameCounts));
 }

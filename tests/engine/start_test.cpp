@@ -44,7 +44,7 @@ TEST_F(StartTest, EachFailedStepIsNamedAndTakesTheStreamOffTheAlgorithm)
             EXPECT_EQ(m_pEngine->GetSilentStatus(), iDebugMode);
             EXPECT_EQ(m_pEngine->GetBypassStatus(), 1 - iDebugMode);
             EXPECT_TRUE(m_pEngine->m_pRunBuf == nullptr && m_pEngine->m_pScratchBuf == nullptr);
-            EXPECT_EQ(m_pEngine->m_bThreadRun, 0);
+            EXPECT_EQ(CEngineInside::ThreadRun(*m_pEngine), 0);
             // Frames that come all the same cost a line, nothing else.
             EXPECT_EQ(Input(Ramp(480)), 0);
             RunAlgorithm();
@@ -66,7 +66,7 @@ TEST_F(StartTest, StreamWithoutItsWorkerIsSilent)
         EXPECT_EQ(m_pEngine->InitAlgorithmParameter(), 0);
         EXPECT_EQ(CountLog(pText), 1U);
         EXPECT_EQ(m_pEngine->GetSilentStatus(), 1);
-        EXPECT_EQ(m_pEngine->m_bThreadRun, 0);
+        EXPECT_EQ(CEngineInside::ThreadRun(*m_pEngine), 0);
     }
 }
 

@@ -5,6 +5,7 @@
 #include "apo/kelvane/apo_kelvane_factory.h"
 #include "apo/kelvane/apo_kelvane_manager.h"
 #include "tests/support/apo_connections.h"
+#include "tests/support/engine_inside.h"
 #include "tests/support/logged_machine_test.h"
 
 #include <algorithm>
@@ -86,7 +87,7 @@ public:
         : TBase(nullptr, pProperties)
     {
         this->m_pEngine.reset(new CNotingEngine);
-        this->m_pEngine->m_iAPOType = 8;
+        CEngineInside::Variant(*this->m_pEngine).m_iAPOType = 8;
     }
     ~CTestAPO() override = default;
 

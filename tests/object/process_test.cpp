@@ -72,7 +72,7 @@ TEST_F(ProcessTest, EveryReasonLeadsToItsPath)
         Status().m_iKelvaneBypass = oCase.iKelvaneBypass;
         Engine().SetBypassStatus(oCase.iBypassStatus);
         Engine().SetSilentStatus(oCase.iSilentStatus);
-        Engine().m_bThreadRun = oCase.bThreadRun;
+        CEngineInside::ThreadRun(Engine()) = oCase.bThreadRun;
         CPeriod oPeriod(2, 480, oCase.iFlags);
         oPeriod.Run(*m_pObject);
         EXPECT_EQ(m_pObject->TakeCalls(), oCase.strCalls);
@@ -80,7 +80,7 @@ TEST_F(ProcessTest, EveryReasonLeadsToItsPath)
         EXPECT_EQ(oPeriod.m_oOutput.u32ValidFrameCount, oCase.iOutputFlags == CPeriod::iUntouched ? 0U : 480U);
         EXPECT_TRUE(CPeriod::IsAll(oPeriod.m_vecInput, oCase.f32Input));
         EXPECT_TRUE(CPeriod::IsAll(oPeriod.m_vecOutput, oCase.f32Output));
-        EXPECT_EQ(Engine().m_iProcessCount, 1);
+        EXPECT_EQ(CEngineInside::Stream(Engine()).m_iProcessCount, 1);
     }
     EXPECT_EQ(CountLog("Buffer Flags is invalid"), 2U);
     EXPECT_EQ(LinesOf("ERROR"), std::vector<std::string>());
@@ -91,11 +91,11 @@ TEST_F(ProcessTest, ChannelsComeFromTheLockedFormatAndANewFrameCountResetsTheOut
     Open(6, 44100);
     for (const UINT32 u32FrameCount : {480U, 1U, 441U, 441U, 4800U})
     {
-        const bool bNew = static_cast<UINT32>(Engine().m_iSystemFrameLen) != u32FrameCount;
+        const bool bNew = static_cast<UINT32>(CEngineInside::Stream(Engine()).m_iSystemFrameLen) != u32FrameCount;
         CPeriod(6, u32FrameCount).Run(*m_pObject);
         const std::string strShape = "6x" + std::to_string(u32FrameCount) + " ";
         EXPECT_EQ(m_pObject->TakeCalls(), (bNew ? "reset " : "") + ("in" + strShape) + "out" + strShape);
-        EXPECT_EQ(static_cast<UINT32>(Engine().m_iSystemFrameLen), u32FrameCount);
+        EXPECT_EQ(static_cast<UINT32>(CEngineInside::Stream(Engine()).m_iSystemFrameLen), u32FrameCount);
     }
     EXPECT_EQ(CountLog("LastSystemFrameLength:1, CurrentSystemFrameLength:441"), 1U);
 }

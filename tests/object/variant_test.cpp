@@ -29,10 +29,10 @@ TEST_F(VariantTest, TheRecordMakesTheVariant)
         const auto pObject = OpenObject(new COpenPostEFX(nullptr, oCase.pProperties));
         CBaseEngine& oEngine = *pObject->m_pEngine;
         EXPECT_EQ(CountLog(std::string(oCase.pTag) + "AuidoMode=0"), 1U);
-        EXPECT_EQ(oEngine.m_strDumpInName, oCase.pDumpIn);
-        EXPECT_EQ(oEngine.m_strDumpOutName, oCase.pDumpOut);
-        EXPECT_EQ(oEngine.m_bInlineMode, oCase.iInline);
-        EXPECT_EQ(oEngine.m_iCacheFrameCount, oCase.iPriming);
+        EXPECT_EQ(CEngineInside::Variant(oEngine).m_strDumpInName, oCase.pDumpIn);
+        EXPECT_EQ(CEngineInside::Variant(oEngine).m_strDumpOutName, oCase.pDumpOut);
+        EXPECT_EQ(CEngineInside::Stream(oEngine).m_bInlineMode, oCase.iInline);
+        EXPECT_EQ(CEngineInside::CacheFrameCount(oEngine), oCase.iPriming);
     }
 }
 
