@@ -2,6 +2,7 @@
 #pragma once
 
 #include "apo/kelvane/apo_kelvane_irp.h"
+#include "apo/kelvane/engine/apo_kelvane_entry_points.h"
 #include "audioapi/audio_api_singleton.h"
 #include "protection/kelvane_protection.h"
 
@@ -18,7 +19,7 @@ class XMLElement;
 }
 
 // Everything is written by Initialize on the loading thread, before any engine exists, and only read afterwards.
-class CKelvaneManager : public CAudioSingleton<CKelvaneManager>
+class CKelvaneManager : public CAudioSingleton<CKelvaneManager>, public CKelvaneEntryPoints
 {
 public:
     static constexpr size_t ALGO_CTRL_COUNT = 8;
@@ -36,6 +37,7 @@ public:
     HRESULT RegisterAllFX();
     HRESULT UnregisterAllFX();
 
+    const CKelvaneEntryPoints& EntryPoints() const { return *this; }
     // TRUE when the library is loaded whole. Any thread.
     BOOL GetLoadDLLStatus() const { return m_bLoadDLL; }
     // The control word, 0 for an index of ALGO_CTRL_COUNT or more. Any thread.
@@ -78,16 +80,6 @@ public:
     DWORD ActiveMutilPAGain();
     DWORD DeactiveMutilPAGain();
 
-    KelvaneInit m_fAudioKelvaneInit = nullptr;
-    KelvaneApply m_fAudioKelvaneApply = nullptr;
-    KelvaneSetPara m_fAudioKelvaneSetPara = nullptr;
-    KelvaneGetPara m_fAudioKelvaneGetPara = nullptr;
-    KelvaneGetSize m_fAudioKelvaneGetSize = nullptr;
-    KelvaneGetVersion m_fAudioKelvaneGetVersion = nullptr;
-    KelvaneIvOptimize m_fAudioKelvaneIvOptimize = nullptr;
-    KelvaneSetBatteryInfo m_fAudioKelvaneSetBatteryInfo = nullptr;
-    KelvaneClearStatus m_fAudioKelvaneClearStatus = nullptr;
-    KelvaneTemperature m_fAudioKelvaneTemperature = nullptr;
     std::unique_ptr<CKelvaneIRP> m_pIRP0; // null where the tuning file declares none
     std::unique_ptr<CKelvaneIRP> m_pIRP1;
     HMODULE m_hDll = nullptr;      // the protection library

@@ -30,7 +30,7 @@ void BenchParameterSwitch(benchmark::State& oState)
     }
     std::vector<uint32_t> vecNanoseconds;
     vecNanoseconds.reserve(oState.max_iterations);
-    const char* pOldID = oEngine.m_strParamID;
+    const char* pOldID = oEngine.ParamID();
     for (auto _ : oState)
     {
         oStatus.m_iSpeakerVolume = oStatus.m_iSpeakerVolume == 10 ? 90 : 10;
@@ -39,9 +39,9 @@ void BenchParameterSwitch(benchmark::State& oState)
         const Clock::duration oTime = Clock::now() - tBegin;
         vecNanoseconds.push_back(static_cast<uint32_t>(std::chrono::nanoseconds(oTime).count()));
         oState.SetIterationTime(std::chrono::duration<double>(oTime).count());
-        if (oEngine.m_strParamID == pOldID)
+        if (oEngine.ParamID() == pOldID)
             oState.SkipWithError("the key didn't change");
-        pOldID = oEngine.m_strParamID;
+        pOldID = oEngine.ParamID();
     }
     const PeriodTimes oTimes = SummarizeTimes(vecNanoseconds);
     oState.counters["median_us"] = oTimes.f64Median;

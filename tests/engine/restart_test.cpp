@@ -51,16 +51,16 @@ TEST_F(RestartTest, CountersAndReportsBeginAfresh)
     {
         SetFormat(1, 48000);
         ASSERT_EQ(m_pEngine->InitAlgorithmParameter(), 0);
-        EXPECT_EQ(m_pEngine->m_iApplyFrameCount + m_pEngine->m_iReleaseCount + m_pEngine->m_iLastECTemperature, 0);
-        EXPECT_EQ(m_pEngine->m_i64MaxTime + m_pEngine->m_i64MinTime, 0);
-        EXPECT_EQ(m_pEngine->m_i64TotalTime + m_pEngine->m_i64GapTime, 0);
+        EXPECT_EQ(CEngineInside::FrameCounts(*m_pEngine) + CEngineInside::LastECTemperature(*m_pEngine), 0);
+        for (const INT64* pTime : CEngineInside::Times(*m_pEngine))
+            EXPECT_EQ(*pTime, 0);
         SetFormat(2, 48000);
         Input(Ramp(240 * 3));
         EXPECT_EQ(CountLog("has no array"), i);
         EXPECT_EQ(CountLog("not finite"), i);
-        m_pEngine->m_iLastECTemperature = 315;
-        m_pEngine->m_i64MaxTime = m_pEngine->m_i64MinTime = 1;
-        m_pEngine->m_i64TotalTime = m_pEngine->m_i64GapTime = 1;
+        CEngineInside::LastECTemperature(*m_pEngine) = 315;
+        for (INT64* pTime : CEngineInside::Times(*m_pEngine))
+            *pTime = 1;
     }
     SetRecordChannels(2); // the record is made anew, with all its channels
     ASSERT_EQ(m_pEngine->InitAlgorithmParameter(), 0);

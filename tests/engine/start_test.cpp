@@ -43,7 +43,7 @@ TEST_F(StartTest, EachFailedStepIsNamedAndTakesTheStreamOffTheAlgorithm)
             EXPECT_EQ(vecLines.back().iErrorCode, oRow.iCode);
             EXPECT_EQ(m_pEngine->GetSilentStatus(), iDebugMode);
             EXPECT_EQ(m_pEngine->GetBypassStatus(), 1 - iDebugMode);
-            EXPECT_TRUE(m_pEngine->m_pRunBuf == nullptr && m_pEngine->m_pScratchBuf == nullptr);
+            EXPECT_FALSE(CEngineInside::HasMemory(*m_pEngine));
             EXPECT_EQ(CEngineInside::ThreadRun(*m_pEngine), 0);
             // Frames that come all the same cost a line, nothing else.
             EXPECT_EQ(Input(Ramp(480)), 0);

@@ -38,7 +38,7 @@ TEST_F(ThermalTest, HeatChoosesTheSetWithAllSensorsAgreeing)
         oStatus.m_iSpeakerVolume = oRow.iVolume;
         oStatus.m_iSpeakerMode = oRow.iSpeakerMode;
         fnSample(oRow.iRounds, oRow.iFirst, oRow.iSecond);
-        EXPECT_STREQ(m_pEngine->m_strParamID, oRow.pKey) << oRow.pWhat;
+        EXPECT_STREQ(m_pEngine->ParamID(), oRow.pKey) << oRow.pWhat;
         EXPECT_EQ(m_oLibrary.pLastParam, m_pManager->m_mapAlgoParam[oRow.pKey].get());
     }
     EXPECT_EQ(CountLog("Refresh Algorithm Params from "), 5U);
@@ -46,11 +46,11 @@ TEST_F(ThermalTest, HeatChoosesTheSetWithAllSensorsAgreeing)
     EXPECT_EQ(CountLog("iSenSorID:1,Average Temperature:31> Low Limit:30"), 1U);
     m_pManager->m_vecSensorRangeNormal.pop_back(); // a sensor without a limit is never hot
     fnSample(22, 50, 50);
-    EXPECT_STREQ(m_pEngine->m_strParamID, "30000");
+    EXPECT_STREQ(m_pEngine->ParamID(), "30000");
     // The smallest and the largest sample don't count.
     for (const int iDegrees : {10, 90, 40, 40, 40, 40, 40, 40, 40, 40, 40, 40})
         fnSample(1, iDegrees, 0);
-    EXPECT_EQ(m_pEngine->m_oAverageQueue.Read()[0].end()[-1], 40);
+    EXPECT_EQ(CEngineInside::Means(*m_pEngine).Read()[0].end()[-1], 40);
 }
 
 TEST(AverageQueueTest, ReaderSeesWholeRoundsAndNoneFromBeforeAClear)

@@ -19,12 +19,12 @@ TEST_F(ThermalTest, HottestCoilIsReportedAndTakenBack)
         g_oState.sLSMCoilTemp[7] = oRow.iLastCoil;
         EXPECT_EQ(m_pEngine->AudioSmartSetECTemperature(), 0);
         EXPECT_EQ(TakeWords(), std::vector<UINT64>{oRow.ulWord});
-        EXPECT_EQ(m_pEngine->m_iLastECTemperature, oRow.iLast);
+        EXPECT_EQ(CEngineInside::LastECTemperature(*m_pEngine), oRow.iLast);
     }
     EXPECT_EQ(CountLog("3841119 Set EC Temperature to "), 1U);
     m_bRefusing = true;
     EXPECT_EQ(m_pEngine->AudioSmartSetECTemperature(), 13);
-    EXPECT_EQ(m_pEngine->m_iLastECTemperature, 801);
+    EXPECT_EQ(CEngineInside::LastECTemperature(*m_pEngine), 801);
     g_iStateCode = 4; // the library's state can't be read
     m_pEngine->AudioSmartSetECTemperature();
     EXPECT_EQ(TakeWords().back(), 0x0F02U);
@@ -163,7 +163,7 @@ TEST_F(ThermalTest, StateTextShowsEachFieldInItsUnit)
     MakeThermalEngine();
     EXPECT_EQ(m_pEngine->AudioSmartPrintPara(), "");
     m_pManager->m_iDebugMode = 1;
-    m_pEngine->m_strParamID = "";
+    CEngineInside::ParamID(*m_pEngine) = "";
     machine::SetPowerStatus({1, 0, 77, 0, 0, 0});
     m_pEngine->AudioKelvaneSetBatteryInfo();
     CAudioMonitor::Instance()->StatusRecord().m_fSpeakerVolumeDB = -10.5F;

@@ -1,6 +1,7 @@
-// Temperature in both directions: the coils' to the embedded controller, a sensor's to the library, and its record.
+// The temperature jobs.
+#include "apo/kelvane/engine/apo_kelvane_temperature.h"
+
 #include "apo/kelvane/apo_kelvane_manager.h"
-#include "apo/kelvane/apo_kelvane_postengine.h"
 #include "apo/kelvane/apo_kelvane_wmi.h"
 #include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_log.h"
@@ -55,14 +56,21 @@ INT32 TrimmedMean(const CKelvaneSampleQueue& oSamples)
 }
 } // namespace
 
-void CKelvanePostEngine::InitTemperatureQueue()
+CKelvaneTemperature::CKelvaneTemperature(CKelvaneInstance& oInstance) : m_oInstance(oInstance)
+{
+    InitTemperatureQueue();
+}
+
+CKelvaneTemperature::~CKelvaneTemperature() = default;
+
+void CKelvaneTemperature::InitTemperatureQueue()
 {
     const size_t iSensorCount = CKelvaneManager::Instance()->m_vecSensorRangeCommand.size();
     m_oTemperatureQueue.resize(iSensorCount);
     m_oAverageQueue.Resize(iSensorCount);
 }
 
-void CKelvanePostEngine::InitializeWMI()
+void CKelvaneTemperature::InitializeWMI()
 try
 {
     m_pWMIHandle.reset(new (std::nothrow) CKelvaneWMI);
@@ -75,18 +83,24 @@ catch (...)
     // Out of memory on the way to the controller: it refuses what it is asked.
 }
 
+void CKelvaneTemperature::ReleaseWMI()
+{
+    m_pWMIHandle.reset();
+    m_iLastECTemperature = 0;
+}
+
 // Whether this engine reports temperatures to the embedded controller.
-bool CKelvanePostEngine::IsReporting() const
+bool CKelvaneTemperature::IsReporting() const
 {
     return m_pWMIHandle != nullptr && CKelvaneManager::Instance()->GetAlgoCtrlParam(5) == 1;
 }
 
-int CKelvanePostEngine::AudioSmartSetECTemperature()
+int CKelvaneTemperature::AudioSmartSetECTemperature()
 {
     if (!IsReporting())
         return 0;
     KelvaneStruParam pStruParam = {};
-    if (AUDIO_CHECK(m_fAudioKelvaneGetPara(m_pRunBuf, &pStruParam)) != 0)
+    if (m_oInstance.GetPara(pStruParam) != 0)
         pStruParam = {}; // whatever the library left in it
     const int iCoil = *std::max_element(std::begin(pStruParam.sLSMCoilTemp), std::end(pStruParam.sLSMCoilTemp));
     int iTemperature = std::max(iCoil, 0) / 10;
@@ -109,7 +123,7 @@ int CKelvanePostEngine::AudioSmartSetECTemperature()
     return iResult;
 }
 
-int CKelvanePostEngine::AudioSmartCancelECTemperature()
+int CKelvaneTemperature::AudioSmartCancelECTemperature()
 {
     if (!IsReporting())
         return 0;
@@ -124,11 +138,11 @@ int CKelvanePostEngine::AudioSmartCancelECTemperature()
     return AUDIO_CHECK(m_pWMIHandle->SetECTemperature(iSetTemperature));
 }
 
-int CKelvanePostEngine::AudioKelvaneSetAlgoTemperature()
+int CKelvaneTemperature::AudioKelvaneSetAlgoTemperature()
 {
     if (m_pWMIHandle == nullptr)
         return 0;
-    if (AUDIO_MISSING(m_fAudioKelvaneTemperature, AUDIO_NO_HANDLE))
+    if (!m_oInstance.HasTemperature())
         return AUDIO_NO_HANDLE;
     const CKelvaneManager* const pManager = CKelvaneManager::Instance();
     const INT64 iCommond = QueryCommond(pManager->GetAlgoCtrlParam(7));
@@ -141,10 +155,10 @@ int CKelvanePostEngine::AudioKelvaneSetAlgoTemperature()
         AUDIOLOG_DEBUG("Query Commond(" + std::to_string(iCommond) + "),EC Temperature:" +
                        std::to_string(iTemperature) + ",Offset Temperature:" + std::to_string(iOffset));
     }
-    return AUDIO_CHECK(m_fAudioKelvaneTemperature(m_pRunBuf, iTemperature));
+    return m_oInstance.SetTemperature(iTemperature);
 }
 
-int CKelvanePostEngine::AudioKelvanePrintTemperature()
+int CKelvaneTemperature::AudioKelvanePrintTemperature(int iOffload)
 {
     const CKelvaneManager* const pManager = CKelvaneManager::Instance();
     if (pManager->m_iDebugMode == 0 || m_pWMIHandle == nullptr)
@@ -160,6 +174,47 @@ int CKelvanePostEngine::AudioKelvanePrintTemperature()
         strLine += (i == 0 ? "" : ",") + std::to_string(iSample);
     }
     m_oAverageQueue.Publish();
-    pManager->PrintSmartDebugLog(AUDIO_TEMPERATURE_FILE, strLine.c_str(), m_oStream.m_bInlineMode);
+    pManager->PrintSmartDebugLog(AUDIO_TEMPERATURE_FILE, strLine.c_str(), iOffload);
+    return 0;
+}
+
+CKelvaneTemperature::Heat CKelvaneTemperature::JudgeHeat()
+{
+    const std::vector<CKelvaneMeanQueue>& vecMeans = m_oAverageQueue.Read();
+    if (vecMeans.empty() || !vecMeans[0].IsFull())
+        return Heat::Unknown;
+    bool bHigh = true;
+    bool bLow = true;
+    for (int i = 0; i < static_cast<int>(vecMeans.size()); ++i)
+    {
+        bHigh = bHigh && JudgeHighLimit(i, vecMeans[static_cast<size_t>(i)]) == 1;
+        bLow = bLow && JudgeLowLimit(i, vecMeans[static_cast<size_t>(i)]) == 1;
+    }
+    if (!bHigh && !bLow) // between the two limits
+        return Heat::Unknown;
+    ClearTemperatureQueue(m_oAverageQueue);
+    return bHigh ? Heat::Hot : Heat::Cool;
+}
+
+int CKelvaneTemperature::JudgeHighLimit(const int& i, CKelvaneMeanQueue oQueue)
+{
+    const std::vector<INT32>& vecLimit = CKelvaneManager::Instance()->m_vecSensorRangeNormal;
+    if (!oQueue.IsFull() || static_cast<size_t>(i) >= vecLimit.size())
+        return 0;
+    const INT32 iLimit = vecLimit[static_cast<size_t>(i)];
+    return std::all_of(oQueue.begin(), oQueue.end(), [=](INT32 iMean) { return iMean > iLimit; }) ? 1 : 0;
+}
+
+int CKelvaneTemperature::JudgeLowLimit(const int& i, CKelvaneMeanQueue oQueue)
+{
+    const std::vector<INT32>& vecLimit = CKelvaneManager::Instance()->m_vecSensorRangeLow;
+    if (!oQueue.IsFull() || static_cast<size_t>(i) >= vecLimit.size())
+        return 0;
+    const INT32 iLimit = vecLimit[static_cast<size_t>(i)];
+    const INT32* const pAbove = std::find_if(oQueue.begin(), oQueue.end(), [=](INT32 iMean) { return iMean > iLimit; });
+    if (pAbove == oQueue.end())
+        return 1;
+    AUDIOLOG_DEBUG("iSenSorID:" + std::to_string(i) + ",Average Temperature:" + std::to_string(*pAbove) +
+                   "> Low Limit:" + std::to_string(iLimit));
     return 0;
 }

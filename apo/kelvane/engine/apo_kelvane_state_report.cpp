@@ -1,12 +1,15 @@
-// The library's live state as text, for the record file of debug mode.
+// The text of the library's live state.
+#include "apo/kelvane/engine/apo_kelvane_state_report.h"
+
 #include "apo/kelvane/apo_kelvane_manager.h"
-#include "apo/kelvane/apo_kelvane_postengine.h"
+#include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_log.h"
 #include "audioapi/audio_api_monitor.h"
 #include "audioapi/audio_api_result.h"
 
 #include <cstdio>
 #include <string>
+#include <utility>
 
 namespace
 {
@@ -50,7 +53,7 @@ std::string PrintField(const PrintItem& oItem, const KelvaneStruParam& oStruPara
 } // namespace
 
 // Ends in a line end, so that each state stands on a line of its own in the file.
-std::string CKelvanePostEngine::PrintSingleItemPara(const KelvaneStruParam& pStruParam)
+std::string CKelvaneStateReport::PrintSingleItemPara(const KelvaneStruParam& pStruParam) const
 {
     char szText[1024] = {};
     const int iLen = snprintf(
@@ -63,20 +66,33 @@ std::string CKelvanePostEngine::PrintSingleItemPara(const KelvaneStruParam& pStr
         "ACLineStatus = %d\n",
         static_cast<float>(pStruParam.sLSMMonitorTemp), static_cast<float>(pStruParam.sBCNCurrentGain) / 100.0F,
         CAudioMonitor::Instance()->GetSpeakerVolumeDB(), CAudioMonitor::Instance()->GetSpeakerVolume(),
-        m_oSysPower.BatteryLifePercent, m_oSysPower.ACLineStatus);
+        m_oPower.Status().BatteryLifePercent, m_oPower.Status().ACLineStatus);
     if (iLen < 1)
         AUDIOLOG_ERROR(AUDIO_BAD_DATA, "Print kelvane Single Item Param failed!");
     return szText;
 }
 
-std::string CKelvanePostEngine::AudioSmartPrintPara()
+std::string CKelvaneStateReport::AudioSmartPrintPara()
 {
     if (CKelvaneManager::Instance()->m_iDebugMode != 1)
         return {};
     KelvaneStruParam pStruParam = {};
-    AUDIO_CHECK(m_fAudioKelvaneGetPara(m_pRunBuf, &pStruParam));
-    std::string strText = std::string("KelvParamID:") + m_strParamID.load() + ";";
+    m_oInstance.GetPara(pStruParam);
+    std::string strText = std::string("KelvParamID:") + m_oChoice.ParamID() + ";";
     for (const PrintItem& oItem : aPrintItem)
         strText += PrintField(oItem, pStruParam);
     return strText + PrintSingleItemPara(pStruParam);
+}
+
+int CKelvaneStateReport::AudioSmartGatherPara()
+{
+    m_strStates += AudioSmartPrintPara();
+    return 0;
+}
+
+int CKelvaneStateReport::AudioSmartRecordPara(int iOffload)
+{
+    const std::string strStates = std::exchange(m_strStates, {});
+    CKelvaneManager::Instance()->PrintSmartDebugLog(AUDIO_PARAMETERS_FILE, strStates.c_str(), iOffload);
+    return 0;
 }
