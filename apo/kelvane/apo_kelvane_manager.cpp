@@ -3,6 +3,8 @@
 
 #include "apo/kelvane/apo_kelvane_everest.h"
 #include "apo/kelvane/apo_kelvane_senary.h"
+#include "apo/kelvane/tuning/apo_kelvane_tuning_file.h"
+#include "apo/kelvane/tuning/apo_kelvane_tuning_loader.h"
 #include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_dump.h"
 #include "audioapi/audio_api_log.h"
@@ -23,7 +25,7 @@ CKelvaneManager::~CKelvaneManager()
         AUDIO_CHECK_WIN(FreeLibrary(m_hDll));
         m_hDll = nullptr;
     }
-    m_mapAlgoParam.clear();
+    m_oTuning.m_mapAlgoParam.clear();
     m_pIRP0.reset();
     m_pIRP1.reset();
     CAudioMonitor::DeleteInstance();
@@ -68,9 +70,9 @@ void CKelvaneManager::Initialize(HMODULE hModule)
     RunStep("LoadEverestGain", [this] { LoadEverestGain(); });
 }
 
-INT64 CKelvaneManager::GetAlgoCtrlParam(UINT64 iIndex) const
+void CKelvaneManager::LoadConfigFile()
 {
-    return iIndex < ALGO_CTRL_COUNT ? m_iAlgoCtrlParam[iIndex] : 0;
+    m_oTuning = CKelvaneTuningLoader().Load(FindConfigFile(m_iDebugMode, m_strAlgoVersion));
 }
 
 namespace

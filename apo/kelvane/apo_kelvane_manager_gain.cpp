@@ -21,33 +21,53 @@ void CKelvaneManager::InitializeIRP()
         m_pIRP1 = std::make_unique<CKelvaneIRP>(AUDIO_KELVANE_DEVICE1);
 }
 
+// One of the two gains, and its texts in the log.
+struct CKelvaneManager::AmplifierGain
+{
+    DWORD dwStatus;
+    const char* pFirst;
+    const char* pSecond;
+    const char* pFailedEvent;
+    const char* pFailed;
+    const char* pDoneEvent;
+    const char* pDone;
+};
+
 DWORD CKelvaneManager::ActiveMutilPAGain()
 {
-    DWORD dwResult = 0;
-    if (m_pIRP0 != nullptr)
-        dwResult = AUDIO_CHECK(m_pIRP0->SetKelvaneStatus(KELVANE_STATUS_ACTIVE));
-    if (dwResult == 0 && m_pIRP1 != nullptr)
-        dwResult = AUDIO_CHECK(m_pIRP1->SetKelvaneStatus(KELVANE_STATUS_ACTIVE));
-    if (dwResult != 0)
-        AUDIOLOG_EVENT_WARN(std::string(AUDIO_EVENT_SET_GAIN_FAILED) +
-                            "Set MutilPA Gain Failed! Reason:" + std::to_string(dwResult));
-    else
-        AUDIOLOG_EVENT_INFO(std::string(AUDIO_EVENT_SET_GAIN_OK) + "Set MutilPA Gain Success!");
-    return dwResult;
+    static constexpr AmplifierGain oActive = {KELVANE_STATUS_ACTIVE,
+                                              "m_pIRP0->SetKelvaneStatus(KELVANE_STATUS_ACTIVE)",
+                                              "m_pIRP1->SetKelvaneStatus(KELVANE_STATUS_ACTIVE)",
+                                              AUDIO_EVENT_SET_GAIN_FAILED,
+                                              "Set MutilPA Gain Failed! Reason:",
+                                              AUDIO_EVENT_SET_GAIN_OK,
+                                              "Set MutilPA Gain Success!"};
+    return SetMutilPAGain(oActive);
 }
 
 DWORD CKelvaneManager::DeactiveMutilPAGain()
 {
+    static constexpr AmplifierGain oDeactive = {KELVANE_STATUS_DEACTIVE,
+                                                "m_pIRP0->SetKelvaneStatus(KELVANE_STATUS_DEACTIVE)",
+                                                "m_pIRP1->SetKelvaneStatus(KELVANE_STATUS_DEACTIVE)",
+                                                AUDIO_EVENT_CANCEL_GAIN_FAILED,
+                                                "Cancel MutilPA Gain Failed! Reason:",
+                                                AUDIO_EVENT_CANCEL_GAIN_OK,
+                                                "Cancel MutilPA Gain Success!"};
+    return SetMutilPAGain(oDeactive);
+}
+
+DWORD CKelvaneManager::SetMutilPAGain(const AmplifierGain& oGain)
+{
     DWORD dwResult = 0;
     if (m_pIRP0 != nullptr)
-        dwResult = AUDIO_CHECK(m_pIRP0->SetKelvaneStatus(KELVANE_STATUS_DEACTIVE));
+        dwResult = AudioCheckResult(m_pIRP0->SetKelvaneStatus(oGain.dwStatus), AUDIO_LOG_SITE, oGain.pFirst);
     if (dwResult == 0 && m_pIRP1 != nullptr)
-        dwResult = AUDIO_CHECK(m_pIRP1->SetKelvaneStatus(KELVANE_STATUS_DEACTIVE));
+        dwResult = AudioCheckResult(m_pIRP1->SetKelvaneStatus(oGain.dwStatus), AUDIO_LOG_SITE, oGain.pSecond);
     if (dwResult != 0)
-        AUDIOLOG_EVENT_WARN(std::string(AUDIO_EVENT_CANCEL_GAIN_FAILED) +
-                            "Cancel MutilPA Gain Failed! Reason:" + std::to_string(dwResult));
+        AUDIOLOG_EVENT_WARN(std::string(oGain.pFailedEvent) + oGain.pFailed + std::to_string(dwResult));
     else
-        AUDIOLOG_EVENT_INFO(std::string(AUDIO_EVENT_CANCEL_GAIN_OK) + "Cancel MutilPA Gain Success!");
+        AUDIOLOG_EVENT_INFO(std::string(oGain.pDoneEvent) + oGain.pDone);
     return dwResult;
 }
 

@@ -61,7 +61,7 @@ int CKelvanePostEngine::InitAlgorithmParameter()
         CreateParameterThread();
         return 0;
     }
-    if (CKelvaneManager::Instance()->m_iDebugMode == 1)
+    if (CKelvaneManager::Instance()->GetDebugMode() == 1)
         SetSilentStatus(1);
     else
         DeactiveKelvaneGain();

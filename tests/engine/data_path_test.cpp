@@ -44,12 +44,11 @@ TEST_F(DataPathTest, ChannelsReachTheLibraryAndComeBackByTheTables)
         {8, 1, 8, 0, {1, 2, 3, 4}, {1, 2, 3, 4, 5, 6, 7, 8}},
         {6, 0, 4, 0, {1, 2, 3, 4}, {1, 2, 3, 4, 0, 0}},
     };
-    CKelvaneManager* const pManager = CKelvaneManager::Instance();
     for (const Row& oRow : vecRows)
     {
         SCOPED_TRACE(std::to_string(oRow.iChannel) + " channels, DIV " + std::to_string(oRow.iDIVMode));
-        pManager->m_iDIVMode = oRow.iDIVMode;
-        pManager->m_iAlgoCtrlParam[6] = oRow.iSwap;
+        CManagerInside::Tuning().m_iDIVMode = oRow.iDIVMode;
+        CManagerInside::Tuning().m_iAlgoCtrlParam[6] = oRow.iSwap;
         SetRecordChannels(oRow.iRecordChannel);
         std::vector<float> vecLibrary;
         m_oLibrary.fnApply = [&](KelvaneDataStruct& oData)

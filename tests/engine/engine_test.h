@@ -8,6 +8,7 @@
 #include "tests/support/apo_connections.h"
 #include "tests/support/engine_inside.h"
 #include "tests/support/logged_machine_test.h"
+#include "tests/support/manager_inside.h"
 
 #include <algorithm>
 #include <atomic>
@@ -36,14 +37,13 @@ protected:
     {
         LoggedMachineTest::SetUp();
         g_pLibrary = &m_oLibrary;
-        CKelvaneManager* const pManager = CKelvaneManager::Instance();
-        pManager->m_fAudioKelvaneGetSize = [](KelvaneMemSize* pSize)
+        CManagerInside::EntryPoints().m_fAudioKelvaneGetSize = [](KelvaneMemSize* pSize)
         {
             *pSize = g_pLibrary->oSize;
             return g_pLibrary->iSizeCode;
         };
-        pManager->m_fAudioKelvaneInit = [](void*, void*) { return g_pLibrary->iInitCode; };
-        pManager->m_fAudioKelvaneSetPara = [](void*, void*, const KelvaneStruParam* pParam)
+        CManagerInside::EntryPoints().m_fAudioKelvaneInit = [](void*, void*) { return g_pLibrary->iInitCode; };
+        CManagerInside::EntryPoints().m_fAudioKelvaneSetPara = [](void*, void*, const KelvaneStruParam* pParam)
         {
             g_pLibrary->pLastParam = pParam;
             ++g_pLibrary->iSetParaCount;
@@ -51,9 +51,9 @@ protected:
                 g_pLibrary->fnSetPara();
             return g_pLibrary->iSetParaCode;
         };
-        pManager->m_fAudioKelvaneApply = Apply;
-        pManager->m_fAudioKelvaneSetBatteryInfo = [](void*, int32_t) { return 0; };
-        pManager->m_vecVolumeRange = {0, 20, 40, 60, 80, 100};
+        CManagerInside::EntryPoints().m_fAudioKelvaneApply = Apply;
+        CManagerInside::EntryPoints().m_fAudioKelvaneSetBatteryInfo = [](void*, int32_t) { return 0; };
+        CManagerInside::Tuning().m_vecVolumeRange = {0, 20, 40, 60, 80, 100};
         Mend();
     }
 
@@ -62,16 +62,18 @@ protected:
     {
         m_oLibrary.oSize = {64, 64, {}};
         m_oLibrary.iInitCode = m_oLibrary.iSetParaCode = m_oLibrary.iSizeCode = m_oLibrary.iApplyCode = 0;
-        CKelvaneManager::Instance()->m_bLoadDLL = TRUE;
-        for (const char* pKey : {"30000", "30020", "30080"})
-            CKelvaneManager::Instance()->m_mapAlgoParam[pKey] = std::make_unique<KelvaneStruParam>();
+        CManagerInside::LoadDLL() = TRUE;
+        for (const char* pKey : {"30000", "30020"})
+            SetRecordChannels(0, pKey);
         SetRecordChannels(8);
     }
 
-    // The channel count of the set that a stream starts with.
-    static void SetRecordChannels(int iChannel)
+    // Makes the key's set, by default the one that a stream starts with.
+    static void SetRecordChannels(int iChannel, const char* pKey = "30080")
     {
-        CKelvaneManager::Instance()->m_mapAlgoParam["30080"]->sChannelNum = static_cast<int16_t>(iChannel);
+        auto pParam = std::make_unique<KelvaneStruParam>();
+        pParam->sChannelNum = static_cast<int16_t>(iChannel);
+        CManagerInside::Tuning().m_mapAlgoParam[pKey] = std::move(pParam);
     }
 
     void TearDown() override

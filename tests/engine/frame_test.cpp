@@ -41,7 +41,7 @@ TEST_F(FrameTest, EachTimingPeriodCountsItsOwnTimes)
 {
     StartLog(AUDIO_LEVEL_WARN);
     MakeFolder(AUDIO_VOICE_LOG_DIR);
-    CKelvaneManager::Instance()->m_iDebugMode = 1;
+    CManagerInside::DebugMode() = 1;
     machine::SetClock({2026, 3, 2, 17, 12, 0, 0, 0});
     machine::FreezeClock();
     MakeHandEngine();
@@ -108,10 +108,9 @@ TEST_F(FrameTest, ALateWorkerIsSignalledFromTheHighMarkOn)
 TEST_F(FrameTest, TheInlineStreamTellsEachJobThatFails)
 {
     StartLog(AUDIO_LEVEL_ERROR);
-    CKelvaneManager* const pManager = CKelvaneManager::Instance();
-    pManager->m_iAlgoCtrlParam[5] = 1; // temperatures are reported, to no controller
-    pManager->m_fAudioKelvaneGetPara = [](void*, KelvaneStruParam*) { return 0; };
-    pManager->m_fAudioKelvaneTemperature = [](void*, int32_t) { return 21; };
+    CManagerInside::Tuning().m_iAlgoCtrlParam[5] = 1; // temperatures are reported, to no controller
+    CManagerInside::EntryPoints().m_fAudioKelvaneGetPara = [](void*, KelvaneStruParam*) { return 0; };
+    CManagerInside::EntryPoints().m_fAudioKelvaneTemperature = [](void*, int32_t) { return 21; };
     MakeEngine(2, 48000, true);
     ASSERT_EQ(m_pEngine->InitAlgorithmParameter(), 0);
     machine::FailNext("GetSystemPowerStatus", 31, -1);
@@ -128,7 +127,7 @@ TEST_F(FrameTest, AWaitThatFailsEndsNoWorker)
 {
     static std::atomic<int> iTemperatures;
     iTemperatures = 0;
-    CKelvaneManager::Instance()->m_fAudioKelvaneTemperature = [](void*, int32_t) { return 0 * ++iTemperatures; };
+    CManagerInside::EntryPoints().m_fAudioKelvaneTemperature = [](void*, int32_t) { return 0 * ++iTemperatures; };
     MakeHandEngine().InitializeWMI();
     m_pEngine->CreateTemperatureThread();
     m_pEngine->CreateParameterThread();

@@ -13,17 +13,16 @@ TEST_F(StartTest, EachFailedStepIsNamedAndTakesTheStreamOffTheAlgorithm)
         int iCode;
         std::function<void()> fnBreak;
     };
-    CKelvaneManager* const pManager = CKelvaneManager::Instance();
     const int iBadSize = static_cast<int>(0x80E7000E);
     const std::vector<Row> vecRows = {
-        {"FALSE == CKelvaneManager::Instance()->GetLoadDLLStatus()", 6, [&] { pManager->m_bLoadDLL = FALSE; }},
+        {"FALSE == CKelvaneManager::Instance()->GetLoadDLLStatus()", 6, [&] { CManagerInside::LoadDLL() = FALSE; }},
         {"m_fAudioKelvaneGetSize(m_pMemSize)", 5, [&] { m_oLibrary.iSizeCode = 5; }},
         {"(m_pMemSize->iRunBufSize <= 0)", iBadSize, [&] { m_oLibrary.oSize.iRunBufSize = 0; }},
         {"(m_pMemSize->iScratchSize <= 0)", iBadSize, [&] { m_oLibrary.oSize.iScratchSize = -1; }},
         {"m_pRunBuf", 1001, [&] { m_oLibrary.oSize.iRunBufSize = 0x7FFFFFFF; }},
         {"m_fAudioKelvaneInit(m_pRunBuf, m_pScratchBuf)", 7, [&] { m_oLibrary.iInitCode = 7; }},
         {"iRealChannlCount > KELVANE_MAX_CHANNELS", 13, [] { SetRecordChannels(9); }},
-        {"pStruParam", 1171, [&] { pManager->m_mapAlgoParam.clear(); }},
+        {"pStruParam", 1171, [&] { CManagerInside::Tuning().m_mapAlgoParam.clear(); }},
         {"m_fAudioKelvaneSetPara(m_pRunBuf, m_pScratchBuf, pStruParam)", 8, [&] { m_oLibrary.iSetParaCode = 8; }},
         {"GetSystemPowerStatus(&oSysPower)", 12, [] { machine::FailNext("GetSystemPowerStatus", 31, 2); }},
     };
@@ -33,7 +32,7 @@ TEST_F(StartTest, EachFailedStepIsNamedAndTakesTheStreamOffTheAlgorithm)
         {
             SCOPED_TRACE(oRow.pText);
             Mend();
-            pManager->m_iDebugMode = iDebugMode;
+            CManagerInside::DebugMode() = iDebugMode;
             oRow.fnBreak();
             MakeEngine();
             EXPECT_EQ(m_pEngine->InitAlgorithmParameter(), oRow.iCode == 13 ? 1001 : oRow.iCode);
@@ -93,7 +92,7 @@ TEST_F(StartTest, VolumeAndSoundModesChooseTheKey)
         oStatus.m_iMicrophoneMode = oRow.iMicrophoneMode;
         EXPECT_STREQ(m_pEngine->GetEffectParamsID(oRow.iHeatState), oRow.pKey) << oRow.iVolume;
     }
-    CKelvaneManager::Instance()->m_vecVolumeRange.pop_back();
+    CManagerInside::Tuning().m_vecVolumeRange.pop_back();
     EXPECT_STREQ(m_pEngine->GetEffectParamsID(0), "");
 }
 
@@ -109,7 +108,7 @@ TEST_F(StartTest, LibraryIsAskedOnlyForANewKey)
         EXPECT_EQ(m_pEngine->RefreshAlgorithmParams(), 0);
     }
     EXPECT_EQ(m_oLibrary.iSetParaCount, 2); // the first load and one change
-    EXPECT_EQ(m_oLibrary.pLastParam, CKelvaneManager::Instance()->m_mapAlgoParam["30020"].get());
+    EXPECT_EQ(m_oLibrary.pLastParam, CManagerInside::Tuning().m_mapAlgoParam["30020"].get());
     EXPECT_EQ(CountLog("Refresh Algorithm Params from 30000 to 30020"), 1U);
     // Refused: the key is the new one all the same, and is not tried again.
     m_oLibrary.iSetParaCode = 9;

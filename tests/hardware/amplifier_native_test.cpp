@@ -145,7 +145,7 @@ TEST_F(AmplifierTest, ManagerTreatsAmplifiersAsOne)
         Attach("KELVANE_DEVICE0", oMood0);
         Attach("KELVANE_DEVICE1", oMood1);
         CKelvaneManager* const pManager = CKelvaneManager::Instance();
-        pManager->m_iAlgoCtrlParam[1] = oRow.iNumber;
+        CManagerInside::Tuning().m_iAlgoCtrlParam[1] = oRow.iNumber;
         pManager->InitializeIRP();
         const std::string strNumber = std::to_string(oRow.iNumber);
         EXPECT_EQ(CountLog("Config PA Number:" + strNumber), 1U);
@@ -166,8 +166,7 @@ TEST_F(AmplifierTest, ManagerTreatsAmplifiersAsOne)
             EXPECT_EQ(strFailures.find(oRow.pFailing + std::string(pText) + std::to_string(oRow.dwResult)) ==
                           std::string::npos,
                       oRow.dwResult == 0);
-        pManager->m_pIRP0.reset();
-        pManager->m_pIRP1.reset();
+        CManagerInside::RemoveAmplifiers();
     }
 }
 } // namespace

@@ -21,7 +21,7 @@ TEST_F(CodecTest, EachMakeHasItsOwnScale)
     for (const int iWord : {0, 2, 1})
     {
         EXPECT_EQ(SentTo("everest") + SentTo("senary"), "");
-        CKelvaneManager::Instance()->m_iAlgoCtrlParam[0] = iWord;
+        CManagerInside::Tuning().m_iAlgoCtrlParam[0] = iWord;
         CKelvaneManager::Instance()->LoadSenaryGain();
         CKelvaneManager::Instance()->LoadEverestGain();
     }

@@ -18,8 +18,8 @@ protected:
         Attach("senary", m_oSenary, "{54C9343C-2A17-42E8-B4FD-9F9DA27B94D6}");
         Attach("everest", m_oEverest, "{F27CDC00-203E-4107-A503-21211537EA43}");
         CKelvaneManager* const pManager = CKelvaneManager::Instance();
-        pManager->m_iAlgoCtrlParam[0] = 1;
-        pManager->m_iAlgoCtrlParam[1] = 1;
+        CManagerInside::Tuning().m_iAlgoCtrlParam[0] = 1;
+        CManagerInside::Tuning().m_iAlgoCtrlParam[1] = 1;
         pManager->InitializeIRP();
         pManager->LoadSenaryGain();
         pManager->LoadEverestGain();
@@ -27,7 +27,7 @@ protected:
     }
     void TakeDown()
     {
-        CKelvaneManager::Instance()->m_pIRP0.reset();
+        CManagerInside::RemoveAmplifiers();
         CSenaryGainConfig::DeleteInstance();
         CEverestGainConfig::DeleteInstance();
         m_oAmplifier = m_oSenary = m_oEverest = {};
@@ -38,7 +38,6 @@ protected:
 
 TEST_F(StreamHardwareTest, AFailedStartLeavesTheStreamWhereItDoesNoHarm)
 {
-    CKelvaneManager* const pManager = CKelvaneManager::Instance();
     const std::string strSilent = "|0 Set Low Gain failed then Will be Silented!";
     const struct
     {
@@ -60,13 +59,13 @@ TEST_F(StreamHardwareTest, AFailedStartLeavesTheStreamWhereItDoesNoHarm)
         {
             SCOPED_TRACE(oGain.strFailure);
             Mend();
-            pManager->m_iDebugMode = oGain.iDebugMode;
+            CManagerInside::DebugMode() = oGain.iDebugMode;
             BringUp();
             m_oSenary.oAnswer.dwError = oGain.dwSenary;
             m_oAmplifier.oAnswer.dwError = oGain.dwAmplifier;
             m_oEverest.oAnswer.dwError = oGain.dwEverest;
             m_oLibrary.iInitCode = 7;
-            pManager->m_bLoadDLL = bLoaded;
+            CManagerInside::LoadDLL() = bLoaded;
             const ApoObject<CKelvanePostEFX> pObject = OpenStream();
             CPeriod oPeriod(2, 480, BUFFER_VALID, true); // in place: silence is written over the input
             oPeriod.Run(*pObject);
@@ -109,10 +108,9 @@ TEST_F(StreamHardwareTest, TheProcessingThreadOfTheWorkerVariantMeetsNoDevice)
     machine::Controller oController;
     oController.fScript = [](UINT64) { return machine::TemperatureAnswer(315); };
     machine::AttachController(oController);
-    CKelvaneManager* const pManager = CKelvaneManager::Instance();
-    pManager->m_fAudioKelvaneGetPara = [](void*, KelvaneStruParam*) { return 0; };
-    pManager->m_fAudioKelvaneTemperature = [](void*, int32_t) { return 0; };
-    pManager->m_iAlgoCtrlParam[5] = 1; // temperatures are reported
+    CManagerInside::EntryPoints().m_fAudioKelvaneGetPara = [](void*, KelvaneStruParam*) { return 0; };
+    CManagerInside::EntryPoints().m_fAudioKelvaneTemperature = [](void*, int32_t) { return 0; };
+    CManagerInside::Tuning().m_iAlgoCtrlParam[5] = 1; // temperatures are reported
     const ApoObject<CKelvanePostEFX> pObject = OpenStream();
     DWORD dwThread = 0;
     std::thread(
@@ -138,7 +136,7 @@ TEST_F(StreamHardwareTest, AStreamTooWideStartsAsAFailedInstance)
 {
     for (const int iDebugMode : {0, 1})
     {
-        CKelvaneManager::Instance()->m_iDebugMode = iDebugMode;
+        CManagerInside::DebugMode() = iDebugMode;
         BringUp();
         const ApoObject<CKelvanePostEFX> pObject = OpenStream(false, 12);
         EXPECT_EQ(SentTo("KELVANE_DEVICE0"), iDebugMode == 0 ? "0000000002000000" : "");

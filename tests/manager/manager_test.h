@@ -3,6 +3,7 @@
 
 #include "apo/kelvane/apo_kelvane_manager.h"
 #include "tests/support/logged_machine_test.h"
+#include "tests/support/manager_inside.h"
 
 #include <chrono>
 #include <string>

@@ -116,11 +116,11 @@ TEST_F(ParameterSetTest, FindsRecordsByKeyWithTheFirstAsDefault)
               {"30000", strDiv + ",0x5"},
               {"30000", "0x1,0x2,0x3" + Repeat("0x9", 5) + Repeat("0x0", 19) + ",0x2"},
               {"40000", ""}});
-    EXPECT_EQ(pManager->m_mapAlgoParam.size(), 2u);
+    EXPECT_EQ(CManagerInside::Tuning().m_mapAlgoParam.size(), 2u);
     EXPECT_EQ(pManager->GetAlgoCtrlParam(7), 9); // of the last set that had the word
     EXPECT_EQ(pManager->GetAlgorithmStruct("9")->sDIVMode, 1);
     EXPECT_EQ(pManager->GetAlgorithmStruct("30000")->sDIVMode, 2); // the later of two
-    EXPECT_EQ(pManager->m_iDIVMode, 2);
+    EXPECT_EQ(CManagerInside::Tuning().m_iDIVMode, 2);
     EXPECT_TRUE(HasLine("INFO", 0, "Get Parameter from strKey=9"));
     for (const char* pKey : {"40000", "none", "small", ""})
     {
@@ -134,7 +134,7 @@ TEST_F(ParameterSetTest, FindsRecordsByKeyWithTheFirstAsDefault)
     EXPECT_EQ(pManager->GetAlgorithmStruct("30000"), nullptr);
     EXPECT_TRUE(HasLine("ERROR", 13, "3841114 Parameter list is empty!"));
     LoadSets({{"1", strDiv + ",0x1"}});
-    EXPECT_EQ(pManager->m_iDIVMode, 1);
+    EXPECT_EQ(CManagerInside::Tuning().m_iDIVMode, 1);
     EXPECT_TRUE(HasLine("INFO", 0, "DIVMode is Open!"));
 }
 } // namespace

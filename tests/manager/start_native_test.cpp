@@ -1,5 +1,6 @@
 // The manager's start where the native machine's means are wanted: a step that throws, devices on the way down, times
 // of files, a locale with a comma.
+#include "apo/kelvane/tuning/apo_kelvane_tuning_loader.h"
 #include "platform/control/machine_native.h"
 #include "platform/hostpath.h"
 #include "tests/manager/manager_test.h"
@@ -51,7 +52,7 @@ TEST_F(ManagerStartTest, TheNewestFileIsMadeOrWrittenLast)
         const auto oWritten = std::filesystem::file_time_type::clock::now() - std::chrono::hours(iNewest == 2);
         std::filesystem::last_write_time(HostPath(strFile + std::to_string(iNewest) + ".xml"), oWritten);
         pManager->LoadConfigFile();
-        EXPECT_EQ(pManager->m_vecSensorRangeCommand, std::vector<INT32>{iNewest});
+        EXPECT_EQ(CManagerInside::Tuning().m_vecSensorRangeCommand, std::vector<INT32>{iNewest});
     }
 }
 
@@ -66,7 +67,7 @@ TEST_F(ManagerStartTest, NumbersAreReadTheSameUnderEveryLocale)
     setenv("LOCPATH", (machine::Folder() + "/locale").c_str(), 1);
     ASSERT_NE(setlocale(LC_NUMERIC, "comma"), nullptr);
     EXPECT_EQ(std::to_string(0.5), "0,500000");
-    const auto pParam = CKelvaneManager::Instance()->ParseAlgorithmPara(
+    const auto pParam = CKelvaneTuningLoader().ParseAlgorithmPara(
         "0,0,0,0,0,0,0,0,0x1,0.00393,-1.5e1,+.25,0x1F,1e999,-1e-999,.5x,x,--5,-0X1.8p1", "");
     setlocale(LC_NUMERIC, "C");
     unsetenv("LOCPATH");

@@ -101,13 +101,13 @@ TEST_F(TuningFileTest, TakesOneFileOfMany)
                 PutFile(oFile.strPath, oFile.strContent);
                 LetTimePass();
             }
-        pManager->m_strAlgoVersion = oRow.pAlgoVersion;
-        pManager->m_iDebugMode = oRow.iDebugMode;
+        CManagerInside::AlgoVersion() = oRow.pAlgoVersion;
+        CManagerInside::DebugMode() = oRow.iDebugMode;
         g_bMemoryShort = true;
         pManager->LoadConfigFile();
         g_bMemoryShort = false;
         const std::vector<INT32> oExpected = oRow.iTaken ? std::vector<INT32>{oRow.iTaken} : std::vector<INT32>{};
-        EXPECT_EQ(pManager->m_vecSensorRangeCommand, oExpected);
+        EXPECT_EQ(CManagerInside::Tuning().m_vecSensorRangeCommand, oExpected);
         EXPECT_EQ(CountLog("No Parameter be Loaded in Map!"), oRow.iTaken ? 1u : 0u);
     }
 }
@@ -143,9 +143,9 @@ TEST_F(TuningFileTest, ReadsTheLists)
             strLists = "<SENSOR_RANGE_LOW VALUE=\"" + strText + "\"/><VOLUME_RANGE VALUE=\"" + strText + "\"/>";
         PutFile(INSTALLED + "audio_kelvane_params_1.xml", File("", "", 3, strLists));
         pManager->LoadConfigFile();
-        EXPECT_EQ(pManager->m_vecVolumeRange, oRow.oVolumes);
-        EXPECT_EQ(pManager->m_vecSensorRangeLow, oRow.oSensors);
-        EXPECT_EQ(pManager->m_vecSensorRangeCommand, std::vector<INT32>{3});
+        EXPECT_EQ(CManagerInside::Tuning().m_vecVolumeRange, oRow.oVolumes);
+        EXPECT_EQ(CManagerInside::Tuning().m_vecSensorRangeLow, oRow.oSensors);
+        EXPECT_EQ(CManagerInside::Tuning().m_vecSensorRangeCommand, std::vector<INT32>{3});
         EXPECT_EQ(CountLog("Config Volume Param Number is Invalid!"), oRow.bVolumeWarned ? 1u : 0u);
         EXPECT_EQ(CountLog("Config file not have Tag:VOLUME_RANGE"), oRow.pText == nullptr ? 1u : 0u);
         EXPECT_TRUE(HasLine("ERROR", 1465, "Failed to load tag VENDOR"));
@@ -184,8 +184,8 @@ TEST_F(TuningFileTest, SurvivesBrokenFiles)
         EXPECT_TRUE(
             HasLine("ERROR", oRow.iCode,
                     oRow.iCode == -1 ? "Failed to load xml file:" + strPath : "Failed to load tag SENCE_CATEGORY"));
-        EXPECT_TRUE(pManager->m_mapAlgoParam.empty());
-        EXPECT_TRUE(pManager->m_vecVolumeRange.empty());
+        EXPECT_TRUE(CManagerInside::Tuning().m_mapAlgoParam.empty());
+        EXPECT_TRUE(CManagerInside::Tuning().m_vecVolumeRange.empty());
     }
 
     CKelvaneManager* pManager = Restart();

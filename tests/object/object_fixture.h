@@ -7,6 +7,7 @@
 #include "tests/support/apo_connections.h"
 #include "tests/support/engine_inside.h"
 #include "tests/support/logged_machine_test.h"
+#include "tests/support/manager_inside.h"
 
 #include <algorithm>
 #include <string>

@@ -9,7 +9,7 @@ protected:
     void SetUp() override
     {
         ObjectTest::SetUp();
-        CKelvaneManager::Instance()->m_bLoadDLL = TRUE;
+        CManagerInside::LoadDLL() = TRUE;
         Open(2, 48000);
     }
     void TearDown() override
@@ -67,7 +67,7 @@ TEST_F(ProcessTest, EveryReasonLeadsToItsPath)
     {
         SCOPED_TRACE(oCase.pName);
         Open(2, oCase.f32Rate);
-        CKelvaneManager::Instance()->m_bLoadDLL = oCase.bLoaded;
+        CManagerInside::LoadDLL() = oCase.bLoaded;
         Status().m_iHeadSetStatus = oCase.iHeadset;
         Status().m_iKelvaneBypass = oCase.iKelvaneBypass;
         Engine().SetBypassStatus(oCase.iBypassStatus);

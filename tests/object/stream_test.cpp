@@ -26,17 +26,17 @@ TEST_F(PostStreamTest, AVolumeThatChangesBesideTheAlgorithmReachesTheLibrary)
     for (const bool bAtStart : {false, true})
         for (const bool bInline : {false, true})
         {
-            CKelvaneManager::Instance()->m_mapAlgoParam["30000"]->sChannelNum = 2;
+            SetRecordChannels(2, "30000");
             m_oStatus.m_iSpeakerVolume = 10;
             m_oLibrary.iSetParaCount = 0;
             m_oLibrary.fnApply = [&](KelvaneDataStruct&) { m_oStatus.m_iSpeakerVolume = 90; };
             m_oLibrary.fnSetPara = [&] { m_oStatus.m_iSpeakerVolume = bAtStart ? 90 : 10; };
             const auto pObject = OpenStream(bInline);
-            EXPECT_EQ(m_oLibrary.pLastParam, CKelvaneManager::Instance()->m_mapAlgoParam["30000"].get());
+            EXPECT_EQ(m_oLibrary.pLastParam, CManagerInside::Tuning().m_mapAlgoParam["30000"].get());
             m_oLibrary.fnSetPara = nullptr;
             std::vector<FLOAT32> vecOut;
             Play(*pObject, vecOut);
-            EXPECT_EQ(m_oLibrary.pLastParam, CKelvaneManager::Instance()->m_mapAlgoParam["30080"].get());
+            EXPECT_EQ(m_oLibrary.pLastParam, CManagerInside::Tuning().m_mapAlgoParam["30080"].get());
             EXPECT_EQ(m_oLibrary.iSetParaCount, 2);
         }
 }

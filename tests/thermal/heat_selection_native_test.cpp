@@ -19,10 +19,10 @@ TEST_F(ThermalTest, HeatChoosesTheSetWithAllSensorsAgreeing)
         {"at the hot limit", 22, 40, 41, 10, 0, "40040"},     {"one hot, one cool", 22, 41, 20, 10, 0, "40040"},
         {"above the cool limit", 22, 30, 31, 10, 0, "40040"}, {"cool", 22, 30, 20, 10, 0, "30000"}};
     StartLog(AUDIO_LEVEL_DEBUG);
-    m_pManager->m_iDebugMode = 1;
-    m_pManager->m_iAlgoCtrlParam[3] = 1;
+    CManagerInside::DebugMode() = 1;
+    CManagerInside::Tuning().m_iAlgoCtrlParam[3] = 1;
     for (const char* pKey : {"30040", "40000", "40040", "50000"})
-        m_pManager->m_mapAlgoParam[pKey] = std::make_unique<KelvaneStruParam>();
+        CManagerInside::Tuning().m_mapAlgoParam[pKey] = std::make_unique<KelvaneStruParam>();
     CAudioStatus& oStatus = CAudioMonitor::Instance()->StatusRecord();
     oStatus.m_iSpeakerVolume = 50;
     MakeThermalEngine();
@@ -39,12 +39,12 @@ TEST_F(ThermalTest, HeatChoosesTheSetWithAllSensorsAgreeing)
         oStatus.m_iSpeakerMode = oRow.iSpeakerMode;
         fnSample(oRow.iRounds, oRow.iFirst, oRow.iSecond);
         EXPECT_STREQ(m_pEngine->ParamID(), oRow.pKey) << oRow.pWhat;
-        EXPECT_EQ(m_oLibrary.pLastParam, m_pManager->m_mapAlgoParam[oRow.pKey].get());
+        EXPECT_EQ(m_oLibrary.pLastParam, CManagerInside::Tuning().m_mapAlgoParam[oRow.pKey].get());
     }
     EXPECT_EQ(CountLog("Refresh Algorithm Params from "), 5U);
     EXPECT_EQ(m_oLibrary.iSetParaCount, 6);
     EXPECT_EQ(CountLog("iSenSorID:1,Average Temperature:31> Low Limit:30"), 1U);
-    m_pManager->m_vecSensorRangeNormal.pop_back(); // a sensor without a limit is never hot
+    CManagerInside::Tuning().m_vecSensorRangeNormal.pop_back(); // a sensor without a limit is never hot
     fnSample(22, 50, 50);
     EXPECT_STREQ(m_pEngine->ParamID(), "30000");
     // The smallest and the largest sample don't count.

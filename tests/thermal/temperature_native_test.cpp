@@ -32,7 +32,7 @@ TEST_F(ThermalTest, HottestCoilIsReportedAndTakenBack)
               "AudioSmartSetECTemperature");
     m_pEngine.reset();
     EXPECT_EQ(TakeWords().back(), 0x0F02U);
-    m_pManager->m_iAlgoCtrlParam[5] = 0;
+    CManagerInside::Tuning().m_iAlgoCtrlParam[5] = 0;
     EXPECT_EQ(MakeThermalEngine().AudioSmartSetECTemperature(), 0);
     m_pEngine.reset();
     EXPECT_TRUE(TakeWords().empty());
@@ -50,8 +50,8 @@ TEST_F(ThermalTest, LibraryIsToldTheSensorsTemperature)
     MakeThermalEngine();
     for (const Row& oRow : aRows)
     {
-        m_pManager->m_iAlgoCtrlParam[7] = oRow.iSensor;
-        m_pManager->m_iAlgoCtrlParam[2] = oRow.iOffset;
+        CManagerInside::Tuning().m_iAlgoCtrlParam[7] = oRow.iSensor;
+        CManagerInside::Tuning().m_iAlgoCtrlParam[2] = oRow.iOffset;
         m_mapTenths[0x1A] = oRow.iTenths;
         EXPECT_EQ(m_pEngine->AudioKelvaneSetAlgoTemperature(), 0);
         EXPECT_EQ(g_iTold, oRow.iTold) << oRow.iSensor << " " << oRow.iOffset;
@@ -74,7 +74,7 @@ static size_t Count(const std::string& strText, const std::string& strPart)
 TEST_F(ThermalTest, JobsRunByTheAudiosTimeInBothModes)
 {
     MakeFolder(AUDIO_VOICE_LOG_DIR);
-    m_pManager->m_iDebugMode = 1;
+    CManagerInside::DebugMode() = 1;
     std::fill_n(g_oState.sLSMCoilTemp, 8, static_cast<int16_t>(3000));
     m_mapTenths = {{1, 350}, {0x1A, 350}}; // sensor 2 can't be had
     const struct
@@ -124,12 +124,12 @@ TEST_F(ThermalTest, RecordsGoToTheDaysFileInDebugModeOnly)
     StartLog(AUDIO_LEVEL_WARN);
     const auto fnPrint = [this](const char* pText)
     { m_pManager->PrintSmartDebugLog(AUDIO_TEMPERATURE_FILE, pText, 0); };
-    m_pManager->m_iDebugMode = 1;
+    CManagerInside::DebugMode() = 1;
     fnPrint("no folder");
     MakeFolder(AUDIO_VOICE_LOG_DIR);
-    m_pManager->m_iDebugMode = 0;
+    CManagerInside::DebugMode() = 0;
     fnPrint("not in debug mode");
-    m_pManager->m_iDebugMode = 1;
+    CManagerInside::DebugMode() = 1;
     machine::SetClock({2026, 3, 2, 17, 23, 59, 59, 0});
     machine::FreezeClock();
     fnPrint("1,2");
@@ -162,7 +162,7 @@ TEST_F(ThermalTest, StateTextShowsEachFieldInItsUnit)
                          {"sANDCurrentGain", 4160, 100}};
     MakeThermalEngine();
     EXPECT_EQ(m_pEngine->AudioSmartPrintPara(), "");
-    m_pManager->m_iDebugMode = 1;
+    CManagerInside::DebugMode() = 1;
     CEngineInside::ParamID(*m_pEngine) = "";
     machine::SetPowerStatus({1, 0, 77, 0, 0, 0});
     m_pEngine->AudioKelvaneSetBatteryInfo();

@@ -20,21 +20,21 @@ protected:
         EngineTest::SetUp();
         g_oState = {};
         g_iStateCode = 0;
-        m_pManager->m_fAudioKelvaneGetPara = [](void*, KelvaneStruParam* pState)
+        CManagerInside::EntryPoints().m_fAudioKelvaneGetPara = [](void*, KelvaneStruParam* pState)
         {
             *pState = g_oState;
             return g_iStateCode;
         };
-        m_pManager->m_fAudioKelvaneTemperature = [](void*, int32_t iTemperature)
+        CManagerInside::EntryPoints().m_fAudioKelvaneTemperature = [](void*, int32_t iTemperature)
         {
             g_iTold = iTemperature;
             return iTemperature == 9900 ? 21 : 0;
         };
-        m_pManager->m_iAlgoCtrlParam[5] = 1;
-        m_pManager->m_iAlgoCtrlParam[7] = 0x1A;
-        m_pManager->m_vecSensorRangeCommand = {1, 2};
-        m_pManager->m_vecSensorRangeNormal = {40, 40};
-        m_pManager->m_vecSensorRangeLow = {30, 30};
+        CManagerInside::Tuning().m_iAlgoCtrlParam[5] = 1;
+        CManagerInside::Tuning().m_iAlgoCtrlParam[7] = 0x1A;
+        CManagerInside::Tuning().m_vecSensorRangeCommand = {1, 2};
+        CManagerInside::Tuning().m_vecSensorRangeNormal = {40, 40};
+        CManagerInside::Tuning().m_vecSensorRangeLow = {30, 30};
         machine::Controller oController;
         oController.fScript = [this](UINT64 ulWord) { return Answer(ulWord); };
         machine::AttachController(oController);

@@ -14,7 +14,7 @@ TEST_F(StreamTest, FollowsBypassHeadsetModeAndVolume)
     StartLog();
     for (const char* pPath : {AUDIO_BYPASS_PATH, AUDIO_HEADSET_PATH, AUDIO_ZVSOUND_PATH, AUDIO_SPEAKER_VOLUME_PATH})
         CAudioREG::CreateRegKey(pPath);
-    CKelvaneManager::Instance()->m_mapAlgoParam["50000"] = std::make_unique<KelvaneStruParam>();
+    CManagerInside::Tuning().m_mapAlgoParam["50000"] = std::make_unique<KelvaneStruParam>();
     m_oLibrary.fnApply = [](KelvaneDataStruct& oData)
     {
         for (int ch = 0; ch < 2; ++ch)
@@ -71,8 +71,8 @@ TEST_F(StreamTest, FollowsBypassHeadsetModeAndVolume)
 TEST_F(StreamTest, BeginsByTheRegistrysValues)
 {
     SetRegistry(AUDIO_SPEAKER_VOLUME_PATH, "VolumeNum", 30);
-    KelvaneStruParam* const pParam = CKelvaneManager::Instance()->m_mapAlgoParam["30020"].get();
-    pParam->sChannelNum = 2;
+    SetRecordChannels(2, "30020");
+    const KelvaneStruParam* const pParam = CManagerInside::Tuning().m_mapAlgoParam["30020"].get();
     int iWaits = 0;
     for (int iRound = 0; iRound < 30; ++iRound)
     {

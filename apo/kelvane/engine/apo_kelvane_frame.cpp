@@ -95,7 +95,7 @@ void CKelvaneFrame::ReleaseDataStruct(KelvaneDataStruct** pDataStruct)
 void CKelvaneFrame::Split(const FLOAT32* pFrame)
 {
     const int n = m_oStream.m_iInChannelCount;
-    const bool bDIVMode = CKelvaneManager::Instance()->m_iDIVMode == 1;
+    const bool bDIVMode = CKelvaneManager::Instance()->Tuning().m_iDIVMode == 1;
     const int iSplitCount = !bDIVMode && n == 4 ? 2 : n;
     for (int ch = 0; ch < iSplitCount; ++ch)
     {

@@ -47,8 +47,8 @@ const char* CKelvaneSetChoice::GetEffectParamsID(const int& iHeatState)
     const int iVolume = m_oEngine.GetSpeakerVolume(1);
     const int iSpeakerMode = m_oEngine.GetSpeakerMode(1);
     const int iMicrophoneMode = m_oEngine.GetMicrophoneMode(1);
-    const std::vector<INT32>& vecVolumeRange = CKelvaneManager::Instance()->m_vecVolumeRange;
-    if (vecVolumeRange.size() < CKelvaneManager::VOLUME_LIMIT_COUNT)
+    const std::vector<INT32>& vecVolumeRange = CKelvaneManager::Instance()->Tuning().m_vecVolumeRange;
+    if (vecVolumeRange.size() < CKelvaneTuning::VOLUME_LIMIT_COUNT)
         return "";
     if (iSpeakerMode == 4 || iMicrophoneMode == 4)
         return AUDIO_SOUND_MODE_EFFECT_ID0;

@@ -74,7 +74,7 @@ std::string CKelvaneStateReport::PrintSingleItemPara(const KelvaneStruParam& pSt
 
 std::string CKelvaneStateReport::AudioSmartPrintPara()
 {
-    if (CKelvaneManager::Instance()->m_iDebugMode != 1)
+    if (CKelvaneManager::Instance()->GetDebugMode() != 1)
         return {};
     KelvaneStruParam pStruParam = {};
     m_oInstance.GetPara(pStruParam);

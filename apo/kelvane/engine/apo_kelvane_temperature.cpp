@@ -65,7 +65,7 @@ CKelvaneTemperature::~CKelvaneTemperature() = default;
 
 void CKelvaneTemperature::InitTemperatureQueue()
 {
-    const size_t iSensorCount = CKelvaneManager::Instance()->m_vecSensorRangeCommand.size();
+    const size_t iSensorCount = CKelvaneManager::Instance()->Tuning().m_vecSensorRangeCommand.size();
     m_oTemperatureQueue.resize(iSensorCount);
     m_oAverageQueue.Resize(iSensorCount);
 }
@@ -161,14 +161,14 @@ int CKelvaneTemperature::AudioKelvaneSetAlgoTemperature()
 int CKelvaneTemperature::AudioKelvanePrintTemperature(int iOffload)
 {
     const CKelvaneManager* const pManager = CKelvaneManager::Instance();
-    if (pManager->m_iDebugMode == 0 || m_pWMIHandle == nullptr)
+    if (pManager->GetDebugMode() == 0 || m_pWMIHandle == nullptr)
         return 0;
     std::string strLine;
     m_oAverageQueue.BeginRound();
     for (size_t i = 0; i < m_oTemperatureQueue.size(); ++i)
     {
         INT32 iSample = iFailedSample;
-        m_pWMIHandle->QueryTemperature(QueryCommond(pManager->m_vecSensorRangeCommand[i]), iSample);
+        m_pWMIHandle->QueryTemperature(QueryCommond(pManager->Tuning().m_vecSensorRangeCommand[i]), iSample);
         m_oTemperatureQueue[i].Push(iSample);
         m_oAverageQueue.Push(i, TrimmedMean(m_oTemperatureQueue[i]));
         strLine += (i == 0 ? "" : ",") + std::to_string(iSample);
@@ -198,7 +198,7 @@ CKelvaneTemperature::Heat CKelvaneTemperature::JudgeHeat()
 
 int CKelvaneTemperature::JudgeHighLimit(const int& i, CKelvaneMeanQueue oQueue)
 {
-    const std::vector<INT32>& vecLimit = CKelvaneManager::Instance()->m_vecSensorRangeNormal;
+    const std::vector<INT32>& vecLimit = CKelvaneManager::Instance()->Tuning().m_vecSensorRangeNormal;
     if (!oQueue.IsFull() || static_cast<size_t>(i) >= vecLimit.size())
         return 0;
     const INT32 iLimit = vecLimit[static_cast<size_t>(i)];
@@ -207,7 +207,7 @@ int CKelvaneTemperature::JudgeHighLimit(const int& i, CKelvaneMeanQueue oQueue)
 
 int CKelvaneTemperature::JudgeLowLimit(const int& i, CKelvaneMeanQueue oQueue)
 {
-    const std::vector<INT32>& vecLimit = CKelvaneManager::Instance()->m_vecSensorRangeLow;
+    const std::vector<INT32>& vecLimit = CKelvaneManager::Instance()->Tuning().m_vecSensorRangeLow;
     if (!oQueue.IsFull() || static_cast<size_t>(i) >= vecLimit.size())
         return 0;
     const INT32 iLimit = vecLimit[static_cast<size_t>(i)];
