@@ -260,24 +260,3 @@ inline constexpr char AUDIO_ONE_MARK[] = "1";
 inline constexpr wchar_t AUDIO_DRIVER_DIR_W[] = L"C:\\windows\\system32\\ZVAudioDriver\\";
 inline constexpr wchar_t AUDIO_SYSTEM_DIR_W[] = L"C:\\windows\\system32\\";
 inline constexpr wchar_t NT_DLL_NAME[] = L"Ntdll.dll";
-
-// One-character texts.
-inline constexpr char AUDIO_MARK_STAR[] = "*";
-inline constexpr char AUDIO_MARK_COLON[] = ":";
-inline constexpr char AUDIO_MARK_COMMA[] = ",";
-inline constexpr char AUDIO_MARK_DOT[] = ".";
-inline constexpr char AUDIO_MARK_ZERO[] = "0";
-inline constexpr char AUDIO_MARK_LEFT_BRACE[] = "{";
-inline constexpr char AUDIO_MARK_RIGHT_BRACE[] = "}";
-inline constexpr char AUDIO_MARK_LEFT_BRACKET[] = "[";
-inline constexpr char AUDIO_MARK_RIGHT_BRACKET[] = "]";
-inline constexpr char AUDIO_MARK_PERCENT[] = "%";
-inline constexpr char AUDIO_MARK_SEMICOLON[] = ";";
-inline constexpr char AUDIO_MARK_BACKSLASH[] = "\\";
-inline constexpr char AUDIO_MARK_BLANK[] = " ";
-inline constexpr char AUDIO_MARK_UNDERSCORE[] = "_";
-inline constexpr char AUDIO_MARK_EMPTY[] = "";
-
-// Their wide forms.
-inline constexpr wchar_t AUDIO_MARK_COMMA_W[] = L",";
-inline constexpr wchar_t AUDIO_MARK_EMPTY_W[] = L"";
