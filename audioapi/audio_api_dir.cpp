@@ -3,10 +3,10 @@
 
 #include "audioapi/audio_api_file_search.h"
 #include "audioapi/audio_api_log.h"
-#include "audioapi/audio_api_monitor.h"
 #include "audioapi/audio_api_result.h"
 #include "audioapi/audio_api_string.h"
 #include "audioapi/audio_api_system.h"
+#include "audioapi/audio_api_worker.h"
 
 #include <algorithm>
 #include <exception>
@@ -47,12 +47,12 @@ CAudioDir::~CAudioDir()
         m_iThreadRun = 0;
     }
     // Again and again: the worker may be on its way into the read.
-    while (m_iThreadAlive == 1 && !CAudioMonitor::IsProcessEnding())
+    while (m_iThreadAlive == 1 && !CAudioWorker::IsProcessEnding())
     {
         CancelRead();
         Sleep(1);
     }
-    CAudioMonitor::CloseWorker(m_pThreadWorker);
+    CAudioWorker::Close(m_pThreadWorker);
     CloseDirectory();
 }
 
@@ -73,7 +73,7 @@ void CAudioDir::Initialize(const std::string& strDirName, const std::string& str
             return;
         AUDIOLOG_DEBUG("Creat Directory Path is: " + strDirPath);
     }
-    m_pThreadWorker = CAudioMonitor::CreateMonitorThread(ProcessDirectoryThread, this, &m_iThreadRun);
+    m_pThreadWorker = CAudioWorker::Start(ProcessDirectoryThread, this, &m_iThreadRun);
 }
 
 void CALLBACK CAudioDir::ProcessDirectoryThread(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK)

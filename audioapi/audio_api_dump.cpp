@@ -2,10 +2,10 @@
 #include "audioapi/audio_api_dump.h"
 
 #include "audioapi/audio_api_const.h"
-#include "audioapi/audio_api_monitor.h"
 #include "audioapi/audio_api_result.h"
 #include "audioapi/audio_api_settings.h"
 #include "audioapi/audio_api_system.h"
+#include "audioapi/audio_api_worker.h"
 
 #include <exception>
 #include <iterator>
@@ -14,8 +14,8 @@
 
 CAudioDump::~CAudioDump()
 {
-    CAudioMonitor::StopMonitorThread(&m_iDumpThreadRun, m_hPCMEvent, m_pPCMThreadWorker);
-    CAudioMonitor::StopMonitorThread(&m_iDumpThreadRun, m_hRegistEvent, m_pDumpThreadWorker);
+    CAudioWorker::Stop(&m_iDumpThreadRun, m_hPCMEvent, m_pPCMThreadWorker);
+    CAudioWorker::Stop(&m_iDumpThreadRun, m_hRegistEvent, m_pDumpThreadWorker);
     ReportLost(m_iDropCount);
     m_pAudioDir.Reset();
 }
@@ -46,7 +46,7 @@ void CAudioDump::CreatPCMThread()
     m_hPCMEvent.Create();
     if (AUDIO_MISSING(m_hPCMEvent, AUDIO_NO_HANDLE))
         return;
-    m_pPCMThreadWorker = CAudioMonitor::CreateMonitorThread(ProcessPCMWorkerThread, this, &m_iDumpThreadRun);
+    m_pPCMThreadWorker = CAudioWorker::Start(ProcessPCMWorkerThread, this, &m_iDumpThreadRun);
 }
 
 // Runs by the flag that the writer's start has set.

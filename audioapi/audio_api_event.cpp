@@ -3,10 +3,10 @@
 
 #include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_log.h"
-#include "audioapi/audio_api_monitor.h"
 #include "audioapi/audio_api_queue.h"
 #include "audioapi/audio_api_result.h"
 #include "audioapi/audio_api_string.h"
+#include "audioapi/audio_api_worker.h"
 
 #include <algorithm>
 #include <exception>
@@ -19,7 +19,7 @@ constexpr size_t MESSAGE_LEN_MAX = 64; // characters
 
 CAudioEvent::~CAudioEvent()
 {
-    CAudioMonitor::StopMonitorThread(&m_iEventThreadRun, m_hEvent, m_pEventThreadWorker);
+    CAudioWorker::Stop(&m_iEventThreadRun, m_hEvent, m_pEventThreadWorker);
     if (m_hEventSource != nullptr)
         DeregisterEventSource(m_hEventSource);
 }
@@ -41,7 +41,7 @@ void CAudioEvent::CreatEventThread()
     m_hEvent.Create();
     if (AUDIO_MISSING(m_hEvent, AUDIO_NO_HANDLE))
         return;
-    m_pEventThreadWorker = CAudioMonitor::CreateMonitorThread(ProcessEventWorkerThread, this, &m_iEventThreadRun);
+    m_pEventThreadWorker = CAudioWorker::Start(ProcessEventWorkerThread, this, &m_iEventThreadRun);
 }
 
 void CAudioEvent::RecordItem(WORD dwEventType, DWORD dwEventID, INT64 iErrorCode, std::string_view strMessage,

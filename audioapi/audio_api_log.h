@@ -2,8 +2,6 @@
 #pragma once
 
 #include "audioapi/audio_api_atomic.h"
-#include "audioapi/audio_api_dir.h"
-#include "audioapi/audio_api_event.h"
 #include "audioapi/audio_api_lock.h"
 #include "audioapi/audio_api_published.h"
 #include "audioapi/audio_api_singleton.h"
@@ -17,6 +15,9 @@
 #include <memory>
 #include <string>
 #include <string_view>
+
+class CAudioDir;
+class CAudioEvent;
 
 enum AudioLogLevel : UINT32
 {
@@ -70,10 +71,8 @@ public:
     bool IsRecorded(UINT32 iLevel) const
     {
         const UINT32 iDebugLevel = m_iDebugLevel;
-        if (iDebugLevel < AUDIO_LEVEL_TRACE || iDebugLevel > AUDIO_LEVEL_FATA || iLevel < iDebugLevel)
-            return false;
-        const CAudioDir* const pAudioDir = m_pAudioDir;
-        return pAudioDir != nullptr && pAudioDir->Exists();
+        return iDebugLevel >= AUDIO_LEVEL_TRACE && iDebugLevel <= AUDIO_LEVEL_FATA && iLevel >= iDebugLevel &&
+               HasFolder();
     }
 
     // Whether a report would be kept, in the event log or as a line. Any thread.
@@ -95,7 +94,7 @@ public:
 private:
     friend class CAudioSingleton<CAudioLog>;
     using Queue = std::list<CAudioLogItem>; // empty, it holds no memory: the log can be made without any
-    CAudioLog() = default;
+    CAudioLog();
     // Stops the workers. What is still queued is lost.
     ~CAudioLog();
 
@@ -108,6 +107,8 @@ private:
         Queue oFailure; // the line of an episode without a file, which begins the file that ends it
     };
 
+    // Whether the log's folder is known to exist. Any thread, two loads.
+    bool HasFolder() const;
     // One item of this moment and thread, by itself. Empty when it or its text has no memory.
     Queue MakeItem(std::string_view strFunction, std::string_view strFile, UINT32 iLine, UINT32 iLevel,
                    INT64 iErrorCode, std::string_view strMessage, INT64 pObject) const noexcept;

@@ -1,16 +1,15 @@
-// The monitor: mirrors system state into a record that the stream polls, and starts and stops every worker of the
-// module.
+// The monitor: mirrors system state into a record that the stream polls, and is the way in to the start and stop of the
+// module's workers.
 #pragma once
 
 #include "audioapi/audio_api_atomic.h"
 #include "audioapi/audio_api_latch.h"
 #include "audioapi/audio_api_lock.h"
 #include "audioapi/audio_api_singleton.h"
-#include "audioapi/audio_api_worker_event.h"
+#include "audioapi/audio_api_worker.h"
 
 #include <windows.h>
 
-#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -73,22 +72,15 @@ public:
     // AMD one. Reads the registry: for a stream that is late already. Any thread.
     static void SetGetCPUStatusEvent();
 
-    // Starts a worker: one long callback on the process's default pool. Sets *piRunFlag to 1; the worker leaves its
-    // callback when the flag is 0. pfnWorker uses pContext only, which outlives the worker. Null, with the flag back at
-    // 0, when the pool gives no work. The owner keeps the work object.
-    static PTP_WORK CreateMonitorThread(PTP_WORK_CALLBACK pfnWorker, PVOID pContext, CAudioFlag* piRunFlag);
-
-    // Ends a worker and waits until it has left its callback, then closes its work object and event. An event or work
-    // that was never made is passed over.
-    static void StopMonitorThread(CAudioFlag* piRunFlag, CAudioWorkerEvent& hEvent, PTP_WORK& pWork);
-
-    // Waits until a worker has left its callback, closes its work object and clears the pointer. A callback that no
-    // thread has begun is taken back: while a module is freed the loader keeps new threads from beginning.
-    static void CloseWorker(PTP_WORK& pWork);
-
-    // Says that the process is ending: its other threads are gone, so no stop may wait for a worker. The loader's call.
-    static void SetProcessEnding() { m_bProcessEnding = true; }
-    static bool IsProcessEnding() { return m_bProcessEnding; }
+    // The start and the stop of a worker, as CAudioWorker's.
+    static PTP_WORK CreateMonitorThread(PTP_WORK_CALLBACK pfnWorker, PVOID pContext, CAudioFlag* piRunFlag)
+    {
+        return CAudioWorker::Start(pfnWorker, pContext, piRunFlag);
+    }
+    static void StopMonitorThread(CAudioFlag* piRunFlag, CAudioWorkerEvent& hEvent, PTP_WORK& pWork)
+    {
+        CAudioWorker::Stop(piRunFlag, hEvent, pWork);
+    }
 
     // One load of a field each, of the texts a copy. Any thread.
     int GetKelvaneBypass() const { return m_oStatus.m_iKelvaneBypass; }
@@ -153,7 +145,6 @@ private:
     struct Watcher;
     static const Watcher WATCHER_TABLE[MONITOR_COUNT];
     template <int... iRow> static constexpr bool IsTableInOrder(std::integer_sequence<int, iRow...>);
-    inline static bool m_bProcessEnding = false; // set when no other thread is left
 
     // The workers: each follows one registry key until it is stopped. pContext is the monitor.
     template <WatcherIndex iIndex> static void CALLBACK ProcessWatcher(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK)

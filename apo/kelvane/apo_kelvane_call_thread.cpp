@@ -5,8 +5,8 @@
 #include "audioapi/audio_api_handle.h"
 #include "audioapi/audio_api_lock.h"
 #include "audioapi/audio_api_log.h"
-#include "audioapi/audio_api_monitor.h"
 #include "audioapi/audio_api_result.h"
+#include "audioapi/audio_api_worker.h"
 
 #include <atomic>
 #include <chrono>
@@ -48,13 +48,13 @@ struct CKelvaneCallThread::State
 
 CKelvaneCallThread::~CKelvaneCallThread()
 {
-    if (m_pWork == nullptr || CAudioMonitor::IsProcessEnding())
+    if (m_pWork == nullptr || CAudioWorker::IsProcessEnding())
         return;
     m_pState->iRunFlag = 0;
     SetEvent(m_pState->hCallEvent.get());
     const bool bNeverBegun = m_pState->TakeSelf() != nullptr;
     if (bNeverBegun || HasEnded() || !LeaveBehind())
-        CAudioMonitor::CloseWorker(m_pWork);
+        CAudioWorker::Close(m_pWork);
     else
         CloseThreadpoolWork(m_pWork);
 }
@@ -89,7 +89,7 @@ DWORD CKelvaneCallThread::Start(std::function<void()> fEnd)
         return AUDIO_NO_HANDLE;
     m_pState->fEnd = std::move(fEnd);
     m_pState->pSelf = m_pState;
-    m_pWork = CAudioMonitor::CreateMonitorThread(ProcessCallThread, m_pState.get(), &m_pState->iRunFlag);
+    m_pWork = CAudioWorker::Start(ProcessCallThread, m_pState.get(), &m_pState->iRunFlag);
     if (m_pWork != nullptr)
         return 0;
     m_pState->pSelf.reset();

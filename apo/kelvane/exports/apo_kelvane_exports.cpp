@@ -1,7 +1,7 @@
 // The module's face: its entry point and the four exports of an in-process COM server.
 #include "apo/base/apo_base_module.h"
 #include "apo/kelvane/apo_kelvane_manager.h"
-#include "audioapi/audio_api_monitor.h"
+#include "audioapi/audio_api_worker.h"
 
 #include <objbase.h>
 #include <windows.h>
@@ -17,7 +17,7 @@ try
     else if (dwReason == DLL_PROCESS_DETACH)
     {
         if (pReserved != nullptr)
-            CAudioMonitor::SetProcessEnding();
+            CAudioWorker::SetProcessEnding();
         CKelvaneManager::DeleteInstance();
     }
     return TRUE;
