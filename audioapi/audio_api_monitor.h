@@ -4,8 +4,8 @@
 
 #include "audioapi/audio_api_atomic.h"
 #include "audioapi/audio_api_latch.h"
-#include "audioapi/audio_api_lock.h"
 #include "audioapi/audio_api_singleton.h"
+#include "audioapi/audio_api_status.h"
 #include "audioapi/audio_api_worker.h"
 
 #include <windows.h>
@@ -14,43 +14,7 @@
 #include <utility>
 #include <vector>
 
-struct AudioLogSite;
-
-// What is known of the system. One watcher writes each field, any thread reads it, the texts under their lock; a
-// combination of fields is not atomic.
-struct CAudioStatus
-{
-    CAudioInt m_iKelvaneBypass{0};
-    CAudioInt m_iLyranaBypass{0};
-    CAudioInt m_iVQEBypass{0};
-    mutable CAudioLock m_oCLSIDLock; // guards the two texts
-    std::string m_strCaptureCLSID;
-    std::string m_strRenderCLSID;
-    CAudioInt m_iCaptureMode{0};
-    CAudioInt m_iRenderMode{2};
-    CAudioInt m_iMultiRender{0};
-    CAudioInt m_iSpeakerVolume{0};                 // percent
-    CAudioRelaxed<float> m_fSpeakerVolumeDB{0.0f}; // dB
-    CAudioInt m_iSpeakerMute{0};
-    CAudioInt m_iMicrophoneVolume{0};                 // percent
-    CAudioRelaxed<float> m_fMicrophoneVolumeDB{0.0f}; // dB
-    CAudioInt m_iMicrophoneMute{0};
-    CAudioInt m_iExternalMICStatus{0}; // 0 or 1
-    CAudioInt m_iHeadSetRender{0};     // 0 or 1
-    CAudioInt m_iHeadSetCapture{0};    // 0 or 1
-    CAudioInt m_iHeadSetStatus{0};     // 0 or 1
-    CAudioInt m_iHeadSetType{0};
-    CAudioInt m_iHeadSetMode{0};
-    CAudioInt m_iSpeakerMode{0};
-    CAudioInt m_iHeadphoneMode{0};
-    CAudioInt m_iMicrophoneMode{0};
-    CAudioInt m_iLastMicrophoneMode{0};
-    CAudioInt m_iShareVoiceStatus{0};
-    CAudioInt m_iZvSoundStatus{0};
-    CAudioInt m_iLyranaMode{2};
-    CAudioInt m_iSilentSpace{0};
-    CAudioInt m_iZvSmartAudioMode{0};
-};
+class CAudioKeyWatch;
 
 class CAudioMonitor : public CAudioSingleton<CAudioMonitor>
 {
@@ -86,8 +50,8 @@ public:
     int GetKelvaneBypass() const { return m_oStatus.m_iKelvaneBypass; }
     int GetLyranaBypass() const { return m_oStatus.m_iLyranaBypass; }
     int GetVQEBypass() const { return m_oStatus.m_iVQEBypass; }
-    std::string GetCaptureCLSID() const { return CopyText(m_oStatus.m_strCaptureCLSID); }
-    std::string GetRenderCLSID() const { return CopyText(m_oStatus.m_strRenderCLSID); }
+    std::string GetCaptureCLSID() const { return m_oStatus.m_strCaptureCLSID.Copy(); }
+    std::string GetRenderCLSID() const { return m_oStatus.m_strRenderCLSID.Copy(); }
     int GetCaptureMode() const { return m_oStatus.m_iCaptureMode; }
     int GetRenderMode() const { return m_oStatus.m_iRenderMode; }
     int GetMultiRender() const { return m_oStatus.m_iMultiRender; }
@@ -142,9 +106,17 @@ private:
     };
     static constexpr DWORD FIRST_READ_MS = 250;
 
-    struct Watcher;
-    static const Watcher WATCHER_TABLE[MONITOR_COUNT];
+    struct WatcherRow;
+    static const WatcherRow WATCHER_TABLE[MONITOR_COUNT];
     template <int... iRow> static constexpr bool IsTableInOrder(std::integer_sequence<int, iRow...>);
+
+    // What a watcher owns while it works.
+    struct WatcherState
+    {
+        CAudioWorkerEvent hEvent;
+        PTP_WORK pWork = nullptr;
+        CAudioFlag iRun{0};
+    };
 
     // The workers: each follows one registry key until it is stopped. pContext is the monitor.
     template <WatcherIndex iIndex> static void CALLBACK ProcessWatcher(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK)
@@ -165,20 +137,8 @@ private:
     static constexpr PTP_WORK_CALLBACK ProcessExternalMICWorkerThread = ProcessWatcher<EXTERNAL_MIC>;
     static constexpr PTP_WORK_CALLBACK ProcessZVSoundWorkerThread = ProcessWatcher<ZV_SOUND>;
     static constexpr PTP_WORK_CALLBACK ProcessZvSmartAudioWorkerThread = ProcessWatcher<ZV_SMART_AUDIO>;
-    static void ProcessWatcherThread(CAudioMonitor* pThis, int iIndex) noexcept;
-    bool StartWatch(const Watcher& oWatcher, HKEY& hKey);
-    void FollowKey(const Watcher& oWatcher, HKEY hKey);
-    void RefreshRecord(const Watcher& oWatcher) noexcept;
-    std::string CopyText(const std::string& strField) const;
-    // The refreshes' stores log at their callers' site. Logs old and new value, equal ones too, and stores the new one.
-    static void StoreNumber(const AudioLogSite& oSite, CAudioInt& iField, DWORD dwValue, const char* pLabel);
-    // Stores a new value with a line, passes over an equal one.
-    static void StoreChange(const AudioLogSite& oSite, CAudioInt& iField, DWORD dwValue, const char* pLabel);
-    void StoreEndpoint(const AudioLogSite& oSite, std::string& strField, const std::string& strValue,
-                       const char* pLabel);
-    // StoreNumber with a switch below AUDIO_BYPASS_PATH that may be missing, which costs no ERROR line.
-    static void RefreshOptionalSwitch(const AudioLogSite& oSite, CAudioInt& iField, const char* pName,
-                                      const char* pLabel);
+    static void ProcessWatcherThread(CAudioMonitor* pThis, WatcherIndex iIndex) noexcept;
+    bool StartWatch(const WatcherRow& oRow, CAudioKeyWatch& oWatch) noexcept;
 
     // What watchers do before they watch: false ends the watcher.
     bool LoadZvSound();
@@ -202,25 +162,8 @@ private:
     void RefreshZvSmartAudioMode();
 
     CAudioStatus m_oStatus;
-    CAudioLatch m_oFirstRead;         // the watchers that haven't read yet
-    CAudioFlag m_iFirstReadOver{0};   // a lock has waited for them
-    std::string m_strExternalMICPath; // found by its watcher, which alone reads it
-
-    // Of each watcher: the event, the work, the run flag.
-    CAudioWorkerEvent m_hModeEvent;
-    CAudioWorkerEvent m_hRtkEvent;
-    CAudioWorkerEvent m_hSPKVolEvent;
-    CAudioWorkerEvent m_hBypassEvent;
-    CAudioWorkerEvent m_hCLSIDEvent;
-    CAudioWorkerEvent m_hHeadSetTypeEvent;
-    CAudioWorkerEvent m_hHeadSetModeEvent;
-    CAudioWorkerEvent m_hLyranaModeEvent;
-    CAudioWorkerEvent m_hHeadSetEvent;
-    CAudioWorkerEvent m_hSilentSpaceEvent;
-    CAudioWorkerEvent m_hMICVolEvent;
-    CAudioWorkerEvent m_hExternalMICEvent;
-    CAudioWorkerEvent m_hZVSoundEvent;
-    CAudioWorkerEvent m_hZvSmartAudioModeEvent;
-    PTP_WORK m_pMonitorWork[MONITOR_COUNT] = {};
-    CAudioFlag m_iMonitorRun[MONITOR_COUNT];
+    CAudioLatch m_oFirstRead;                // the watchers that haven't read yet
+    CAudioFlag m_iFirstReadOver{0};          // a lock has waited for them
+    std::string m_strExternalMICPath;        // found by its watcher, which alone reads it
+    WatcherState m_oWatchers[MONITOR_COUNT]; // by watcher number, as the table
 };

@@ -6,6 +6,18 @@
 #include "audioapi/audio_api_registry.h"
 #include "audioapi/audio_api_string.h"
 
+namespace
+{
+// StoreNumber with a switch below AUDIO_BYPASS_PATH that may be missing, which costs no ERROR line.
+void RefreshOptionalSwitch(const AudioLogSite& oSite, CAudioInt& iField, const char* pName, const char* pLabel)
+{
+    DWORD dwValue = 0;
+    if (CAudioREG::RegKeyExists(std::string(AUDIO_BYPASS_PATH) + "\\" + pName) &&
+        CAudioREG::ReadRegValue(AUDIO_BYPASS_PATH, pName, dwValue) == 0)
+        StoreNumber(oSite, iField, dwValue, pLabel);
+}
+} // namespace
+
 // The text "0" as a side's time turns that side's mode off.
 void CAudioMonitor::RefreshAPPMode()
 {
@@ -30,15 +42,6 @@ void CAudioMonitor::RefreshAPPMode()
                   ",RenderMode:" + std::to_string(iRenderMode));
 }
 
-void CAudioMonitor::RefreshOptionalSwitch(const AudioLogSite& oSite, CAudioInt& iField, const char* pName,
-                                          const char* pLabel)
-{
-    DWORD dwValue = 0;
-    if (CAudioREG::RegKeyExists(std::string(AUDIO_BYPASS_PATH) + "\\" + pName) &&
-        CAudioREG::ReadRegValue(AUDIO_BYPASS_PATH, pName, dwValue) == 0)
-        StoreNumber(oSite, iField, dwValue, pLabel);
-}
-
 void CAudioMonitor::RefreshBypassStatus()
 {
     DWORD dwValue = 0;
@@ -53,10 +56,10 @@ void CAudioMonitor::RefreshDeviceCLSID()
     std::string strCaptureValue;
     if (AUDIO_CHECK(CAudioREG::ReadRegValue(DEVICE_CLSID_PATH, AUDIO_CAPTURE_CLSID, strCaptureValue)) != 0)
         return;
-    StoreEndpoint(AUDIO_LOG_SITE, m_oStatus.m_strCaptureCLSID, strCaptureValue, "Default Capture Endpoint CLSID ");
+    m_oStatus.m_strCaptureCLSID.Store(AUDIO_LOG_SITE, strCaptureValue, "Default Capture Endpoint CLSID ");
 
     std::string strRenderValue;
     if (AUDIO_CHECK(CAudioREG::ReadRegValue(DEVICE_CLSID_PATH, AUDIO_RENDER_CLSID, strRenderValue)) != 0)
         return;
-    StoreEndpoint(AUDIO_LOG_SITE, m_oStatus.m_strRenderCLSID, strRenderValue, "Default Render Endpoint CLSID ");
+    m_oStatus.m_strRenderCLSID.Store(AUDIO_LOG_SITE, strRenderValue, "Default Render Endpoint CLSID ");
 }

@@ -1,12 +1,9 @@
 // How log and dump read their settings from the registry, and follow them.
 #include "audioapi/audio_api_settings.h"
 
-#include "audioapi/audio_api_registry.h"
-#include "audioapi/audio_api_result.h"
-#include "audioapi/audio_api_worker_loop.h"
+#include "audioapi/audio_api_key_watch.h"
 
 #include <algorithm>
-#include <exception>
 #include <limits>
 
 namespace
@@ -34,42 +31,13 @@ UINT32 CAudioSettings::ReadMegabytes(const std::string& strPath, const std::stri
     return iBytes == 0 ? iDefault : static_cast<UINT32>(std::min(iBytes, iLargest));
 }
 
-namespace
-{
-// Without memory the settings stay as they are until the next change.
-void Read(const std::function<void()>& fnRead) noexcept
-try
-{
-    fnRead();
-}
-catch (const std::exception&)
-{
-}
-} // namespace
-
 void CAudioSettings::Follow(const char* pPath, CAudioWorkerEvent& hRegistEvent, const CAudioFlag& iRunFlag,
                             const std::function<void()>& fnRead, const AudioLogSite& oSite,
                             const char* pStartText) noexcept
 {
-    if (AudioCheckCondition(!hRegistEvent.Create(), oSite, AUDIO_NO_HANDLE, "pThis->m_hRegistEvent"))
+    CAudioKeyWatch oWatch(hRegistEvent);
+    if (!oWatch.MakeEvent(oSite, "pThis->m_hRegistEvent") || !oWatch.Start(pPath, oSite, pStartText))
         return;
-    HKEY hKey = nullptr;
-    try
-    {
-        if (AudioCheckResult(CAudioREG::RegNotifyStart(pPath, hKey, hRegistEvent), oSite, pStartText) == 0)
-        {
-            Read(fnRead); // what changed before the watch
-            RunWorkerLoop(iRunFlag, hRegistEvent,
-                          [&]
-                          {
-                              CAudioREG::RegNotifyReset(hKey, hRegistEvent);
-                              Read(fnRead);
-                          });
-        }
-    }
-    catch (const std::exception&)
-    {
-        // No exception leaves a worker; without memory at its start the settings stay as they were read.
-    }
-    CAudioREG::RegNotifyClose(hKey, hRegistEvent);
+    CAudioKeyWatch::ReadValues(fnRead); // what changed before the watch
+    oWatch.Follow(iRunFlag, fnRead);
 }
