@@ -170,6 +170,8 @@ TEST_F(SystemQueryTest, ConsoleUserOwnsProcesses)
     // One that can't be opened doesn't hide the other.
     const CChild oOther(strChild);
     ASSERT_TRUE(WaitFor([&] { return CAudioSYS::GetProcessNameByID(oOther.ID()) == strChild; }));
+    EXPECT_EQ(CAudioSYS::GetProcessIDByUserName(strWide, vecID = {}, 0), 0U);
+    EXPECT_EQ(vecID.size(), 2U);
     machine::FailNext("OpenProcess", ERROR_ACCESS_DENIED);
     EXPECT_EQ(CAudioSYS::GetProcessIDByUserName(strWide, vecID = {}, 0), 0U);
     EXPECT_EQ(vecID.size(), 1U);

@@ -45,7 +45,7 @@ TEST_F(CodecTest, EachMakeHasItsOwnScale)
     for (const char* pLine :
          {"Set Everest Gain Status to HWGAIN_HIGH,ReturnCode:1", "Set Everest Gain Status to HWGAIN_LOW,ReturnCode:1",
           "Set Senary Gain Status to HWGAIN_HIGH", "Set Senary Gain Status to HWGAIN_LOW"})
-        EXPECT_EQ(CountLog(pLine), 1U) << pLine;
+        EXPECT_EQ(FindLog(pLine).at(0).strMessage, pLine);
 }
 
 // A driver that doesn't answer is waited for once; when it has answered after all, it is asked again.

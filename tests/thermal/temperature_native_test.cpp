@@ -162,6 +162,8 @@ TEST_F(ThermalTest, StateTextShowsEachFieldInItsUnit)
                          {"sANDCurrentGain", 4160, 100}};
     MakeThermalEngine();
     EXPECT_EQ(m_pEngine->AudioSmartPrintPara(), "");
+    EXPECT_EQ(m_pEngine->AudioKelvanePrintTemperature(), 0);
+    EXPECT_TRUE(TakeWords().empty()) << "sampled outside debug mode";
     CManagerInside::DebugMode() = 1;
     CEngineInside::ParamID(*m_pEngine) = "";
     machine::SetPowerStatus({1, 0, 77, 0, 0, 0});

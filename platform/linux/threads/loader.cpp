@@ -8,6 +8,7 @@
 #include <link.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <climits>
 #include <cstring>
 #include <filesystem>
@@ -213,7 +214,8 @@ FARPROC GetProcAddress(HMODULE hModule, LPCSTR lpProcName)
 // The length without the zero; a name that doesn't fit is cut, with nSize for the result and an error.
 DWORD GetModuleFileNameA(HMODULE hModule, LPSTR lpFilename, DWORD nSize)
 {
-    if (IsToldToFail("GetModuleFileNameA"))
+    const bool bFail = IsToldToFail("GetModuleFileNameA");
+    if (bFail && GetLastError() != ERROR_INSUFFICIENT_BUFFER)
         return 0;
     std::string strHostPath = ProgramPath();
     if (hModule != nullptr)
@@ -226,11 +228,11 @@ DWORD GetModuleFileNameA(HMODULE hModule, LPSTR lpFilename, DWORD nSize)
         strHostPath = itModule->second.strHostPath;
     }
     const std::string strPath = machine::PlatformPath(strHostPath);
-    const bool bFits = strPath.size() < nSize;
+    const bool bFits = !bFail && strPath.size() < nSize;
     SetLastError(bFits ? ERROR_SUCCESS : ERROR_INSUFFICIENT_BUFFER);
     if (nSize == 0)
         return 0;
-    const size_t iLength = bFits ? strPath.size() : nSize - 1;
+    const size_t iLength = std::min<size_t>(strPath.size(), nSize - 1);
     std::memcpy(lpFilename, strPath.c_str(), iLength);
     lpFilename[iLength] = 0;
     return bFits ? static_cast<DWORD>(iLength) : nSize;

@@ -13,8 +13,10 @@ extern "C"
         static KelvaneVersion oVersion = {"fake", "Fake 7.8.9", "today"};
         if (FAKE_LONG_VERSION)
         {
+            // All three together are one character more than the program's line of them takes.
             memset(oVersion.szPlatform, 'p', KELVANE_VERSION_TEXT_LEN - 1);
-            memset(oVersion.szBuildTime, 't', KELVANE_VERSION_TEXT_LEN - 1);
+            memset(oVersion.szBuildTime, 't',
+                   261 - sizeof("KelvanePlatForm:,Ver:Fake 7.8.9,Time:") - (KELVANE_VERSION_TEXT_LEN - 1));
         }
         *pVersion = &oVersion;
         return FAKE_VERSION_RESULT;
