@@ -5,13 +5,27 @@
 #include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_result.h"
 #include "audioapi/audio_api_system.h"
-#include "platform/hostpath.h"
 
 #include <tinyxml2.h>
 
+#include <cstdio>
 #include <map>
+#include <memory>
 #include <new>
 #include <vector>
+
+namespace
+{
+// The file is ours: what a document opened by itself stays open when it runs out of memory.
+tinyxml2::XMLError LoadFile(tinyxml2::XMLDocument& oDocument, const std::string& strPath)
+{
+    FILE* pOpened = nullptr;
+    if (strPath.empty() || fopen_s(&pOpened, strPath.c_str(), "rb") != 0 || pOpened == nullptr)
+        return tinyxml2::XML_ERROR_FILE_NOT_FOUND;
+    const std::unique_ptr<FILE, int (*)(FILE*)> pFile(pOpened, fclose);
+    return oDocument.LoadFile(pOpened);
+}
+} // namespace
 
 void ReportMissingTag(const char* pText, const std::string& strPath, const AudioLogSite& oSite)
 {
@@ -22,7 +36,7 @@ void ReportMissingTag(const char* pText, const std::string& strPath, const Audio
 const tinyxml2::XMLElement* OpenConfigFile(tinyxml2::XMLDocument& oDocument, const std::string& strPath,
                                            const AudioLogSite& oSite)
 {
-    const tinyxml2::XMLError iResult = oDocument.LoadFile(strPath.empty() ? "" : HostPath(strPath).c_str());
+    const tinyxml2::XMLError iResult = LoadFile(oDocument, strPath);
     if (iResult != tinyxml2::XML_SUCCESS)
     {
         AUDIO_LOG_AT(oSite, AUDIO_LEVEL_ERROR, iResult, "Failed to load xml file:" + strPath);
