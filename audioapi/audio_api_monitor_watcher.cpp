@@ -108,6 +108,14 @@ CAudioMonitor::~CAudioMonitor()
     static constexpr WatcherIndex STOP_ORDER[MONITOR_COUNT] = {
         REGISTRY_BYPASS, APP_MODE,        HEADSET_MODE,  ZV_SOUND,     LYRANA_MODE,  SILENT_SPACE,   ZV_SMART_AUDIO,
         DEVICE_CLSID,    REALTEK_HEADSET, AUDIO_HEADSET, HEADSET_TYPE, EXTERNAL_MIC, SPEAKER_VOLUME, MICROPHONE_VOLUME};
+    constexpr auto fnEachStands = []
+    {
+        unsigned uStanding = 0; // a bit each
+        for (const WatcherIndex i : STOP_ORDER)
+            uStanding |= 1U << i;
+        return uStanding == (1U << MONITOR_COUNT) - 1;
+    };
+    static_assert(fnEachStands(), "one that isn't stopped would run on without its monitor");
     for (const WatcherIndex i : STOP_ORDER)
         StopMonitorThread(&m_oWatchers[i].iRun, m_oWatchers[i].hEvent, m_oWatchers[i].pWork);
 }

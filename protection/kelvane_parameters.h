@@ -57,6 +57,7 @@ struct KelvaneParameterInfo
     const char* pSentence;
 };
 
+// A new one finds 0 at its place in the files that are out: its range includes 0, or they have to be built anew.
 // clang-format off
 inline constexpr KelvaneParameterInfo KELVANE_PARAMETERS[] = {
     {KelvaneParameter::MODE, "Mode", "", 0, 2, 2, false, false, 1, "0: the signal passes bit for bit. 1: each channel times its Drive, nothing else. 2: protection."},
@@ -109,6 +110,18 @@ constexpr bool ParametersStandInOrder()
     return true;
 }
 static_assert(ParametersStandInOrder());
+
+constexpr bool ParametersStandApart()
+{
+    for (const KelvaneParameterInfo& oInfo : KELVANE_PARAMETERS)
+        for (const KelvaneParameterInfo& oOther : KELVANE_PARAMETERS)
+            if (oInfo.eParameter != oOther.eParameter && oInfo.bDouble == oOther.bDouble &&
+                oOther.iPlace >= oInfo.iPlace &&
+                oOther.iPlace < oInfo.iPlace + (oInfo.bPerSpeaker ? KELVANE_MAX_CHANNELS : 1))
+                return false;
+    return true;
+}
+static_assert(ParametersStandApart());
 
 // In the parameter's unit. iSpeaker counts for those that each speaker has.
 double GetParameter(const KelvaneStruParam& oStruParam, KelvaneParameter eParameter, int iSpeaker = 0);

@@ -33,8 +33,8 @@ struct CKelvaneJobs::PeriodicJob
             "this->" #operation "()"                                                                                   \
     }
 
-// In the order of their runs at one tick.
-const CKelvaneJobs::PeriodicJob CKelvaneJobs::PERIODIC_JOBS[] = {
+// In the order of their runs at one tick: worker that has it, its seconds there and in the inline variant.
+constexpr CKelvaneJobs::PeriodicJob CKelvaneJobs::PERIODIC_JOBS[] = {
     PERIODIC_JOB(JobThread::Parameter, 0.01, 1, AudioSmartGatherPara, m_oReport, ),
     PERIODIC_JOB(JobThread::Parameter, 1, 1, AudioSmartRecordPara, m_oReport, oJobs.m_oStream.m_bInlineMode),
     PERIODIC_JOB(JobThread::Parameter, 0.1, 1, AudioKelvaneSetBatteryInfo, m_oPower, oJobs.m_oInstance),
@@ -44,8 +44,18 @@ const CKelvaneJobs::PeriodicJob CKelvaneJobs::PERIODIC_JOBS[] = {
                  oJobs.m_oStream.m_bInlineMode),
 };
 
+constexpr bool CKelvaneJobs::DivideTheRound()
+{
+    for (const PeriodicJob& oJob : PERIODIC_JOBS)
+        for (const double f64Seconds : {oJob.f64WorkerSeconds, oJob.f64InlineSeconds})
+            if (TicksOf(f64Seconds) <= 0 || iRoundTicks % TicksOf(f64Seconds) != 0)
+                return false;
+    return true;
+}
+
 void CKelvaneJobs::CountFrame()
 {
+    static_assert(DivideTheRound(), "a job whose time doesn't would run late once a round, or never");
     m_iReleaseCount = m_iReleaseCount + 1;
     if (m_iReleaseCount % iFramesPerTick != 0)
         return;

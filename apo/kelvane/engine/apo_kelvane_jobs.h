@@ -47,6 +47,7 @@ private:
     };
     struct PeriodicJob;
     static const PeriodicJob PERIODIC_JOBS[];
+    static constexpr bool DivideTheRound();
 
     // pContext is this object.
     template <JobThread eThread> static void CALLBACK ProcessThread(PTP_CALLBACK_INSTANCE, PVOID pContext, PTP_WORK)

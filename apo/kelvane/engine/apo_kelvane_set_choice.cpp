@@ -26,6 +26,8 @@ constexpr VolumeBandKey aBandKey[] = {
     {AUDIO_VOLUME_EFFECT_ID4, AUDIO_HEAT_EFFECT_ID4},
 };
 
+static_assert(std::size(aBandKey) + 1 == CKelvaneTuning::VOLUME_LIMIT_COUNT);
+
 // Band i reaches from above limit i up to limit i + 1.
 const VolumeBandKey& FindBand(int iVolume, const std::vector<INT32>& vecVolumeRange)
 {
