@@ -1,8 +1,8 @@
 // Lays a machine for the benchmarks.
 #include "bench/bench_machine.h"
 
-#include "host/registration.h"
-#include "host/registry_text.h"
+#include "host/registry/registration.h"
+#include "host/registry/registry_text.h"
 #include "platform/control/machine_native.h"
 
 #include <cstdlib>

@@ -1,8 +1,8 @@
 // What the module costs: a processing call, the manager's start, the memory of a stream.
 #include "bench/bench_machine.h"
 #include "bench/heap_count.h"
-#include "host/apo_stream.h"
-#include "host/play_result.h"
+#include "host/playing/apo_stream.h"
+#include "host/report/play_result.h"
 #include "platform/control/machine.h"
 
 #include <benchmark/benchmark.h>

@@ -1,12 +1,12 @@
 // apohost: plays audio through the module, registers it, looks after the machine's registry, converts sample dumps,
 // builds and shows tuning files.
-#include "host/dump_to_wav.h"
+#include "host/audio/dump_to_wav.h"
 #include "host/host_error.h"
-#include "host/host_machine.h"
-#include "host/play.h"
-#include "host/reg_commands.h"
-#include "host/registration.h"
-#include "host/report.h"
+#include "host/machine/host_machine.h"
+#include "host/playing/play.h"
+#include "host/registry/reg_commands.h"
+#include "host/registry/registration.h"
+#include "host/report/report.h"
 #include "host/tuning/tuning_commands.h"
 
 #include <CLI/CLI.hpp>

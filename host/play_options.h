@@ -1,7 +1,7 @@
 // What a person asks of one `apohost play`.
 #pragma once
 
-#include "host/registry_schedule.h"
+#include "host/registry/registry_schedule.h"
 
 #include <string>
 #include <vector>

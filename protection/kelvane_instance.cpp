@@ -1,7 +1,7 @@
 // Blocks, modes and the way between them; sets, requests and state across threads.
 #include "protection/kelvane_instance.h"
 
-#include "protection/dsp/float_mode.h"
+#include "protection/dsp/base/float_mode.h"
 
 #include <algorithm>
 #include <cmath>

@@ -3,9 +3,9 @@
 #include "audioapi/audio_api_log.h"
 #include "audioapi/audio_api_system.h"
 #include "bench/bench_machine.h"
-#include "host/apo_stream.h"
-#include "host/play_result.h"
-#include "host/reg_commands.h"
+#include "host/playing/apo_stream.h"
+#include "host/registry/reg_commands.h"
+#include "host/report/play_result.h"
 #include "platform/control/machine.h"
 #include "platform/hostpath.h"
 

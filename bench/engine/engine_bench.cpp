@@ -3,7 +3,7 @@
 #include "apo/kelvane/apo_kelvane_postengine.h"
 #include "audioapi/audio_api_monitor.h"
 #include "bench/bench_machine.h"
-#include "host/play_result.h"
+#include "host/report/play_result.h"
 
 #include <benchmark/benchmark.h>
 

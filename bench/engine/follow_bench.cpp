@@ -1,7 +1,7 @@
 // How long a registry change is on its way to the status record, set by this process and by another program.
 #include "audioapi/audio_api_monitor.h"
-#include "host/play_result.h"
-#include "host/registry_text.h"
+#include "host/registry/registry_text.h"
+#include "host/report/play_result.h"
 #include "platform/control/machine_native.h"
 
 #include <benchmark/benchmark.h>

@@ -1,9 +1,9 @@
 // Simulated speakers around a run.
 #include "host/speaker/speaker_run.h"
 
-#include "host/diagnosis.h"
 #include "host/host_error.h"
-#include "host/host_machine.h"
+#include "host/machine/host_machine.h"
+#include "host/report/diagnosis.h"
 #include "host/speaker/speaker_tuning.h"
 #include "platform/hostpath.h"
 

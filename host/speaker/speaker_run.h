@@ -1,7 +1,7 @@
 // The simulated speakers' part of a run: found before its first period, traced while it plays, summed up behind it.
 #pragma once
 
-#include "host/play_result.h"
+#include "host/report/play_result.h"
 #include "host/speaker/trace_file.h"
 
 #include <filesystem>

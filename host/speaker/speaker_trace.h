@@ -1,7 +1,7 @@
 // What happened every 10 ms on both sides of the module: levels, coils, cones, path.
 #pragma once
 
-#include "host/period_evidence.h"
+#include "host/report/period_evidence.h"
 
 #include <array>
 #include <cstdint>

@@ -1,7 +1,7 @@
 // From tuning files to simulated speakers.
 #include "host/speaker/speaker_tuning.h"
 
-#include "host/audio_file.h"
+#include "host/audio/audio_file.h"
 #include "host/host_error.h"
 #include "host/tuning/parameter_names.h"
 #include "host/tuning/tuning_file.h"

@@ -1,7 +1,7 @@
 // The simulated speakers beside a stream: what would have become of them without the module, and what became of them.
 #pragma once
 
-#include "host/period_evidence.h"
+#include "host/report/period_evidence.h"
 #include "host/speaker/speaker_trace.h"
 #include "speaker/constant_gain.h"
 #include "speaker/speaker_monitor.h"

@@ -1,8 +1,8 @@
 // The table that a trace is written to, which plotting tools read.
 #pragma once
 
+#include "host/machine/stream_time.h"
 #include "host/speaker/speaker_trace.h"
-#include "host/stream_time.h"
 
 #include <cstdio>
 #include <memory>

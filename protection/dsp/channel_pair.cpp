@@ -1,7 +1,7 @@
 // The order of the stages, and the way from displacement back to samples.
 #include "protection/dsp/channel_pair.h"
 
-#include "protection/dsp/sane_samples.h"
+#include "protection/dsp/base/sane_samples.h"
 
 void ChannelPair::Init(const PairControl& oControl, bool bJoins, int iDeepAhead, int iUpperAhead)
 {

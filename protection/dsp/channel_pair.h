@@ -1,9 +1,9 @@
 // Two channels from end to end: drive and heat gain, deep band, upper band, ceiling.
 #pragma once
 
-#include "protection/dsp/ceiling.h"
-#include "protection/dsp/cone_model.h"
-#include "protection/dsp/excursion_band.h"
+#include "protection/dsp/excursion/cone_model.h"
+#include "protection/dsp/excursion/excursion_band.h"
+#include "protection/dsp/limiter/ceiling.h"
 
 // What holds for a block.
 struct PairControl

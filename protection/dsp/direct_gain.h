@@ -1,8 +1,8 @@
 // One channel's way past the stages: a gain that never jumps.
 #pragma once
 
-#include "protection/dsp/lanes.h"
-#include "protection/dsp/sane_samples.h"
+#include "protection/dsp/base/lanes.h"
+#include "protection/dsp/base/sane_samples.h"
 
 struct DirectGain
 {

@@ -1,7 +1,7 @@
 // What happens between blocks, and between sets.
 #include "protection/dsp/protector.h"
 
-#include "protection/dsp/sane_samples.h"
+#include "protection/dsp/base/sane_samples.h"
 
 namespace
 {

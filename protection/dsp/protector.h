@@ -2,9 +2,9 @@
 #pragma once
 
 #include "protection/dsp/chain.h"
-#include "protection/dsp/coil_model.h"
-#include "protection/dsp/heat_stage.h"
-#include "protection/dsp/resistance_sense.h"
+#include "protection/dsp/heat/coil_model.h"
+#include "protection/dsp/heat/heat_stage.h"
+#include "protection/dsp/heat/resistance_sense.h"
 
 // What the outside tells, as it stands at a block's end.
 struct Surroundings

@@ -1,8 +1,8 @@
 // The equations of cone, back-EMF and heat as coefficients.
 #include "protection/dsp/speaker_constants.h"
 
-#include "protection/dsp/lanes.h"
-#include "protection/dsp/own_math.h"
+#include "protection/dsp/base/lanes.h"
+#include "protection/dsp/base/own_math.h"
 
 #include <algorithm>
 

@@ -1,11 +1,11 @@
 // The host's pieces: what a person types, audio files, and how a period is judged.
-#include "host/audio_file.h"
+#include "host/audio/audio_file.h"
 #include "host/host_error.h"
-#include "host/period_evidence.h"
-#include "host/play_result.h"
-#include "host/reg_commands.h"
-#include "host/registry_text.h"
-#include "host/report.h"
+#include "host/registry/reg_commands.h"
+#include "host/registry/registry_text.h"
+#include "host/report/period_evidence.h"
+#include "host/report/play_result.h"
+#include "host/report/report.h"
 #include "platform/control/machine_native.h"
 #include "tests/support/machine_test.h"
 

@@ -1,6 +1,6 @@
 // The program as a person runs it, on a machine of its own, with the module and the default tuning file.
-#include "host/audio_file.h"
-#include "host/registry_text.h"
+#include "host/audio/audio_file.h"
+#include "host/registry/registry_text.h"
 #include "platform/control/machine_native.h"
 #include "tests/support/machine_test.h"
 
