@@ -29,9 +29,9 @@ bool RunPlay(const PlayOptions& oOptions)
     return oResult.bSettled;
 }
 
-void AddPlay(CLI::App& oApp, PlayOptions& oOptions, int& iExit)
+// What is played, and in which form.
+void AddStream(CLI::App* pPlay, PlayOptions& oOptions)
 {
-    CLI::App* pPlay = oApp.add_subcommand("play", "Play an audio file through the module");
     pPlay->add_option("IN", oOptions.strInput, "WAV, FLAC, OGG, or raw 32-bit floats (.f32)")->required();
     pPlay->add_option("OUT", oOptions.strOutput,
                       ".wav (32-bit float), .flac (24 bit) or .f32; nothing is written without");
@@ -47,6 +47,14 @@ void AddPlay(CLI::App& oApp, PlayOptions& oOptions, int& iExit)
     pPlay->add_option("--channels", oOptions.iChannels, "Channels of a .f32 file (2); other files must match")
         ->check(CLI::Range(1, 1024));
     pPlay->add_flag("--in-place", oOptions.bInPlace, "Input and output in one buffer");
+    pPlay->add_option("--repeat", oOptions.f64RepeatSeconds, "IN over and over, so many seconds in all")
+        ->check(CLI::Range(0.01, 86400.0));
+}
+
+void AddPlay(CLI::App& oApp, PlayOptions& oOptions, int& iExit)
+{
+    CLI::App* pPlay = oApp.add_subcommand("play", "Play an audio file through the module");
+    AddStream(pPlay, oOptions);
     CLI::Option* pRealtime = pPlay->add_flag("--realtime", oOptions.bRealtime, "Pace periods by the clock");
     pPlay->add_option("--set", oOptions.vecSets, "KEY\\VALUE=DATA, set in the registry before the start; repeatable")
         ->expected(1)
@@ -59,8 +67,6 @@ void AddPlay(CLI::App& oApp, PlayOptions& oOptions, int& iExit)
         ->expected(1)
         ->take_all()
         ->excludes(pRealtime);
-    pPlay->add_option("--repeat", oOptions.f64RepeatSeconds, "IN over and over, so many seconds in all")
-        ->check(CLI::Range(0.01, 86400.0));
     pPlay->add_flag("--speaker", oOptions.bSpeaker, "Simulate the speakers, without and behind the module");
     pPlay->add_option("--tuning", oOptions.strTuning,
                       "The tuning file that describes the speakers; the one that the module took without");

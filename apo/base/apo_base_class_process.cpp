@@ -6,6 +6,7 @@
 #include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_dump.h"
 #include "audioapi/audio_api_log.h"
+#include "audioapi/audio_api_rates.h"
 #include "audioapi/audio_api_result.h"
 
 #include <algorithm>
@@ -184,9 +185,9 @@ RT_CODE int CBaseAPO::ProcessSilentMode(UINT32, APO_CONNECTION_PROPERTY** ppInpu
 
 RT_CODE bool CBaseAPO::IsSupportedRate() const
 {
-    static constexpr int aRates[] = {22050, 16000, 32000, 44100, 48000, 96000};
     const int iSampleRate = static_cast<int>(m_pInFormat.fFramesPerSecond);
-    return std::find(std::begin(aRates), std::end(aRates), iSampleRate) != std::end(aRates);
+    const int* const pEnd = std::end(AUDIO_SUPPORTED_RATES);
+    return std::find(std::begin(AUDIO_SUPPORTED_RATES), pEnd, iSampleRate) != pEnd;
 }
 
 RT_CODE int CBaseAPO::IsNeedByPass()

@@ -1,6 +1,7 @@
 // The module's log of a run, and the reasons for a bypass.
 #include "host/report/diagnosis.h"
 
+#include "audioapi/audio_api_rates.h"
 #include "host/registry/registry_text.h"
 #include "platform/hostpath.h"
 
@@ -22,7 +23,6 @@ constexpr const char* STOP_MESSAGE = "ErrorCode:000003E3(995), Read Directory Ch
 constexpr const char* SET_GIVEN[] = {"Get Parameter from strKey=", "Use Default first Parameter strKey="};
 constexpr const char* FILE_GIVEN = "Fuzzy Match to File:";
 constexpr const char* TEMPERATURE_GIVEN = "),EC Temperature:"; // hundredths of a degree
-constexpr int PROCESSED_RATES[] = {16000, 22050, 32000, 44100, 48000, 96000};
 
 // A line reads "[time][thread][LEVEL]: message [function|file|line]", with the code behind the level of an error.
 std::string MessageOf(const std::string& strLine, size_t iLevel)
@@ -158,7 +158,8 @@ TuningGiven FindTuningGiven(fs::file_time_type tSince)
 std::vector<std::string> FindBypassReasons(int iRate)
 {
     std::vector<std::string> vecReasons;
-    if (std::find(std::begin(PROCESSED_RATES), std::end(PROCESSED_RATES), iRate) == std::end(PROCESSED_RATES))
+    const int* const pEnd = std::end(AUDIO_SUPPORTED_RATES);
+    if (std::find(std::begin(AUDIO_SUPPORTED_RATES), pEnd, iRate) == pEnd)
         vecReasons.push_back("the module doesn't process " + std::to_string(iRate) + " Hz");
     if (!IsMapped(PROTECTION_LIBRARY))
         vecReasons.push_back("the protection library isn't loaded");
