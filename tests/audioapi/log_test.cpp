@@ -1,6 +1,5 @@
 // The log from the call to the file: line forms, filter, settings, rotation, faults, and the stop.
 #include "audioapi/audio_api_trace.h"
-#include "platform/control/machine.h"
 #include "tests/support/logged_machine_test.h"
 
 #include <map>

@@ -1,6 +1,4 @@
 // What is read of the event log's records and of the machine's registry.
-#include "audioapi/audio_api_const.h"
-#include "audioapi/audio_api_system.h"
 #include "tests/support/logged_machine_test.h"
 
 #include <tuple>

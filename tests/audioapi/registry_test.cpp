@@ -2,10 +2,8 @@
 #include "audioapi/audio_api_registry.h"
 #include "audioapi/audio_api_string.h"
 #include "audioapi/audio_api_worker_event.h"
-#include "platform/control/machine.h"
 #include "tests/support/logged_machine_test.h"
 
-#include <functional>
 #include <utility>
 
 namespace
@@ -21,16 +19,6 @@ protected:
         LoggedMachineTest::SetUp();
         SetRegistry(BASE, "Number", 0x44434241); // "ABCD" as text
         SetRegistry(BASE, "Text", std::string("Hi"));
-    }
-
-    static void SetBytes(const char* pName, DWORD dwType, const std::string& strBytes)
-    {
-        HKEY hKey = nullptr;
-        ASSERT_EQ(CAudioREG::OpenRegKey(BASE, KEY_SET_VALUE | KEY_WOW64_64KEY, hKey), 0U);
-        EXPECT_EQ(RegSetValueExA(hKey, pName, 0, dwType, reinterpret_cast<const BYTE*>(strBytes.data()),
-                                 static_cast<DWORD>(strBytes.size())),
-                  0);
-        RegCloseKey(hKey);
     }
 
     // Each text was logged once, with the code.
@@ -49,13 +37,13 @@ protected:
 // Reads don't look at the type; a value that is too large or missing leaves the out value alone.
 TEST_F(RegistryTest, ReadsByBytesWhateverTheType)
 {
-    SetBytes("Short", REG_BINARY, "\x05");
-    SetBytes("Open", REG_BINARY, "open"); // text without its zero
+    SetRegistry(BASE, "Short", REG_BINARY, "\x05");
+    SetRegistry(BASE, "Open", REG_BINARY, "open"); // text without its zero
     const std::string strNearly(1022, 'N');
     const std::string strFull(1024, 'F');
-    SetBytes("Nearly", REG_SZ, strNearly + '\0');
-    SetBytes("Full", REG_BINARY, strFull);
-    SetBytes("Large", REG_BINARY, std::string(1025, 'L'));
+    SetRegistry(BASE, "Nearly", REG_SZ, strNearly + '\0');
+    SetRegistry(BASE, "Full", REG_BINARY, strFull);
+    SetRegistry(BASE, "Large", REG_BINARY, std::string(1025, 'L'));
     const auto fHex = [](const std::string& strBytes)
     { return CAudioSTR::ToHexString(reinterpret_cast<const BYTE*>(strBytes.data()), strBytes.size()); };
     const struct
@@ -141,7 +129,7 @@ TEST_F(RegistryTest, FailuresAreLoggedWithTheirCode)
     EXPECT_EQ(CountLog("Not exist RegKey:"), 2U);
     EXPECT_TRUE(CAudioREG::RegPathExists("HKEY_LOCAL_MACHINE")); // no backslash: the default root itself
     EXPECT_EQ(CountLog("Undefine RegRoot Use default HKEY_LOCAL_MACHINE!"), 1U);
-    SetBytes("None", REG_NONE, "");
+    SetRegistry(BASE, "None", REG_NONE, "");
     EXPECT_FALSE(CAudioREG::RegKeyExists(std::string(BASE) + "\\None"));
     ExpectErrors({"dwSzType == REG_NONE"}, 13);
     for (const auto& [pName, hRoot] : {std::pair<const char*, HKEY>{"HKEY_CLASSES_ROOT", HKEY_CLASSES_ROOT},
@@ -176,6 +164,7 @@ TEST_F(RegistryTest, WatchWakesOncePerArming)
         CAudioREG::RegNotifyReset(hKey, nullptr);
         EXPECT_EQ(WaitForSingleObject(oEvent, 0), static_cast<DWORD>(WAIT_OBJECT_0));
         CAudioREG::RegNotifyReset(hKey, oEvent);
+        SetRegistry(std::string(BASE) + "2", "Number", 1); // a key beside it, whose name only begins alike
         EXPECT_EQ(WaitForSingleObject(oEvent, 0), static_cast<DWORD>(WAIT_TIMEOUT));
     }
     EXPECT_EQ(CountLog("hKey"), std::size(CHANGE));

@@ -1,8 +1,6 @@
 // Questions about processes, users, sessions, events and the machine, put to this system's own.
-#include "audioapi/audio_api_const.h"
 #include "audioapi/audio_api_registry.h"
 #include "audioapi/audio_api_string.h"
-#include "audioapi/audio_api_system.h"
 #include "platform/control/machine_native.h"
 #include "platform/hostpath.h"
 #include "tests/support/logged_machine_test.h"
@@ -16,7 +14,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>

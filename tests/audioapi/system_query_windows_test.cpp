@@ -1,8 +1,5 @@
 // Questions about processes, users and sessions, put to the platform itself.
-#include "audioapi/audio_api_system.h"
 #include "tests/support/logged_machine_test.h"
-
-#include <algorithm>
 
 namespace
 {

@@ -1,5 +1,4 @@
 // File searches and the module's place.
-#include "audioapi/audio_api_system.h"
 #include "tests/support/logged_machine_test.h"
 
 namespace

@@ -7,7 +7,6 @@
 #include <limits>
 #include <random>
 #include <set>
-#include <vector>
 
 using namespace published;
 

@@ -13,8 +13,6 @@ static_assert(!std::is_same_v<HKEY, HMODULE> && !std::is_convertible_v<HKEY, HMO
 static_assert(sizeof(WAVEFORMATEX) == 18 && sizeof(WAVEFORMATEXTENSIBLE) == 40);
 
 // --- Constants that reach files, logs or the other side of an interface ---
-static_assert(BUFFER_INVALID == 0 && BUFFER_VALID == 1 && BUFFER_SILENT == 2);
-static_assert((APO_FLAG_INPLACE | APO_FLAG_DEFAULT) == 0xF);
 static_assert((CRYPT_VERIFYCONTEXT | CRYPT_SILENT) == 0xF0000040);
 
 constexpr bool Is(HRESULT hResult, UINT32 u32Value)

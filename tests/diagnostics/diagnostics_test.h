@@ -2,7 +2,6 @@
 #pragma once
 
 #include "audioapi/audio_api_dump.h"
-#include "platform/control/machine.h"
 #include "platform/hostpath.h"
 #include "tests/engine/engine_test.h"
 

@@ -1,7 +1,6 @@
 // The diagnostics folder: when it is watched, what a bad one turns off, and the oldest files beyond the limit go.
 #include "tests/diagnostics/dir_test.h"
 
-#include <atomic>
 #include <thread>
 
 TEST_F(DirTest, WithoutTheFolderTheFirstStartAloneWatches)

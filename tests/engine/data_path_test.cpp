@@ -1,8 +1,6 @@
 // The data path: what the library is given and what comes back, in both ways of running.
 #include "tests/engine/engine_test.h"
 
-#include "platform/control/machine.h"
-
 #include <limits>
 
 class DataPathTest : public EngineTest

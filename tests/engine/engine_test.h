@@ -2,20 +2,13 @@
 #pragma once
 
 #include "apo/kelvane/apo_kelvane_factory.h"
-#include "apo/kelvane/apo_kelvane_manager.h"
 #include "apo/kelvane/apo_kelvane_postefx.h"
-#include "apo/kelvane/apo_kelvane_postengine.h"
 #include "tests/support/apo_connections.h"
 #include "tests/support/engine_inside.h"
 #include "tests/support/logged_machine_test.h"
 #include "tests/support/manager_inside.h"
 
-#include <algorithm>
 #include <atomic>
-#include <functional>
-#include <memory>
-#include <string>
-#include <vector>
 
 // What the ten functions do and what they were told. Passes the channels through unless told otherwise.
 struct ScriptedLibrary

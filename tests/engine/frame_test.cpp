@@ -1,9 +1,5 @@
-// What goes with a frame: the record that the library reads, the times, and what is said of silence and of a late
-// worker.
+// What goes with a frame: the record that the library reads, the times, the jobs, and what is said of silence.
 #include "tests/engine/engine_test.h"
-
-#include "audioapi/audio_api_const.h"
-#include "platform/control/machine.h"
 
 #include <map>
 
@@ -91,18 +87,6 @@ TEST_F(FrameTest, AThousandSilentFramesInARowAreToldEachWay)
         EXPECT_EQ(CountLog("Input Frame Energy is near zero!"), oStep.iInputLines);
         EXPECT_EQ(CountLog("Output Frame Energy is near zero!"), oStep.iOutputLines);
     }
-}
-
-TEST_F(FrameTest, ALateWorkerIsSignalledFromTheHighMarkOn)
-{
-    SetRegistry(CPU_INFO_PATH, CPU_NAME_STRING, std::string("some"));
-    const HANDLE hEvent = CreateEventW(nullptr, TRUE, FALSE, AUDIO_CPU_STATUS_EVENT);
-    MakeHandEngine();
-    Input(Ramp(240 * 199));
-    EXPECT_EQ(WaitForSingleObject(hEvent, 0), WAIT_TIMEOUT);
-    Input(Ramp(240));
-    EXPECT_EQ(WaitForSingleObject(hEvent, 0), WAIT_OBJECT_0);
-    CloseHandle(hEvent);
 }
 
 TEST_F(FrameTest, TheInlineStreamTellsEachJobThatFails)

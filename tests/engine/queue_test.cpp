@@ -6,11 +6,16 @@ using QueueTest = EngineTest;
 TEST_F(QueueTest, FullQueuesDropTheOldest)
 {
     StartLog(AUDIO_LEVEL_INFO);
+    SetRegistry(CPU_INFO_PATH, CPU_NAME_STRING, std::string("some"));
+    const HANDLE hLate = CreateEventW(nullptr, TRUE, FALSE, AUDIO_CPU_STATUS_EVENT); // somebody looks at the processor
     MakeHandEngine();
     Input(Ramp(240 * 199));
     EXPECT_EQ(CEngineInside::InputQueue(*m_pEngine).Size(), 199);
     EXPECT_EQ(CountLog("KelvaneInpuSize:"), 0U);
+    EXPECT_EQ(WaitForSingleObject(hLate, 0), static_cast<DWORD>(WAIT_TIMEOUT));
     Input(Ramp(240));
+    EXPECT_EQ(WaitForSingleObject(hLate, 0), static_cast<DWORD>(WAIT_OBJECT_0));
+    CloseHandle(hLate);
     EXPECT_EQ(CEngineInside::InputQueue(*m_pEngine).Size(), 15);
     EXPECT_EQ(CountLog("3841137 KelvaneInpuSize:200"), 1U);
     EXPECT_EQ(FindLog("InputQueue Overflow Size : 200").at(0).iErrorCode, 0);

@@ -1,8 +1,6 @@
 // Shaping: every rate and frame length keeps the stream whole, whatever the blocks.
 #include "tests/engine/engine_test.h"
 
-#include <cmath>
-
 class ShapingTest : public EngineTest
 {
 protected:

@@ -1,8 +1,6 @@
 // Start-up, its failures, the second start, and the choice of parameter sets.
 #include "tests/engine/engine_test.h"
 
-#include "platform/control/machine.h"
-
 using StartTest = EngineTest;
 
 TEST_F(StartTest, EachFailedStepIsNamedAndTakesTheStreamOffTheAlgorithm)

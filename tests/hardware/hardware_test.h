@@ -5,9 +5,6 @@
 #include "platform/control/machine_native.h"
 #include "tests/engine/engine_test.h"
 
-#include <string>
-#include <vector>
-
 // How a device takes its requests from now on; a test changes it between calls.
 struct DeviceMood
 {

@@ -1,14 +1,11 @@
 // The fixture of the manager's tests: a machine with tuning files and a library, and the log running.
 #pragma once
 
-#include "apo/kelvane/apo_kelvane_manager.h"
 #include "tests/support/logged_machine_test.h"
 #include "tests/support/manager_inside.h"
 
 #include <chrono>
-#include <string>
 #include <thread>
-#include <vector>
 
 class ManagerTest : public LoggedMachineTest
 {

@@ -1,7 +1,6 @@
 // The manager's start where the native machine's means are wanted: a step that throws, devices on the way down, times
 // of files, a locale with a comma.
 #include "apo/kelvane/tuning/apo_kelvane_tuning_loader.h"
-#include "platform/control/machine_native.h"
 #include "platform/hostpath.h"
 #include "tests/manager/manager_test.h"
 #include "tests/platform/machine_file.h"
@@ -9,7 +8,6 @@
 #include <clocale>
 #include <cmath>
 #include <filesystem>
-#include <fstream>
 
 namespace
 {

@@ -130,6 +130,7 @@ TEST_F(TuningFileTest, ReadsTheLists)
         {"{abc,20,40,60,80,7}", {0, 20, 40, 60, 80, 7}, {0, 20, 40, 60, 80, 7}, false},
         {" 90 , 80,\n70,,60,50,40x ", {90, 80, 70, 60, 50, 40}, {90, 80, 70, 60, 50, 40}, false},
         {"x{{1,2}}", oDefault, {1, 2}, true},
+        {"{7}", oDefault, {7}, true},
         {"", oDefault, {}, true},
         {nullptr, oDefault, {}, true},
     };
@@ -140,7 +141,8 @@ TEST_F(TuningFileTest, ReadsTheLists)
         const std::string strText = oRow.pText != nullptr ? oRow.pText : "";
         std::string strLists;
         if (oRow.pText != nullptr)
-            strLists = "<SENSOR_RANGE_LOW VALUE=\"" + strText + "\"/><VOLUME_RANGE VALUE=\"" + strText + "\"/>";
+            strLists = "<SENSOR_RANGE_NORMAL VALUE=\"{40}\"/><SENSOR_RANGE_LOW VALUE=\"" + strText +
+                       "\"/><VOLUME_RANGE VALUE=\"" + strText + "\"/>";
         PutFile(INSTALLED + "audio_kelvane_params_1.xml", File("", "", 3, strLists));
         pManager->LoadConfigFile();
         EXPECT_EQ(CManagerInside::Tuning().m_vecVolumeRange, oRow.oVolumes);
@@ -148,6 +150,7 @@ TEST_F(TuningFileTest, ReadsTheLists)
         EXPECT_EQ(CManagerInside::Tuning().m_vecSensorRangeCommand, std::vector<INT32>{3});
         EXPECT_EQ(CountLog("Config Volume Param Number is Invalid!"), oRow.bVolumeWarned ? 1u : 0u);
         EXPECT_EQ(CountLog("Config file not have Tag:VOLUME_RANGE"), oRow.pText == nullptr ? 1u : 0u);
+        EXPECT_EQ(CountLog("Sensor lists differ in length"), oRow.oSensors.size() != 1 ? 1u : 0u);
         EXPECT_TRUE(HasLine("ERROR", 1465, "Failed to load tag VENDOR"));
         EXPECT_EQ(CountLog("Tag missing in xml file:" + INSTALLED + "audio_kelvane_params_1.xml"), 1u);
     }

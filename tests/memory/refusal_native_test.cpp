@@ -1,7 +1,6 @@
 // Lives of the module, from load to unload, each with one heap block refused: the next one in every life.
 // Native only: who asks for a block is told by the loader.
 #include "apo/kelvane/apo_kelvane_guid.h"
-#include "platform/control/machine_native.h"
 #include "tests/platform/machine_file.h"
 #include "tests/support/apo_connections.h"
 #include "tests/support/machine_test.h"
@@ -10,7 +9,6 @@
 #include <dlfcn.h>
 #include <execinfo.h>
 
-#include <atomic>
 #include <cstring>
 #include <filesystem>
 #include <utility>

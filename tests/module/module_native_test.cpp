@@ -1,13 +1,10 @@
 // The whole module as the audio engine meets it: found through the registry, built through COM, fed period by period.
 #include "apo/kelvane/apo_kelvane_guid.h"
-#include "platform/control/machine_native.h"
 #include "tests/platform/machine_file.h"
 #include "tests/support/apo_connections.h"
 #include "tests/support/machine_test.h"
 
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <utility>
 
 namespace
@@ -183,16 +180,12 @@ TEST_F(ModuleTest, WhatTheLibraryPlayedIsBitExactBehindItsLeadIn)
         {KELVANE_RENDER_OMFX_GUID, 1, 480, 0, {0}},
         {KELVANE_RENDER_OMFX_GUID, 2, 480, 0, {0, 1}},
         {KELVANE_RENDER_OMFX_GUID, 2, 960, 0, {0, 1}},
-        {KELVANE_RENDER_OMFX_GUID, 6, 960, 0, {0, 1, 2, 3, 4, 5}},
-        {KELVANE_RENDER_OMFX_GUID, 4, 480, 0, {0, 1, 0, 1}},
         {KELVANE_RENDER_OMFX_GUID, 8, 480, 0, {0, 1, 2, 3, 4, 5, 6, 7}},
         {KELVANE_RENDER_OMFX_GUID, 2, 1024, 1440, {0, 1}},
         {KELVANE_RENDER_EFX_GUID, 1, 240, 3 * 240, {0}},
         {KELVANE_RENDER_EFX_GUID, 2, 480, 3 * 480, {0, 1}},
-        {KELVANE_RENDER_EFX_GUID, 6, 960, 3 * 960, {0, 1, 2, 3, 4, 5}},
         {KELVANE_RENDER_EFX_GUID, 4, 480, 3 * 480, {0, 1, 0, 1}},
         {KELVANE_RENDER_EFX_GUID, 2, 441, 3 * 441 + 1440, {0, 1}},
-        {KELVANE_RENDER_EFX_GUID, 2, 1024, 3 * 1024 + 1440, {0, 1}},
     };
     for (const auto& oCase : aCases)
     {
@@ -224,9 +217,7 @@ TEST_F(ModuleTest, AnUnusedModuleGoes)
         EXPECT_EQ(CallExport("DllCanUnloadNow"), S_FALSE);
     }
     CoFreeUnusedLibraries();
-    std::ostringstream oMaps;
-    oMaps << std::ifstream("/proc/self/maps").rdbuf();
-    EXPECT_EQ(oMaps.str().find("KelvaneAPO.dll"), std::string::npos);
+    EXPECT_EQ(HostFile("/proc/self/maps").find("KelvaneAPO.dll"), std::string::npos);
 }
 
 // Amplifiers, codecs and controller all silent: each step of the life ends, an inline stream waits once, and freeing

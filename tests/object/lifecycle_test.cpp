@@ -5,15 +5,7 @@
 
 namespace
 {
-class LifecycleTest : public ObjectTest
-{
-protected:
-    static HRESULT InitializeDefault(IAudioProcessingObject& oObject)
-    {
-        BYTE aInit[sizeof(APOInitSystemEffects)] = {};
-        return oObject.Initialize(sizeof(aInit), aInit);
-    }
-};
+using LifecycleTest = ObjectTest;
 
 TEST_F(LifecycleTest, InitializeTellsTheRecordsBySizeAndReportsTheMode)
 {
@@ -44,16 +36,13 @@ TEST_F(LifecycleTest, InitializeTellsTheRecordsBySizeAndReportsTheMode)
         EXPECT_TRUE(oObject->m_oAudioModeGUID ==
                     (oCase.cbDataSize == 56 ? AUDIO_SIGNALPROCESSINGMODE_DEFAULT : oCase.oMode));
         // A refused record leaves the object uninitialised, a taken one bars the next.
-        EXPECT_EQ(InitializeDefault(*oObject), FAILED(oCase.hResult) ? S_OK : APOERR_ALREADY_INITIALIZED);
+        EXPECT_EQ(oObject->Initialize(56, aData), FAILED(oCase.hResult) ? S_OK : APOERR_ALREADY_INITIALIZED);
     }
     EXPECT_EQ(CountLog("CBaseAudioProcessingObject::Initialize(cbDataSize, pbyData)"), 3U);
 }
 
 TEST_F(LifecycleTest, LockHandsFormatAndSystemToTheEngine)
 {
-    const ApoObject<CTestAPO<CKelvaneEFX>> oObject(new CTestAPO<CKelvaneEFX>);
-    CFormatPair oFormats(6, 44100);
-    ASSERT_EQ(InitializeDefault(*oObject), S_OK);
     Status().m_iHeadSetStatus = 1;
     Status().m_iSpeakerVolume = 33;
     Status().m_iSpeakerMode = 5;
@@ -61,7 +50,7 @@ TEST_F(LifecycleTest, LockHandsFormatAndSystemToTheEngine)
     Status().m_iHeadphoneMode = 4;
     Status().m_iHeadSetType = 3;
     Status().m_iLyranaMode = 1;
-    ASSERT_EQ(oFormats.Lock(*oObject), S_OK);
+    const auto oObject = OpenObject(new CTestAPO<CKelvaneEFX>, 6, 44100);
     CBaseEngine& oEngine = oObject->Engine();
     EXPECT_TRUE(oEngine.GetAudioModeGUID() == AUDIO_SIGNALPROCESSINGMODE_DEFAULT);
     EXPECT_EQ(oEngine.GetSampleRate(), 44100);
@@ -77,16 +66,11 @@ TEST_F(LifecycleTest, LockHandsFormatAndSystemToTheEngine)
     EXPECT_EQ(CountLog("t format in LockForProcess:{6,4,32,44100,3,{00000003-0000-0010-8000-00AA00389B71}}"), 2U);
     EXPECT_EQ(CountLog("3841082 [POST_EFX]AuidoMode=0,HeadsetStatus=1"), 1U);
 
-    EXPECT_EQ(oFormats.Lock(*oObject), APOERR_APO_LOCKED);
     EXPECT_EQ(oObject->UnlockForProcess(), S_OK);
     EXPECT_EQ(CFormatPair(1, 48000).Lock(*oObject), S_OK);
     EXPECT_EQ(oEngine.GetSampleRate(), 48000);
     EXPECT_EQ(oEngine.GetInChannelCount(), 1);
     EXPECT_EQ(oObject->UnlockForProcess(), S_OK);
-
-    // Connections that aren't there, and no engine.
-    EXPECT_EQ(oObject->LockForProcess(1, nullptr, 1, &oFormats.m_pOutput), 13);
-    EXPECT_EQ(oObject->LockForProcess(1, &oFormats.m_pInput, 1, nullptr), 13);
     oObject->m_pEngine.reset();
     EXPECT_EQ(CFormatPair(2, 48000).Lock(*oObject), 12);
 }

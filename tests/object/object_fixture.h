@@ -3,16 +3,12 @@
 
 #include "apo/kelvane/apo_kelvane_efx.h"
 #include "apo/kelvane/apo_kelvane_factory.h"
-#include "apo/kelvane/apo_kelvane_manager.h"
 #include "tests/support/apo_connections.h"
 #include "tests/support/engine_inside.h"
 #include "tests/support/logged_machine_test.h"
 #include "tests/support/manager_inside.h"
 
-#include <algorithm>
-#include <string>
 #include <utility>
-#include <vector>
 
 // The log at its lowest level, and a manager that is taken down before it.
 class ObjectTest : public LoggedMachineTest

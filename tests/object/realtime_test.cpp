@@ -1,6 +1,5 @@
 // The real-time contract of one call, counted on the processing thread with the log off: heap blocks, and calls that
 // may wait. And what a call does without a block.
-#include "platform/control/machine.h"
 #include "tests/engine/engine_test.h"
 #include "tests/support/own_heap.h"
 

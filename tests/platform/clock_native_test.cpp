@@ -11,10 +11,6 @@ protected:
     {
         SYSTEMTIME stTime{};
         GetLocalTime(&stTime);
-        return Text(stTime);
-    }
-    static std::string Text(const SYSTEMTIME& stTime)
-    {
         char aText[64];
         snprintf(aText, sizeof(aText), "%04d-%02d-%02d/%d %02d:%02d:%02d.%03d", stTime.wYear, stTime.wMonth,
                  stTime.wDay, stTime.wDayOfWeek, stTime.wHour, stTime.wMinute, stTime.wSecond, stTime.wMilliseconds);

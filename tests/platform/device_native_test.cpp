@@ -15,11 +15,6 @@ constexpr DWORD SET_STATUS = CTL_CODE(0x0400, 0x705, METHOD_BUFFERED, FILE_ANY_A
 class DeviceTest : public MachineTest
 {
 protected:
-    static HANDLE Open(DWORD dwFlags, DWORD dwShare = 0, const char* pName = "\\\\.\\KELVANE_DEVICE0")
-    {
-        return CreateFileA(pName, GENERIC_READ | GENERIC_WRITE, dwShare, nullptr, OPEN_EXISTING, dwFlags, nullptr);
-    }
-
     static BOOL Send(HANDLE hDevice, LPOVERLAPPED pRecord)
     {
         BYTE cRecord[8] = {0, 0, 0, 0, 2, 0, 0, 0};
@@ -35,7 +30,8 @@ TEST_F(DeviceTest, CancellingRacesCompletionWithoutLoss)
     machine::AttachDevice({"KELVANE_DEVICE0", "", 0, [](const machine::DeviceRequest&) {
                                return machine::DeviceAnswer{0, machine::Completion::Late, 1, {}};
                            }});
-    const HANDLE hDevice = Open(FILE_FLAG_OVERLAPPED);
+    const HANDLE hDevice = CreateFileA("\\\\.\\KELVANE_DEVICE0", GENERIC_READ | GENERIC_WRITE, 0, nullptr,
+                                       OPEN_EXISTING, FILE_FLAG_OVERLAPPED, nullptr);
     std::atomic<bool> bStop{false};
     std::thread oCanceller(
         [&]

@@ -7,10 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <new>
-#include <sstream>
-#include <string>
 #include <thread>
-#include <vector>
 
 namespace
 {
@@ -70,13 +67,6 @@ std::string Get(HKEY hKey, const char* pName)
     return std::to_string(dwType) + ":" + std::string(cData, cData + dwSize);
 }
 
-std::string ReadRegistryFile()
-{
-    std::ostringstream oText;
-    oText << std::ifstream(machine::RegistryFile(), std::ios::binary).rdbuf();
-    return oText.str();
-}
-
 void WriteRegistryFile(const std::string& strText)
 {
     std::ofstream(machine::RegistryFile(), std::ios::binary) << strText;
@@ -124,7 +114,7 @@ TEST_F(PlatformRegistryTest, EveryKindOfValueSurvivesTheFile)
         for (const auto& oCase : oCases)
             EXPECT_EQ(Set(oKey.m_hKey, oCase.pName, oCase.dwType, oCase.strData), 0) << oCase.pName;
     }
-    const std::string strText = ReadRegistryFile();
+    const std::string strText = HostFile(machine::RegistryFile());
     machine::UseFolder(machine::Folder()); // all that is known now comes from the file
     ScopedKey oKey("software\\TEST maker\\kinds");
     for (const auto& oCase : oCases)
@@ -185,7 +175,7 @@ TEST_F(PlatformRegistryTest, ReadsHandWrittenFilesAndSaysWhatIsWrong)
 
     // A write loses neither comments nor what couldn't be read.
     ASSERT_EQ(SetNumber(oKey.m_hKey, "Volume", 1), 0);
-    const std::string strText = ReadRegistryFile();
+    const std::string strText = HostFile(machine::RegistryFile());
     for (const std::string& strKept :
          {std::string("; the machine of a test\n"), std::string("; volume\n\"Volume\"=dword:00000001\n"),
           std::string("; not read: \"Bad\"=dword:xyz\n"),
@@ -258,44 +248,11 @@ TEST_F(PlatformRegistryTest, CodesAndRightsAreThePlatforms)
     EXPECT_EQ(machine::RegistryErrors().size(), 1U);
 }
 
-TEST_F(PlatformRegistryTest, WatchesSignalForWhatTheyWatch)
-{
-    ScopedKey oKey("SOFTWARE\\Watched");
-    ScopedKey oBelow("SOFTWARE\\Watched\\Below");
-    ScopedKey oBeside("SOFTWARE\\Watched2");
-    const std::function<LSTATUS()> fnOwnValue = [&] { return SetNumber(oKey.m_hKey, "N", 1); };
-    const std::function<LSTATUS()> fnValueBelow = [&] { return SetNumber(oBelow.m_hKey, "N", 1); };
-    const std::function<LSTATUS()> fnValueBeside = [&] { return SetNumber(oBeside.m_hKey, "N", 1); };
-    const std::function<LSTATUS()> fnNewKey = []
-    {
-        RegDeleteKeyExA(HKEY_LOCAL_MACHINE, "SOFTWARE\\Watched\\New", 0, 0);
-        const ScopedKey oNew("SOFTWARE\\Watched\\New");
-        return 0;
-    };
-    const struct
-    {
-        const char* pWhat;
-        const std::function<LSTATUS()>& fnChange;
-        bool bSignal;
-    } oCases[] = {{"own value", fnOwnValue, true},
-                  {"value below", fnValueBelow, true},
-                  {"value beside", fnValueBeside, false},
-                  {"new key", fnNewKey, true}};
-    for (const auto& oCase : oCases)
-    {
-        ScopedKey oWatched("SOFTWARE\\Watched", KEY_NOTIFY);
-        const ScopedEvent oEvent;
-        Watch(oWatched, oEvent);
-        EXPECT_EQ(oCase.fnChange(), 0) << oCase.pWhat;
-        EXPECT_EQ(oEvent.IsSet(), oCase.bSignal) << oCase.pWhat;
-    }
-}
-
 TEST_F(PlatformRegistryTest, EditorsWakeWatches)
 {
     ScopedKey oKey("SOFTWARE\\Edited");
     ASSERT_EQ(SetNumber(oKey.m_hKey, "N", 0), 0);
-    std::string strText = ReadRegistryFile();
+    std::string strText = HostFile(machine::RegistryFile());
     char& cDigit = strText[strText.find("dword:") + 13];
     // An editor overwrites the file; it may empty it before, or move it away.
     const std::function<void()> aBefore[] = {

@@ -10,8 +10,6 @@
 
 #include <algorithm>
 #include <sstream>
-#include <string>
-#include <vector>
 
 // A line of the log's files, taken apart; strLevel is empty for a line that has neither form.
 struct LogLine

@@ -36,16 +36,6 @@ HKEY OpenKey(const std::string& strPath)
         << strPath;
     return hKey;
 }
-
-void WriteValue(const std::string& strPath, const std::string& strName, DWORD dwType, const void* pData, size_t iSize)
-{
-    const HKEY hKey = OpenKey(strPath);
-    EXPECT_EQ(
-        RegSetValueExA(hKey, strName.c_str(), 0, dwType, static_cast<const BYTE*>(pData), static_cast<DWORD>(iSize)),
-        ERROR_SUCCESS)
-        << strPath << " " << strName;
-    RegCloseKey(hKey);
-}
 } // namespace
 
 void MachineTest::SetUp()
@@ -75,12 +65,23 @@ size_t MachineTest::CountResources()
 
 void MachineTest::SetRegistry(const std::string& strPath, const std::string& strName, DWORD dwValue)
 {
-    WriteValue(strPath, strName, REG_DWORD, &dwValue, sizeof dwValue);
+    SetRegistry(strPath, strName, REG_DWORD, {reinterpret_cast<const char*>(&dwValue), sizeof dwValue});
 }
 
 void MachineTest::SetRegistry(const std::string& strPath, const std::string& strName, const std::string& strValue)
 {
-    WriteValue(strPath, strName, REG_SZ, strValue.c_str(), strValue.size() + 1);
+    SetRegistry(strPath, strName, REG_SZ, strValue + '\0');
+}
+
+void MachineTest::SetRegistry(const std::string& strPath, const std::string& strName, DWORD dwType,
+                              const std::string& strBytes)
+{
+    const HKEY hKey = OpenKey(strPath);
+    EXPECT_EQ(RegSetValueExA(hKey, strName.c_str(), 0, dwType, reinterpret_cast<const BYTE*>(strBytes.data()),
+                             static_cast<DWORD>(strBytes.size())),
+              ERROR_SUCCESS)
+        << strPath << " " << strName;
+    RegCloseKey(hKey);
 }
 
 void MachineTest::DeleteRegistryValue(const std::string& strPath, const std::string& strName)

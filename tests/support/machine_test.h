@@ -27,6 +27,8 @@ protected:
     // Writes the value; the key is made when missing.
     static void SetRegistry(const std::string& strPath, const std::string& strName, DWORD dwValue);
     static void SetRegistry(const std::string& strPath, const std::string& strName, const std::string& strValue);
+    static void SetRegistry(const std::string& strPath, const std::string& strName, DWORD dwType,
+                            const std::string& strBytes);
     // The same, by another program.
     static void SetElsewhere(const std::string& strPath, const std::string& strName, DWORD dwValue);
     static void DeleteRegistryValue(const std::string& strPath, const std::string& strName);

@@ -93,16 +93,3 @@ TEST(AverageQueueTest, ReaderSeesWholeRoundsAndNoneFromBeforeAClear)
     oWriter.join();
     EXPECT_EQ(iBad, 0);
 }
-
-TEST_F(ThermalTest, UnequalSensorListsAreTold)
-{
-    StartLog(AUDIO_LEVEL_WARN);
-    const std::string strHead = "<SENCE_CATEGORY><SENSOR_RANGE_COMMAND VALUE=\"{1,2}\"/><SENSOR_RANGE_NORMAL "
-                                "VALUE=\"{40,40}\"/><SENSOR_RANGE_LOW VALUE=\"{30";
-    for (const char* pTail : {",30}\"/></SENCE_CATEGORY>", "}\"/></SENCE_CATEGORY>"})
-    {
-        PutFile(std::string(AUDIO_DRIVER_DIR) + "audio_kelvane_params_t.xml", strHead + pTail);
-        m_pManager->LoadConfigFile();
-    }
-    EXPECT_EQ(CountLog("Sensor lists differ in length"), 1U);
-}

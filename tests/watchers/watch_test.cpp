@@ -1,5 +1,4 @@
 // The fourteen watchers: what each follows, how they start without their keys, what stops them.
-#include "platform/control/machine.h"
 #include "tests/watchers/watcher_test.h"
 
 #include <set>

@@ -4,9 +4,6 @@
 #include "audioapi/audio_api_registry.h"
 #include "tests/support/logged_machine_test.h"
 
-#include <string>
-#include <vector>
-
 class WatcherTest : public LoggedMachineTest
 {
 protected:
@@ -16,13 +13,7 @@ protected:
     // Sets one value, of type and bytes, and lets every watcher see it.
     static void Set(const std::string& strPath, const char* pName, DWORD dwType, const std::string& strBytes)
     {
-        HKEY hKey = nullptr;
-        CAudioREG::CreateRegKey(strPath);
-        ASSERT_EQ(CAudioREG::OpenRegKey(strPath, KEY_SET_VALUE | KEY_WOW64_64KEY, hKey), 0U) << strPath;
-        EXPECT_EQ(RegSetValueExA(hKey, pName, 0, dwType, reinterpret_cast<const BYTE*>(strBytes.data()),
-                                 static_cast<DWORD>(strBytes.size())),
-                  0);
-        RegCloseKey(hKey);
+        SetRegistry(strPath, pName, dwType, strBytes);
         WaitForWorkers();
     }
     static void Delete(const std::string& strPath, const char* pName)
