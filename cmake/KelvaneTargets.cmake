@@ -2,7 +2,7 @@
 
 add_library(kelvane_options INTERFACE)
 target_compile_options(kelvane_options INTERFACE -Wall -Wextra -Wshadow -Wconversion -fno-gnu-unique
-    "-fmacro-prefix-map=${CMAKE_SOURCE_DIR}/=")
+    "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=")
 if(KELVANE_WERROR)
     target_compile_options(kelvane_options INTERFACE -Werror)
 endif()
@@ -16,7 +16,7 @@ endif()
 
 # The module's code: audioapi, apo and the processing object framework.
 add_library(kelvane_module OBJECT)
-target_include_directories(kelvane_module PUBLIC ${CMAKE_SOURCE_DIR})
+target_include_directories(kelvane_module PUBLIC ${PROJECT_SOURCE_DIR})
 target_link_libraries(kelvane_module PUBLIC kelvane_options kelvane_platform)
 
 # Adds the folder's sources to the module's code.
