@@ -1,8 +1,15 @@
 # What every target shares: warnings, sanitizers, and the one object library that the module and the unit tests link.
 
 add_library(kelvane_options INTERFACE)
-target_compile_options(kelvane_options INTERFACE -Wall -Wextra -Wshadow -Wconversion -fno-gnu-unique
+# To some compilers a conversion is one of the sign too: the text of a failure check is its message, and takes no casts.
+target_compile_options(kelvane_options INTERFACE -Wall -Wextra -Wshadow -Wconversion -Wno-sign-conversion
     "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=")
+# A module with names that are one in the whole process would never be unloaded. Some compilers make none.
+include(CheckCXXCompilerFlag)
+check_cxx_compiler_flag(-fno-gnu-unique KELVANE_NO_GNU_UNIQUE)
+if(KELVANE_NO_GNU_UNIQUE)
+    target_compile_options(kelvane_options INTERFACE -fno-gnu-unique)
+endif()
 if(KELVANE_WERROR)
     target_compile_options(kelvane_options INTERFACE -Werror)
 endif()

@@ -3,6 +3,7 @@
 
 #include "apo/base/apo_base_engine.h"
 #include "audioapi/audio_api_const.h"
+#include "platform/compiler.h"
 
 #include <audioenginebaseapo.h>
 #include <baseaudioprocessingobject.h>
@@ -14,7 +15,7 @@
 #include <string>
 
 // Places an operation of the periodic call in the code section that holds them all.
-#define RT_CODE [[gnu::section("RT_CODE")]]
+#define RT_CODE KELVANE_SECTION("RT_CODE")
 
 // What the object itself answers, whether an outer object holds it or not. Any thread; the last release destroys it.
 struct INonDelegatingUnknown

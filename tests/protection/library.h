@@ -1,6 +1,7 @@
 // The protection library as its callers load it, with signals to play through it.
 #pragma once
 
+#include "platform/compiler.h"
 #include "protection/kelvane_parameters.h"
 
 #include <windows.h>
@@ -21,11 +22,6 @@ using Signal = std::function<double(size_t)>; // a sample by its place at 48 kHz
 inline constexpr size_t FRAME_LEN = 240;
 inline constexpr size_t SECOND = 48000;
 inline constexpr size_t LIBRARY_DELAY = 308; // of a protected signal, samples
-#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
-inline constexpr bool SHORTENED = true; // long simulations, under a sanitizer
-#else
-inline constexpr bool SHORTENED = false;
-#endif
 inline constexpr double PI = 3.14159265358979323846;
 
 class CLibrary

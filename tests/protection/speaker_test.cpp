@@ -130,10 +130,10 @@ TEST(SpeakerTest, CoilStaysUnderItsLimit)
             f64Before = f64Gain;
         };
         Trial oTrial = oCase.oTrial;
-        oTrial.f64Seconds *= SHORTENED ? 0.1 : 1.0;
+        oTrial.f64Seconds *= SANITIZED ? 0.1 : 1.0;
         const Outcome oOutcome = Play(stNoCeiling, Speaker(60), 60, oTrial, true, 1, fnLook);
         EXPECT_LE(oOutcome.f64HottestC, SpeakerLimits().f64CoilC + 1) << oCase.oTrial.pName;
-        EXPECT_TRUE(SHORTENED || oOutcome.f64HottestC >= SpeakerLimits().f64CoilC - oCase.f64LeastC)
+        EXPECT_TRUE(SANITIZED || oOutcome.f64HottestC >= SpeakerLimits().f64CoilC - oCase.f64LeastC)
             << oCase.oTrial.pName << oOutcome.f64HottestC;
         EXPECT_LE(f64FastestDb, 2.0 + 0.35) << oCase.oTrial.pName;
     }
@@ -179,7 +179,7 @@ TEST(SpeakerTest, LevelAboveTheBassStays)
 // Sets from all over the ranges, their ends above all, each on a speaker that is like it.
 TEST(SpeakerTest, EverySetProtectsItsSpeaker)
 {
-    constexpr int SETS = SHORTENED ? 6 : 30;
+    constexpr int SETS = SANITIZED ? 6 : 30;
     std::mt19937 oRandom(9);
     std::uniform_real_distribution<double> oPart(-0.3, 1.3);
     for (int iTaken = 0; iTaken < SETS;)

@@ -1,6 +1,8 @@
 // The tests' common fixture: a machine of its own for each test, with registry and files, taken down whole.
 #pragma once
 
+#include "platform/compiler.h"
+
 #include <windows.h>
 
 #include <gtest/gtest.h>
@@ -8,13 +10,6 @@
 #include <functional>
 #include <string>
 #include <vector>
-
-// The sanitizers keep what is freed and take their time.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool SANITIZED = true;
-#else
-constexpr bool SANITIZED = false;
-#endif
 
 // Paths of files and registry keys are the platform's: "C:\windows\x", "HKEY_LOCAL_MACHINE\SOFTWARE\x".
 class MachineTest : public ::testing::Test

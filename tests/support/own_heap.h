@@ -2,6 +2,8 @@
 // sanitizer's runtime has array forms of its own.
 #pragma once
 
+#include "platform/compiler.h"
+
 #include <atomic>
 #include <cstdlib>
 #include <new>
@@ -11,13 +13,13 @@ static bool IsBlockRefused(size_t iSize);
 
 static std::atomic<long> g_iLiveBlocks{0};
 
-[[gnu::noinline]] void* operator new(size_t iSize, const std::nothrow_t&) noexcept
+KELVANE_NOINLINE void* operator new(size_t iSize, const std::nothrow_t&) noexcept
 {
     void* const pBlock = IsBlockRefused(iSize) ? nullptr : std::malloc(iSize != 0 ? iSize : 1);
     g_iLiveBlocks += pBlock != nullptr ? 1 : 0;
     return pBlock;
 }
-[[gnu::noinline]] void* operator new(size_t iSize)
+KELVANE_NOINLINE void* operator new(size_t iSize)
 {
     if (void* const pBlock = operator new(iSize, std::nothrow))
         return pBlock;
@@ -31,7 +33,7 @@ void* operator new[](size_t iSize)
 {
     return operator new(iSize);
 }
-[[gnu::noinline]] void operator delete(void* pBlock) noexcept
+KELVANE_NOINLINE void operator delete(void* pBlock) noexcept
 {
     g_iLiveBlocks -= pBlock != nullptr ? 1 : 0;
     std::free(pBlock);
