@@ -2,6 +2,7 @@
 #include "audioapi/audio_api_string.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace
 {
@@ -44,14 +45,12 @@ std::vector<std::string> CAudioSTR::Split(const std::string& strText, const std:
 void CAudioSTR::SplitPair(const std::string& strText, std::string& strLeft, std::string& strRight,
                           const std::string& strDelimiter, INT32 iMode)
 {
-    const std::string strWhole = strText; // an out may be the text itself
-    strLeft.clear();
-    strRight.clear();
-    const size_t iFound = FindDelimiter(strWhole, strDelimiter, iMode);
-    if (iFound == std::string::npos)
-        return;
-    strLeft = Trim(strWhole.substr(0, iFound));
-    strRight = Trim(strWhole.substr(iFound + strDelimiter.size()));
+    const size_t iFound = FindDelimiter(strText, strDelimiter, iMode);
+    const bool bFound = iFound != std::string::npos;
+    // An out may be the text itself.
+    std::string strBehind = bFound ? Trim(strText.substr(iFound + strDelimiter.size())) : "";
+    strLeft = bFound ? Trim(strText.substr(0, iFound)) : "";
+    strRight = std::move(strBehind);
 }
 
 std::string CAudioSTR::LeftOf(const std::string& strText, const std::string& strDelimiter, INT32 iMode)

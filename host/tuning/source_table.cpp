@@ -109,7 +109,7 @@ std::vector<int> CSourceTable::Integers(const std::string& strKey, const SourceR
 std::string CSourceTable::Text(const std::string& strKey)
 {
     const toml::node* pNode = Find(strKey, "a text is wanted");
-    const std::string strText = pNode != nullptr ? pNode->value_or(std::string()) : "";
+    std::string strText = pNode != nullptr ? pNode->value_or(std::string()) : "";
     if (pNode != nullptr && (strText.empty() || strText.find_first_of("<>&\"',") != std::string::npos))
         m_oFaults.Add(pNode->source(), strKey + ": a text without < > & \" ' , is wanted");
     return strText;

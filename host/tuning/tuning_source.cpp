@@ -120,7 +120,7 @@ private:
     {
         const toml::array* pBands = m_oRoot.Tables("volume_band", BAND_COUNT);
         const toml::table* pHeated = m_oRoot.Table("heated");
-        CSourceTable(pHeated, "[heated]", m_oFaults);
+        const CSourceTable oHeated(pHeated, "[heated]", m_oFaults); // tells if it is missing
         m_oTuning.vecVolume = {0};
         for (size_t i = 0; pBands != nullptr && i < BAND_COUNT; ++i)
             ReadBand(*pBands->get_as<toml::table>(i), pHeated, i);

@@ -107,7 +107,7 @@ std::string SelectMatchConfigFile(const std::string& strAlgoVersion)
     const auto itCandidate = mapCandidate.find(strMaxVersion);
     if (itCandidate == mapCandidate.end())
         return "";
-    const std::string strResult = std::string(AUDIO_DRIVER_DIR) + itCandidate->second.cFileName;
+    std::string strResult = std::string(AUDIO_DRIVER_DIR) + itCandidate->second.cFileName;
     AUDIOLOG_INFO("Fuzzy Match to File:" + strResult);
     return strResult;
 }

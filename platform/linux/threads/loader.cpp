@@ -73,7 +73,7 @@ std::string FindModule(const std::string& strName)
     const std::string strProgramFolder = std::filesystem::path(ProgramPath()).parent_path().string();
     for (const std::string& strFolder : {strProgramFolder, std::string("C:\\windows\\system32")})
     {
-        const std::string strHostPath = HostPath(strFolder + "\\" + strFile);
+        std::string strHostPath = HostPath(strFolder + "\\" + strFile);
         if (IsFile(strHostPath))
             return strHostPath;
     }
