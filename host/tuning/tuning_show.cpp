@@ -49,8 +49,11 @@ std::vector<bool> NamedPlaces(bool bDouble)
 {
     std::vector<bool> vecNamed(static_cast<size_t>(bDouble ? KELVANE_DOUBLE_COUNT : KELVANE_SHORT_COUNT));
     for (const KelvaneParameterInfo& oInfo : KELVANE_PARAMETERS)
-        for (int i = 0; oInfo.bDouble == bDouble && i < (oInfo.bPerSpeaker ? KELVANE_MAX_CHANNELS : 1); ++i)
-            vecNamed[static_cast<size_t>(oInfo.iPlace + i)] = true;
+    {
+        const int iEnd = oInfo.iPlace + (oInfo.bPerSpeaker ? KELVANE_MAX_CHANNELS : 1);
+        for (int i = oInfo.iPlace; oInfo.bDouble == bDouble && i < iEnd; ++i)
+            vecNamed[static_cast<size_t>(i)] = true;
+    }
     if (!bDouble)
         vecNamed[offsetof(KelvaneStruParam, sDIVMode) / sizeof(int16_t)] = true;
     return vecNamed;

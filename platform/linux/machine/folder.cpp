@@ -34,7 +34,7 @@ std::string Variable(const char* pName)
 
 std::string FolderOfEnvironment()
 {
-    const std::string strMachine = Variable("KELVANE_MACHINE");
+    std::string strMachine = Variable("KELVANE_MACHINE");
     if (!strMachine.empty())
         return strMachine;
     const std::string strData = Variable("XDG_DATA_HOME");
