@@ -128,11 +128,17 @@ void CKelvaneInstance::ProcessPiece(KelvaneScratch& oScratch, const Frame& oFram
     for (int i = 0; i < Protector::PAIRS; ++i)
         if (HasChannel(oFrame, 2 * i) || HasChannel(oFrame, 2 * i + 1))
             ProcessPair(oScratch, oFrame, i, iOffset, iCount);
+        else if (m_bProtector)
+            m_oProtector.StopPair(i); // what it held is another programme's when it comes back
     if (!m_bProtector)
         return;
     for (int i = 0; i < KELVANE_MAX_CHANNELS; ++i)
-        if (oFrame.psVoltageIn[i] != nullptr && oFrame.psCurrentIn[i] != nullptr)
-            m_oProtector.Sense(i, oFrame.psVoltageIn[i] + iOffset, oFrame.psCurrentIn[i] + iOffset, iCount);
+    {
+        const float* const pVoltage = oFrame.psVoltageIn[i];
+        const float* const pCurrent = oFrame.psCurrentIn[i];
+        const bool bSensed = pVoltage != nullptr && pCurrent != nullptr;
+        m_oProtector.Sense(i, bSensed ? pVoltage + iOffset : nullptr, bSensed ? pCurrent + iOffset : nullptr, iCount);
+    }
 }
 
 // Protected, direct, or from one to the other.
@@ -156,7 +162,7 @@ void CKelvaneInstance::ProcessPair(KelvaneScratch& oScratch, const Frame& oFrame
         float* const pOut = oFrame.psDataOut[iChannel] + iOffset;
         const float* const pProtected = m_oProtector.Heard().Output(iChannel) + m_iPosition;
         if (bDirect)
-            m_oDirect[iChannel].Process(pIn[i], pDirect, m_iPosition, iCount);
+            m_oDirect[iChannel].Process(pIn[i], pDirect, m_iPosition, iCount, m_iMode == PASS && !bRuns);
         if (!bRuns || !bDirect)
             memcpy(pOut, bDirect ? pDirect : pProtected, static_cast<size_t>(iCount) * sizeof(float));
         else

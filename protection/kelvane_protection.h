@@ -151,7 +151,7 @@ using KelvaneIvOptimize = int32_t (*)(void* pRunBuf); // AudioKelvaneIvOptimize
 // Battery percent, 255 when unknown. The frames carry it too.
 using KelvaneSetBatteryInfo = int32_t (*)(void* pRunBuf, int32_t iBattery); // AudioKelvaneSetBatteryInformation
 
-// The state as Init left it; the set stays.
+// The state as Init left it; the set stays, and what was said of the battery.
 using KelvaneClearStatus = int32_t (*)(void* pRunBuf); // AudioKelvaneClearStatus
 
 // Ambient of the speakers, hundredths of a degree Celsius. 2500 is also what comes when no sensor answers.

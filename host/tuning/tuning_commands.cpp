@@ -15,6 +15,9 @@ void TuningBuild(const std::string& strSource, const std::string& strOutput)
 {
     const std::string strName = std::filesystem::path(strSource).filename().string();
     const std::string strText = FormatTuning(ReadTuningSource(strSource), strName);
+    std::error_code oNone;
+    if (std::filesystem::equivalent(strSource, strOutput, oNone))
+        throw CHostError(strOutput + ": is the source itself");
     errno = 0;
     std::ofstream oFile(strOutput, std::ios::binary);
     oFile << strText;

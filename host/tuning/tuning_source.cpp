@@ -175,8 +175,9 @@ std::string ReadText(const std::string& strPath)
     errno = 0;
     std::ifstream oFile(strPath);
     std::ostringstream oText;
-    oText << oFile.rdbuf();
-    if (!oFile || !oText)
+    if (oFile.peek() != std::ifstream::traits_type::eof())
+        oText << oFile.rdbuf();
+    if (!oFile.is_open() || oFile.bad() || !oText)
         throw CHostError(strPath + ": not readable: " + std::strerror(errno != 0 ? errno : EIO));
     return oText.str();
 }

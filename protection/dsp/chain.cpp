@@ -31,9 +31,14 @@ void Chain::Init(const KelvaneStruParam& oStruParam, bool bInProgramme, double f
 
 void Chain::Stop()
 {
+    for (int i = 0; i < PAIRS; ++i)
+        StopPair(i);
+}
+
+void Chain::StopPair(int iPair)
+{
     bJoins = true;
-    for (bool& bRuns : bPairRuns)
-        bRuns = false;
+    bPairRuns[iPair] = false;
 }
 
 void Chain::Process(const PeakFilter& oFilter, int iPair, const float* const (&pIn)[2], int iBegin, int iEnd)

@@ -30,6 +30,7 @@ struct Chain
     void Init(const KelvaneStruParam& oStruParam, bool bInProgramme, double f64BatteryPercent);
     // The pairs' history is void.
     void Stop();
+    void StopPair(int iPair);
 
     // A pair's signals from position iBegin to iEnd of the block. A pair that hasn't run begins.
     void Process(const PeakFilter& oFilter, int iPair, const float* const (&pIn)[2], int iBegin, int iEnd);

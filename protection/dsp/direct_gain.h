@@ -14,16 +14,19 @@ struct DirectGain
 
     void Jump() { f64Before = f64Gain = f64Target; }
 
-    // Samples from position iBegin of the block on; a null channel is silent. At 1 the bits stay.
-    void Process(const float* pIn, float* pOut, int iBegin, int iCount) const
+    // Samples from position iBegin of the block on. At 1 they stay as they are, with bBits even what is no number.
+    void Process(const float* pIn, float* pOut, int iBegin, int iCount, bool bBits) const
     {
         const double f64Change = (f64Gain - f64Before) / BLOCK_LEN;
-        if (pIn != nullptr && f64Before == 1.0 && f64Change == 0.0)
+        const bool bOne = f64Before == 1.0 && f64Change == 0.0;
+        if (bOne && bBits)
         {
             memcpy(pOut, pIn, static_cast<size_t>(iCount) * sizeof(float));
             return;
         }
         CopySane(pIn, pOut, iCount);
+        if (bOne)
+            return;
         for (int i = 0; i < iCount; ++i)
             pOut[i] *= static_cast<float>(f64Before + f64Change * (iBegin + i + 1));
     }

@@ -23,11 +23,8 @@ void Protector::Init(const KelvaneStruParam& oStruParam, bool bInProgramme, cons
     iChanged = 0;
     iChannels = 0;
     oChains[iHeard].Init(oStruParam, bInProgramme, oAround.f64BatteryPercent);
-    for (int i = 0; i < KELVANE_MAX_CHANNELS; ++i)
-    {
-        oSpeakers[i].oSense = ResistanceSense{};
-        f64Displacement[i] = 0.0;
-    }
+    for (double& f64Peak : f64Displacement)
+        f64Peak = 0.0;
     for (CoilVoltage& oCoil : oCoils)
         oCoil.Reset();
     ClearHeat(oAround);
@@ -52,12 +49,19 @@ void Protector::Stop()
         oChain.Stop();
 }
 
+void Protector::StopPair(int iPair)
+{
+    for (Chain& oChain : oChains)
+        oChain.StopPair(iPair);
+}
+
 void Protector::ClearHeat(const Surroundings& oAround)
 {
     for (int i = 0; i < KELVANE_MAX_CHANNELS; ++i)
     {
         oSpeakers[i].oAmbient.Init(oChains[iNewest].oSpeakers[i].oValues, oAround.bAmbientKnown, oAround.f64AmbientC);
         oSpeakers[i].oHeat.Reset(oSpeakers[i].oAmbient);
+        oSpeakers[i].oSense = ResistanceSense{};
     }
 }
 

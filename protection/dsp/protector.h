@@ -60,6 +60,8 @@ struct Protector
     void FinishBlock(const Surroundings& oAround, bool bCorrect);
     // No channel is protected any more: the history is void, and a change is through.
     void Stop();
+    // The same for a pair alone.
+    void StopPair(int iPair);
 
 private:
     void Mix(int iPair, int iBegin, int iEnd);

@@ -138,5 +138,9 @@ TEST_F(HostTuning, AFaultySourceIsRefusedWithEveryPlace)
         EXPECT_LT(std::count(strFaults.begin(), strFaults.end(), '\n'), 2) << strFaults;
     }
     EXPECT_NE(Faults("[file]\n").find("[speaker] is missing"), std::string::npos);
+    EXPECT_NE(Faults("").find("[speaker] is missing"), std::string::npos);
+    const std::string strOwn = Write("own.toml", strSource);
+    EXPECT_THROW(TuningBuild(strOwn, strOwn), CHostError) << "written over";
+    EXPECT_EQ(HostFile(strOwn), strSource);
     EXPECT_NE(Faults(strSource + "[[sound_mode]]\n").find("[[sound_mode]]: 2 of them are wanted"), std::string::npos);
 }

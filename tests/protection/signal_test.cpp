@@ -166,7 +166,7 @@ TEST(SignalTest, WhatIsNoNumberLeavesNoTrace)
     const float BAD[] = {std::nanf(""), INFINITY, -INFINITY, 3e38f, -std::nanf("")};
     for (size_t i = 1000; i < 2000; i += 9)
         vecOut[i % 2][i] = BAD[i % 5];
-    std::vector<Samples> vecPassed = vecOut;
+    const std::vector<Samples> vecBad = vecOut;
     CLibrary oLibrary(Matched());
     const unsigned uMode = _mm_getcsr();
     _mm_setcsr((uMode & ~0x3Fu) | 0x2000); // rounds down
@@ -179,9 +179,28 @@ TEST(SignalTest, WhatIsNoNumberLeavesNoTrace)
         EXPECT_TRUE(SameBits(vecOut[i], vecQuiet[i], 7 * SECOND));
     }
     EXPECT_EQ(oLibrary.Set(With(Matched(), {{P::MODE, 0}})), 0); // past the stages they don't heat either
-    oLibrary.Play(vecPassed);
-    oLibrary.Play(vecPassed);
+    vecOut = vecBad;
+    oLibrary.Play(vecOut); // while it fades
+    EXPECT_TRUE(std::all_of(vecOut[0].begin(), vecOut[0].end(), [](float f32) { return std::fabs(f32) <= 8.0f; }));
+    vecOut = vecBad;
+    oLibrary.Play(vecOut);
+    EXPECT_EQ(memcmp(vecOut[0].data(), vecBad[0].data(), vecBad[0].size() * sizeof(float)), 0);
+    EXPECT_EQ(oLibrary.Set(With(Matched(), {{P::MODE, 1}})), 0);
+    oLibrary.Play(vecOut);
+    EXPECT_TRUE(std::all_of(vecOut[0].begin(), vecOut[0].end(), [](float f32) { return std::fabs(f32) <= 8.0f; }));
     EXPECT_NEAR(oLibrary.State(KelvaneState::COIL_TEMPERATURE), 30, 4);
+}
+
+TEST(SignalTest, APairThatComesBackBeginsAnew)
+{
+    CLibrary oLibrary(Matched());
+    std::vector<Samples> vecLoud(2, Make(Sine(300), 0.5));
+    std::vector<Samples> vecSilent(2, Samples(SECOND / 10));
+    oLibrary.Play(vecLoud);
+    oLibrary.m_stData.psDataIn[0] = oLibrary.m_stData.psDataIn[1] = nullptr;
+    ASSERT_EQ(oLibrary.Apply(), 0);
+    oLibrary.Play(vecSilent);
+    EXPECT_EQ(vecSilent, std::vector<Samples>(2, Samples(SECOND / 10)));
 }
 
 // Random sets in range are taken unless a rule forbids them, and what they let out is finite and under the ceiling.

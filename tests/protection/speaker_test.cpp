@@ -286,6 +286,14 @@ TEST(SpeakerTest, SensedResistanceCorrectsTheTemperature)
                            [](double f64Ampere) { return static_cast<float>(f64Ampere / 2); }); // of 2 A
         }
         EXPECT_NEAR(oLibrary.State(KelvaneState::COIL_TEMPERATURE), bSense ? oSimulation.CoilC() : 31, 2.5);
+        // What was sensed counts for as long as it is.
+        oLibrary.m_stData.psVoltageIn[0] = oLibrary.m_stData.psCurrentIn[0] = nullptr;
+        std::vector<Samples> vecSilent(1, Samples(60 * SECOND));
+        oLibrary.Play(vecSilent);
+        const double f64Cooled = oLibrary.State(KelvaneState::COIL_TEMPERATURE);
+        oLibrary.Find<KelvaneIvOptimize>("AudioKelvaneIvOptimize")(oLibrary.RunBuf());
+        oLibrary.Apply(vecSilent, 0, FRAME_LEN);
+        EXPECT_NEAR(oLibrary.State(KelvaneState::COIL_TEMPERATURE), f64Cooled, 0.5);
     }
 }
 } // namespace

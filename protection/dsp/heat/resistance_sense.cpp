@@ -13,13 +13,18 @@ void ResistanceSense::Process(const BackEmfCoefs& oCoefs, const float* pVoltage,
                               double f64Volt, double f64Ampere)
 {
     if (pVoltage == nullptr || pCurrent == nullptr)
+    {
+        *this = ResistanceSense{};
         return;
+    }
     float f32Sum = 0.0f;
     for (int i = 0; i < iCount; ++i)
         f32Sum += std::fabs(pCurrent[i]) + 0.0f * pVoltage[i];
     if (!(f32Sum > 0.0f) || !std::isfinite(f32Sum))
     {
         f64U1 = f64U2 = f64E1 = f64E2 = 0.0;
+        f64VoltAmpere -= FORGET_PER_SAMPLE * iCount * f64VoltAmpere;
+        f64SquareAmpere -= FORGET_PER_SAMPLE * iCount * f64SquareAmpere;
         return;
     }
     for (int i = 0; i < iCount; ++i)

@@ -13,8 +13,8 @@ struct ResistanceSense
     double f64VoltAmpere = 0.0;
     double f64SquareAmpere = 0.0;
 
-    // A frame of sense samples, times the given volts and amperes. Null arrays, and such without current, change
-    // nothing.
+    // A frame of sense samples, times the given volts and amperes. Of what was shown such without current let a second
+    // pass; null arrays forget it.
     void Process(const BackEmfCoefs& oCoefs, const float* pVoltage, const float* pCurrent, int iCount, double f64Volt,
                  double f64Ampere);
 
