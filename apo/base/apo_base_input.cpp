@@ -108,8 +108,7 @@ bool CBaseInput::Append(const FLOAT32* pInputMicBuffer, int iChannel, int iSysDa
 
 std::unique_ptr<FLOAT32[]> CBaseInput::TakeBlocks(int iChannel, int& iProcessDataLen)
 {
-    iProcessDataLen =
-        iChannel > 0 ? CAudioDATA::AlignProcessDataLen(m_iInputCacheDataLen, iChannel, m_oStream.m_iSampleRate) : 0;
+    iProcessDataLen = CAudioDATA::AlignProcessDataLen(m_iInputCacheDataLen, iChannel, m_oStream.m_iSampleRate);
     std::unique_ptr<FLOAT32[]> pProcessOwner = NewFloats(iProcessDataLen);
     FLOAT32* const m_pInputProcessBuffer = pProcessOwner.get();
     AUDIO_CHECK(memmove_s(m_pInputProcessBuffer, sizeof(FLOAT32) * iProcessDataLen, m_pInputCacheBuffer,

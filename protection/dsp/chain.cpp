@@ -31,13 +31,14 @@ void Chain::Init(const KelvaneStruParam& oStruParam, bool bInProgramme, double f
 
 void Chain::Stop()
 {
-    for (int i = 0; i < PAIRS; ++i)
-        StopPair(i);
+    bJoins = true;
+    for (bool& bRuns : bPairRuns)
+        bRuns = false;
 }
 
 void Chain::StopPair(int iPair)
 {
-    bJoins = true;
+    bJoins |= bPairRuns[iPair]; // a programme has begun, if it ran
     bPairRuns[iPair] = false;
 }
 

@@ -51,8 +51,9 @@ void Protector::Stop()
 
 void Protector::StopPair(int iPair)
 {
-    for (Chain& oChain : oChains)
-        oChain.StopPair(iPair);
+    oChains[iHeard].StopPair(iPair);
+    if (IsChanging())
+        oChains[iNewest].StopPair(iPair);
 }
 
 void Protector::ClearHeat(const Surroundings& oAround)

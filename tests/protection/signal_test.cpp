@@ -201,6 +201,18 @@ TEST(SignalTest, APairThatComesBackBeginsAnew)
     ASSERT_EQ(oLibrary.Apply(), 0);
     oLibrary.Play(vecSilent);
     EXPECT_EQ(vecSilent, std::vector<Samples>(2, Samples(SECOND / 10)));
+
+    // The second pair alone begins as a stream does, at once.
+    CLibrary oOther(Matched());
+    const Samples vecIn = Make(Sine(2000, 0.2), 0.1);
+    Samples vecOut = vecIn;
+    oOther.m_stData.iFrameLen = FRAME_LEN;
+    for (size_t i = 0; i < vecOut.size(); i += FRAME_LEN)
+    {
+        oOther.m_stData.psDataIn[2] = oOther.m_stData.psDataOut[2] = vecOut.data() + i;
+        ASSERT_EQ(oOther.Apply(), 0);
+    }
+    EXPECT_TRUE(SameBits(vecOut, vecIn, LIBRARY_DELAY));
 }
 
 // Random sets in range are taken unless a rule forbids them, and what they let out is finite and under the ceiling.
